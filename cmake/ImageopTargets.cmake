@@ -1,0 +1,24 @@
+# What every target of this project is compiled with; nothing of it reaches a parent project or a consumer.
+function(imageop_compile_options target)
+    target_compile_features(${target} PUBLIC cxx_std_20)
+    set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF POSITION_INDEPENDENT_CODE ON)
+    # Double results are specified operation by operation, so no multiply and add may be fused.
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -ffp-contract=off
+        $<$<BOOL:${IMAGEOP_WARNINGS_AS_ERRORS}>:-Werror>)
+endfunction()
+
+# imageop_library(<name> SOURCES...): the target imageop_<name>, known as imageop::<name>, with the public headers.
+function(imageop_library name)
+    if(name STREQUAL "imageop")
+        set(target imageop)
+    else()
+        set(target imageop_${name})
+    endif()
+    add_library(${target} ${ARGN})
+    add_library(imageop::${name} ALIAS ${target})
+    set_target_properties(${target} PROPERTIES EXPORT_NAME ${name})
+    imageop_compile_options(${target})
+    target_include_directories(${target} PUBLIC
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+endfunction()

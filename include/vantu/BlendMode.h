@@ -1,0 +1,24 @@
+#pragma once
+
+namespace vantu {
+
+/// The separable blend modes of the PDF imaging model (ISO 32000-2, 11.3.5.2). The values are fixed.
+enum class BlendMode : unsigned int {
+    Normal = 0,       ///< the source
+    Multiply = 1,     ///< product
+    Screen = 2,       ///< complement of the product of the complements
+    Overlay = 3,      ///< Multiply or Screen, steered by the backdrop
+    Darken = 4,       ///< the smaller
+    Lighten = 5,      ///< the larger
+    ColorDodge = 6,   ///< backdrop over complement of source
+    ColorBurn = 7,    ///< complement of (complemented backdrop over source)
+    HardLight = 8,    ///< Multiply or Screen, steered by the source
+    SoftLight = 9,    ///< a soft curve, steered by the source
+    Difference = 10,  ///< absolute difference
+    Exclusion = 11,   ///< sum less twice the product
+};
+
+/// Number of blend modes; their values are 0 to this less one.
+inline constexpr unsigned int kBlendModeCount = 12;
+
+}  // namespace vantu

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <vantu/IGraphicsFactory.h>
+
+#include <memory>
+#include <string>
+
+namespace vantu {
+
+/// Reads uncompressed Windows bitmaps of 1, 4, 8, 16, 24 and 32 bits.
+///
+/// Pixels are never converted: 16 bits become `Rgb555`, 24 `Bgr24`, 32 `Bgra32Premultiplied`. RLE, bit fields and
+/// OS/2 core headers are refused. Without a factory the image keeps the file's row order and has alignment 4; with one
+/// it is always bottom-up. A file that ends early gives an image whose tail is zero. Separate calls on separate
+/// files may run on different threads.
+class CDIBLoader {
+public:
+    /// @param factory makes the images; null for `CQorImage`. Not owned.
+    explicit CDIBLoader(IGraphicsFactory* factory = nullptr) : factory_(factory) {}
+
+    /// @param memory handed to the factory. @return the image, or empty on any refusal.
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory) const;
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory) const;
+    /// Reads from the start of an open file, which stays open.
+    /// @param skipFileHeader true if the data begins with the info header and the rows follow the palette.
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(int fd, void** memory, bool skipFileHeader) const;
+
+private:
+    IGraphicsFactory* factory_;
+};
+
+}  // namespace vantu

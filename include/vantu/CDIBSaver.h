@@ -1,0 +1,23 @@
+#pragma once
+
+#include <vantu/IQorImage.h>
+
+#include <string>
+
+namespace vantu {
+
+/// Writes images as Windows bitmaps, any format, the pixel block as it is.
+///
+/// The header says the bits per pixel and nothing else of the format; other readers take 16 bits as 5-5-5. Palette
+/// alpha is lost. Rows go out at the image's own stride, so an alignment other than 4 gives a file that readers
+/// misread unless the rows happen to be whole 4-byte words. No state.
+class CDIBSaver {
+public:
+    /// Creates or empties the file. @return false if it cannot be opened.
+    bool Save(const IQorImage& image, const std::string& path) const;
+    bool Save(const IQorImage& image, const std::wstring& path) const;
+    /// Writes to an open file, which stays open. @return true; write errors are not reported.
+    bool Save(const IQorImage& image, int fd) const;
+};
+
+}  // namespace vantu

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <vantu/IPDFTransferFunction.h>
+
+namespace vantu {
+
+/// The opacity is the source value x itself.
+class CIdentityPDFTransferFunction : public IPDFTransferFunction {
+public:
+    explicit CIdentityPDFTransferFunction(SourceType source);
+
+    [[nodiscard]] Type GetType() const override;
+    [[nodiscard]] double ComputeAlpha(const Color& color) const override;
+    /// Writes nothing. @return 0.
+    unsigned int Save(CQorStorage* storage) const override;
+    /// Reads nothing. @return true.
+    bool Restore(CQorStorage& storage) override;
+
+    using IPDFTransferFunction::Restore;
+    using IPDFTransferFunction::Save;
+};
+
+}  // namespace vantu

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <vantu/IGraphicsFactory.h>
+
+#include <memory>
+#include <string>
+
+namespace vantu {
+
+/// Reads PNG files; samples are not converted, but for the order of red and blue.
+///
+/// The format follows from bit depth times channels: 1 `Index1`, 4 `Index4`, 8 `Index8`, 16 `Rgb555` (the bytes of a
+/// 16-bit grey or grey-alpha sample, as they come), 24 `Bgr24`, 32 `Bgra32Premultiplied` (although PNG alpha is
+/// straight). Other products are refused. Palettes, transparency chunks and gamma are not read.
+///
+/// Attention: rows are stored bottom row first while the image says that it is not bottom-up, so the picture stands on
+/// its head to everything that honours the flag. `ImageUtil::Flip(image, false, true, ...)` puts it upright.
+///
+/// Separate calls on separate files may run on different threads.
+class CPNGLoader {
+public:
+    /// @param factory makes the images; null for `CQorImage`. Not owned.
+    explicit CPNGLoader(IGraphicsFactory* factory = nullptr) : factory_(factory) {}
+
+    /// @param memory handed to the factory. @return the image, or empty on any refusal.
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory) const;
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory) const;
+    /// Reads from an open file at its position; the file stays open. Descriptor -1 is refused.
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(int fd, void** memory) const;
+
+private:
+    IGraphicsFactory* factory_;
+};
+
+}  // namespace vantu

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <vantu/IQorImage.h>
+
+#include <cstddef>
+#include <memory>
+
+namespace vantu {
+
+/// An image that owns its pixel block and its palette.
+///
+/// Images of 1, 4 and 8 bits are born with an opaque grey ramp of 2, 16 and 256 entries as palette, the others
+/// with none. No lock: one thread at a time, unless all of them only read.
+class CQorImage : public IQorImage {
+public:
+    /// Allocates `RowStride(width, format, alignment) * height` zeroed bytes.
+    ///
+    /// @param width, height size in pixels, 0 allowed.
+    /// @param format layout of a pixel.
+    /// @param alignment row alignment in bytes, 0 for none.
+    /// @param bottomUp whether the first row in memory is the visually lowest.
+    /// @throws std::bad_alloc if the block cannot be had, or if a row is longer than 32 bits can count.
+    CQorImage(unsigned int width, unsigned int height, PixelFormat format, unsigned char alignment, bool bottomUp);
+    ~CQorImage() override;
+    CQorImage(const CQorImage&) = delete;
+    CQorImage& operator=(const CQorImage&) = delete;
+
+    /// Replaces the palette; null removes it. Any format takes one.
+    void SetPalette(std::unique_ptr<ColorMap> palette);
+
+    bool Store() const override;
+    bool Erase() override;
+    bool Load() const override;
+    bool Unload() const override;
+    bool NeedsManagement() const override;
+    bool SetStorage(std::shared_ptr<CQorStorage> storage, unsigned int key, IQorMemoryManager* manager) const override;
+
+    unsigned int GetWidth() const override;
+    unsigned int GetHeight() const override;
+    PixelFormat GetPixelFormat() const override;
+    unsigned char GetAlignment() const override;
+    const unsigned char* GetPixelData() const override;
+    unsigned char* GetPixelData() override;
+    const ColorMap* GetPalette() const override;
+    ColorMap* GetPalette() override;
+    bool IsBottomUp() const override;
+
+protected:
+    bool Serialize(CQorStorage& storage) const override;
+    bool Deserialize(CQorStorage& storage) const override;
+    void FreeMemory() const override;
+    unsigned int GetDataSizeImpl() const override;
+
+private:
+    struct FreeBlock {
+        void operator()(unsigned char* block) const;
+    };
+    using Block = std::unique_ptr<unsigned char, FreeBlock>;
+
+    static Block Allocate(std::size_t size);
+
+    unsigned int width_;
+    unsigned int height_;
+    PixelFormat format_;
+    unsigned char alignment_;
+    bool bottomUp_;
+    std::size_t size_;
+    // Paging moves these behind a const image, as the managed-object contract asks.
+    mutable Block pixels_;
+    mutable std::shared_ptr<CQorStorage> storage_;
+    mutable bool stored_ = false;
+    std::unique_ptr<ColorMap> palette_;
+};
+
+}  // namespace vantu

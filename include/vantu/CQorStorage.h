@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace vantu {
+
+/// A byte store: values are appended by the writing operations and taken from the front by the reading ones.
+///
+/// Numbers are little-endian; a byte string is preceded by its length in 4 bytes. Every operation returns the
+/// number of bytes it moved, 0 for none. All are virtual, so that a host may keep the bytes elsewhere. One
+/// thread at a time.
+class CQorStorage {
+public:
+    CQorStorage() = default;
+    /// A store that holds `bytes`, ready to be read.
+    explicit CQorStorage(std::vector<unsigned char> bytes);
+    virtual ~CQorStorage() = default;
+    CQorStorage(const CQorStorage&) = default;
+    CQorStorage& operator=(const CQorStorage&) = default;
+
+    /// Appends one byte. @return 1.
+    virtual unsigned int WriteByte(unsigned char value);
+    /// Appends the 8 bytes of an IEEE double. @return 8.
+    virtual unsigned int Write(double value);
+    /// Appends the length in 4 bytes, then the text. @return 4 plus the length.
+    virtual unsigned int Write(const std::string& text);
+
+    /// Takes one byte. @return 1, or 0 at the end with `value` untouched.
+    virtual unsigned int Read(unsigned char& value);
+    /// Takes 8 bytes. @return 8, or 0 if fewer are left, with `value` untouched and nothing taken.
+    virtual unsigned int Read(double& value);
+    /// Takes a length and that many bytes. @return 4 plus the length; where fewer bytes are left than the length
+    /// says, `text` gets those and the count says so; with fewer than 4 bytes left 0, and `text` is untouched.
+    virtual unsigned int Read(std::string& text);
+
+    /// All bytes written so far, those already read included.
+    [[nodiscard]] const std::vector<unsigned char>& GetBytes() const;
+
+private:
+    std::vector<unsigned char> bytes_;
+    std::size_t next_ = 0;
+};
+
+}  // namespace vantu

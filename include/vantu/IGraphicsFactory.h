@@ -1,0 +1,33 @@
+#pragma once
+
+#include <vantu/IQorImage.h>
+
+#include <memory>
+
+namespace vantu {
+
+/// The host's image factory. A host overrides `CreateImage`; the library calls nothing else.
+///
+/// The library holds a factory only as a raw pointer that may be null; it must outlive the call it is given to.
+class IGraphicsFactory {
+public:
+    virtual ~IGraphicsFactory() = default;
+
+    /// Host operations that stand before `CreateImage` in the virtual table; never called by the library.
+    virtual void* GetHostContext() { return nullptr; }
+    virtual bool SetHostContext(void* context) { return context == nullptr; }
+
+    /// Makes an image of exactly this size, format and row order; its alignment is the factory's choice.
+    ///
+    /// @param memory the caller's opaque pointer, passed on untouched from the loader or `ImageUtil` call.
+    /// @return the image, or empty if it cannot be made, which the caller reports as its own failure.
+    virtual std::shared_ptr<IQorImage> CreateImage(unsigned int width, unsigned int height,
+                                                   IQorImage::PixelFormat format, bool bottomUp, void** memory) = 0;
+
+protected:
+    IGraphicsFactory() = default;
+    IGraphicsFactory(const IGraphicsFactory&) = default;
+    IGraphicsFactory& operator=(const IGraphicsFactory&) = default;
+};
+
+}  // namespace vantu

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <vantu/Color.h>
+
+#include <memory>
+
+namespace vantu {
+
+/// The host's pixel sink: two function entries that a blender without a destination image calls per pixel.
+///
+/// Hosts derive from it, set both entries, and find their own state behind the first argument. Positions are
+/// those of the ranges that are painted; what happens outside the surface is the host's affair.
+struct RasterSurface {
+    /// Stores the straight colour at (x, y) in `out`.
+    void (*GetPixel)(RasterSurface* surface, int x, int y, Color& out) = nullptr;
+    /// Replaces the colour at (x, y).
+    void (*SetPixel)(RasterSurface* surface, int x, int y, const Color& in) = nullptr;
+};
+
+/// The host's rasterizer. A blender asks it for its surface once, when it is created without an image.
+class IRasterizer {
+public:
+    virtual ~IRasterizer() = default;
+
+    /// The surface to paint on, or empty if there is none.
+    virtual std::shared_ptr<RasterSurface> GetRasterSurface() = 0;
+
+protected:
+    IRasterizer() = default;
+    IRasterizer(const IRasterizer&) = default;
+    IRasterizer& operator=(const IRasterizer&) = default;
+};
+
+}  // namespace vantu

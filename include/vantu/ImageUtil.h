@@ -1,0 +1,77 @@
+#pragma once
+
+#include <vantu/Color.h>
+#include <vantu/ColorMap.h>
+#include <vantu/Geometry.h>
+#include <vantu/IGraphicsFactory.h>
+#include <vantu/IQorImage.h>
+
+#include <memory>
+
+/// Operations on whole images and rectangles of them.
+///
+/// Ranges count from the visual top left and are not clipped: the caller keeps them inside the image. One thread at a
+/// time on an image that is written; no state of its own.
+namespace vantu::ImageUtil {
+
+/// Fills a rectangle with a colour. A range with x0 above x1 means the whole image; one with x0 = x1 nothing.
+///
+/// `Index8` without a palette is filled with zero bytes.
+/// @return false, with nothing touched, for an image with a palette, for `Index1` and `Index4`, and for an image
+///         without memory unless the rectangle is empty.
+bool Clear(IQorImage& image, const Color& color, const Range<int, 2>& range);
+
+/// Fills a rectangle with a raw pixel value, most significant byte first in memory (so not the order of a colour).
+///
+/// 1 bit: any `index` but 0 is 1; 4 and 8 bits: the low bits. A range with x0 above x1 means the whole image.
+/// @return false, with nothing touched, for a format of no depth, an image without memory unless the rectangle is
+///         empty, and a rectangle of 1- or 4-bit pixels that starts and ends inside one byte with bits left over on
+///         both sides.
+bool ClearIndex(IQorImage& image, unsigned int index, const Range<int, 2>& range);
+
+/// Sets the alpha of every pixel of a rectangle and leaves the colour bytes as they are, premultiplied or not.
+///
+/// A range with x0 above x1 means the whole image. @return false for a format without alpha.
+bool ClearPixelAlpha(IQorImage& image, unsigned char alpha, const Range<int, 2>& range);
+
+/// Sets the alpha of every entry; of a palette of 65,536 entries or more, of as many as the low 16 bits of its size.
+/// @return true.
+bool ClearPaletteAlpha(ColorMap& palette, unsigned char alpha);
+
+/// A new image with the size, format, row order and pixel bytes of `image`; its palette is the one it is born with.
+///
+/// Rows are taken from the source at the new image's stride: with a factory that chooses another alignment the rows
+/// come out skewed. Bytes past the end of the source's block come out as 0.
+/// @param factory makes the image; null for a `CQorImage` of the source's alignment.
+/// @param memory handed to the factory.
+/// @return empty if no image could be made.
+[[nodiscard]] std::shared_ptr<IQorImage> Clone(const IQorImage& image, IGraphicsFactory* factory, void** memory);
+
+/// Copies a rectangle of `source` to `targetPoint` of `target`, row by row from the top left, pixel by pixel.
+///
+/// Between images of one format raw values are copied, indices as they are; otherwise colours are converted. A source
+/// without colours (`Index8` without palette) paints black.
+/// Nothing is done, with the result true, when sourceRange.x0 > sourceRange.x1, targetPoint.x > sourceRange.x1 or
+/// targetPoint.y > sourceRange.y1.
+/// @return false, with nothing written, for a format that is none, for colours into an image with a palette, and for
+///         1- or 4-bit images of one format without a palette.
+bool Copy(const IQorImage& source, const Range<int, 2>& sourceRange, IQorImage& target,
+          const Point<int, 2>& targetPoint);
+
+/// A mirrored image: `horizontal` swaps left and right, `vertical` top and bottom; both are a half turn.
+///
+/// The horizontal flip of 1- and 4-bit images takes target pixel x from source position width - x, one further than the
+/// mirror image: the source's first pixel is not used and target pixel 0 gets the bits behind the row's last pixel (0
+/// behind the last byte of the block).
+/// @return the new image with the source's format and row order, or empty if none could be made.
+[[nodiscard]] std::shared_ptr<IQorImage> Flip(const IQorImage& image, bool horizontal, bool vertical,
+                                              IGraphicsFactory* factory, void** memory);
+
+/// An image turned by quarter turns, counter-clockwise for positive counts; 0 is `Clone`.
+///
+/// A multiple of four other than 0 gives a new image whose pixels are not written.
+/// @return the new image with the source's format and row order, or empty if none could be made.
+[[nodiscard]] std::shared_ptr<IQorImage> Rotate(const IQorImage& image, int quarterTurns, IGraphicsFactory* factory,
+                                                void** memory);
+
+}  // namespace vantu::ImageUtil
