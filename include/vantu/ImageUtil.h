@@ -44,7 +44,7 @@ bool ClearPaletteAlpha(ColorMap& palette, unsigned char alpha);
 /// come out skewed. Bytes past the end of the source's block come out as 0.
 /// @param factory makes the image; null for a `CQorImage` of the source's alignment.
 /// @param memory handed to the factory.
-/// @return empty if no image could be made.
+/// @return empty if no image could be made, or if one of the two has pixels to copy but no memory.
 [[nodiscard]] std::shared_ptr<IQorImage> Clone(const IQorImage& image, IGraphicsFactory* factory, void** memory);
 
 /// Copies a rectangle of `source` to `targetPoint` of `target`, row by row from the top left, pixel by pixel.

@@ -1,0 +1,139 @@
+#pragma once
+
+#include <vantu/IGraphicsFactory.h>
+#include <vantu/IQorImage.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <ostream>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace vantu::test {
+
+using Random = std::mt19937;
+
+/// A number from `low` to `high`, both included; the same on every platform for a seed.
+inline unsigned int Between(Random& random, unsigned int low, unsigned int high) {
+    return low + static_cast<unsigned int>(random() % (std::uint64_t{high} - low + 1));
+}
+
+/// Row alignments worth trying: none, a prime, powers of two.
+inline constexpr std::array<unsigned char, 5> kAlignments{0, 1, 3, 4, 8};
+
+/// What an image is made of, apart from its pixels.
+struct Shape {
+    unsigned int width;
+    unsigned int height;
+    PixelFormat format;
+    unsigned char alignment = 4;
+    bool bottomUp = false;
+};
+
+inline std::ostream& operator<<(std::ostream& out, const Shape& shape) {
+    return out << shape.width << 'x' << shape.height << " format " << static_cast<unsigned int>(shape.format)
+               << " alignment " << static_cast<unsigned int>(shape.alignment)
+               << (shape.bottomUp ? " bottom-up" : " top-down");
+}
+
+/// An image over a block with guard bytes on both sides; without a palette until it is given one. Its pixels start as
+/// the byte 0xCD, so that what an operation leaves alone can be told from what it clears.
+class TestImage : public IQorImage {
+public:
+    explicit TestImage(const Shape& shape)
+        : shape_(shape), size_(std::size_t{Stride()} * shape.height), memory_(size_ + 2 * kGuard, kGuardByte) {
+        std::fill_n(GetPixelData(), size_, kFreshByte);
+    }
+    TestImage(const Shape& shape, Random& random) : TestImage(shape) { Randomize(random); }
+
+    /// Fills the whole block, bytes between rows included.
+    void Randomize(Random& random) {
+        std::generate_n(GetPixelData(), size_, [&] { return static_cast<unsigned char>(random()); });
+    }
+    void SetPalette(std::unique_ptr<ColorMap> palette) { palette_ = std::move(palette); }
+    /// From now on the image reports null pixel data.
+    void HideMemory() { hidden_ = true; }
+
+    [[nodiscard]] const Shape& GetShape() const { return shape_; }
+    [[nodiscard]] unsigned int Stride() const { return RowStride(shape_.width, shape_.format, shape_.alignment); }
+    /// A copy of the whole block.
+    [[nodiscard]] std::vector<unsigned char> Bytes() const {
+        return {memory_.begin() + kGuard, memory_.end() - kGuard};
+    }
+    [[nodiscard]] bool GuardsIntact() const {
+        const auto isGuard = [](unsigned char byte) { return byte == kGuardByte; };
+        return std::all_of(memory_.begin(), memory_.begin() + kGuard, isGuard) &&
+               std::all_of(memory_.end() - kGuard, memory_.end(), isGuard);
+    }
+
+    unsigned int GetWidth() const override { return shape_.width; }
+    unsigned int GetHeight() const override { return shape_.height; }
+    PixelFormat GetPixelFormat() const override { return shape_.format; }
+    unsigned char GetAlignment() const override { return shape_.alignment; }
+    const unsigned char* GetPixelData() const override { return hidden_ ? nullptr : memory_.data() + kGuard; }
+    unsigned char* GetPixelData() override { return hidden_ ? nullptr : memory_.data() + kGuard; }
+    const ColorMap* GetPalette() const override { return palette_.get(); }
+    ColorMap* GetPalette() override { return palette_.get(); }
+    bool IsBottomUp() const override { return shape_.bottomUp; }
+
+    bool Store() const override { return false; }
+    bool Erase() override { return false; }
+    bool Load() const override { return false; }
+    bool Unload() const override { return false; }
+    bool NeedsManagement() const override { return false; }
+    bool SetStorage(std::shared_ptr<CQorStorage>, unsigned int, IQorMemoryManager*) const override { return false; }
+
+    static constexpr unsigned char kFreshByte = 0xCD;
+
+protected:
+    bool Serialize(CQorStorage&) const override { return false; }
+    bool Deserialize(CQorStorage&) const override { return false; }
+    void FreeMemory() const override {}
+    unsigned int GetDataSizeImpl() const override { return static_cast<unsigned int>(size_); }
+
+private:
+    static constexpr std::ptrdiff_t kGuard = 64;
+    static constexpr unsigned char kGuardByte = 0xA7;
+
+    Shape shape_;
+    std::size_t size_;
+    std::vector<unsigned char> memory_;
+    std::unique_ptr<ColorMap> palette_;
+    bool hidden_ = false;
+};
+
+/// Makes `TestImage`s of a chosen alignment and keeps the last one.
+class TestFactory : public IGraphicsFactory {
+public:
+    explicit TestFactory(unsigned char alignment = 4) : alignment(alignment) {}
+
+    std::shared_ptr<IQorImage> CreateImage(unsigned int width, unsigned int height, PixelFormat format, bool bottomUp,
+                                           void** memory) override {
+        lastMemory = memory;
+        if (refuse) return nullptr;
+        last = std::make_shared<TestImage>(
+            Shape{width, height - std::min(height, rowsLeftOut), format, alignment, bottomUp});
+        if (withoutMemory) last->HideMemory();
+        return last;
+    }
+
+    unsigned char alignment;
+    bool refuse = false;           ///< make nothing
+    bool withoutMemory = false;    ///< make images with null pixel data
+    unsigned int rowsLeftOut = 0;  ///< break the contract: make images that are too low
+    void** lastMemory = nullptr;
+    std::shared_ptr<TestImage> last;
+};
+
+/// A palette of random colours, alpha included.
+inline std::unique_ptr<ColorMap> RandomPalette(unsigned int size, Random& random) {
+    auto palette = std::make_unique<ColorMap>(size);
+    for (unsigned int i = 0; i < size; ++i) (*palette)[i] = Color(static_cast<unsigned int>(random()));
+    return palette;
+}
+
+}  // namespace vantu::test
