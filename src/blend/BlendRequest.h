@@ -1,0 +1,62 @@
+#pragma once
+
+#include <vantu/IPDFImageBlender.h>
+#include <vantu/IPDFTransferFunction.h>
+
+#include <memory>
+#include <vector>
+
+#include "pixel/DynamicAccessor.h"
+
+namespace vantu {
+
+namespace PDFBlend {
+
+/// Painting outside any transparency group.
+struct BlendingTraits {
+    static constexpr bool kGroup = false;
+};
+
+/// Painting into an open transparency group.
+struct GroupBlendingTraits {
+    static constexpr bool kGroup = true;
+};
+
+}  // namespace PDFBlend
+
+/// What one `Blend` hands to its kernel; everything is borrowed for the call.
+struct BlendRequestBase {
+    const IPDFImageBlender::Coverage* coverage;  ///< the ranges that are painted
+    const Point<int, 2>* offset;
+    const std::shared_ptr<IQorImage>* mask;                     ///< may hold nothing
+    const std::shared_ptr<IPDFTransferFunction>* maskTransfer;  ///< may hold nothing
+    const Point<int, 2>* maskOffset;
+    const unsigned char* alpha;  ///< constant alpha
+};
+
+template <typename Traits>
+struct BlendRequest;
+
+template <>
+struct BlendRequest<PDFBlend::BlendingTraits> : BlendRequestBase {
+    IPDFImageBlender::Coverage* blended;
+};
+
+template <>
+struct BlendRequest<PDFBlend::GroupBlendingTraits> : BlendRequestBase {
+    const DynamicAccessor* backdrop;        ///< the snapshot that `BeginGroup` took
+    std::vector<unsigned int>* groupAlpha;  ///< entry of pixel (x, y) is number width * y + x
+    const unsigned int* width;              ///< of the group image
+    const bool* knockout;
+    IPDFImageBlender::Coverage* blended;
+};
+
+/// Whether the request's mask is a stencil, read bit by bit: 0 paints, 1 protects. Any other mask is a soft mask.
+inline bool HasStencil(const BlendRequestBase& request) {
+    const IPDFTransferFunction* const transfer = request.maskTransfer->get();
+    return (*request.mask)->GetPixelFormat() == PixelFormat::Index1 &&
+           (transfer == nullptr || (transfer->GetType() == IPDFTransferFunction::Type::Identity &&
+                                    transfer->GetSourceType() == IPDFTransferFunction::SourceType::Alpha));
+}
+
+}  // namespace vantu
