@@ -1,0 +1,74 @@
+#include "blend/kernels/CompositeSteps.h"
+#include "blend/kernels/ModeTable.h"
+#include "blend/kernels/Stages.h"
+#include "pixel/PixelCodec.h"
+
+namespace vantu {
+namespace {
+
+/// The format that packed pixels of a form have in memory.
+constexpr PixelFormat FormatOf(PackedForm form) {
+    return form == PackedForm::Straight ? PixelFormat::Bgra32 : PixelFormat::Bgra32Premultiplied;
+}
+
+template <PackedForm Form>
+Color ReadPacked(const unsigned char* pixel) {
+    Color color;
+    ReadPixel<FormatOf(Form)>(pixel, color);
+    return color;
+}
+
+/// Calls `step(i, cs, as)` for each painted pixel of a span.
+template <typename Step>
+void EachPixel(const CompositeSpan& span, Step step) {
+    for (std::size_t i = 0; i < span.count; ++i) {
+        if (span.select != nullptr && span.select[i] == 0) continue;
+        const Color cs = ReadPacked<PackedForm::Premultiplied>(span.source + i * kPackedBytes);
+        step(i, cs, span.opacity != nullptr ? span.opacity[i] : ConstantOpacity(span.alpha, cs.GetAlpha()));
+    }
+}
+
+template <BlendMode Mode, PackedForm Form>
+void Plain(const CompositeSpan& span) {
+    EachPixel(span, [&](std::size_t i, const Color& cs, std::uint32_t as) {
+        if (cs.GetAlpha() == 0) return;
+        unsigned char* const pixel = span.target + i * kPackedBytes;
+        Color cd = ReadPacked<Form>(pixel);
+        const std::uint32_t ar = CompositePlain<Mode>(cs, cd, as);
+        if (ar != 0 || !span.keepClear) WritePixel<FormatOf(Form)>(pixel, cd);
+    });
+}
+
+template <BlendMode Mode, PackedForm Form, bool Knockout>
+void InGroup(const CompositeSpan& span) {
+    EachPixel(span, [&](std::size_t i, const Color& cs, std::uint32_t as) {
+        unsigned char* const pixel = span.target + i * kPackedBytes;
+        Color cd = ReadPacked<Form>(pixel);
+        const Color c0 = ReadPacked<Form>(span.snapshot + i * kPackedBytes);
+        if (StepInGroup<Mode, Knockout>(cs, cd, c0, span.groupAlpha[i], as, span.stencil)) {
+            WritePixel<FormatOf(Form)>(pixel, cd);
+        }
+    });
+}
+
+constexpr CompositeStages kScalarStages{MakeModeTable([]<BlendMode Mode>() {
+    constexpr PackedForm premultiplied = PackedForm::Premultiplied;
+    constexpr PackedForm straight = PackedForm::Straight;
+    return std::array<std::array<CompositeStage, 2>, 3>{{
+        {Plain<Mode, premultiplied>, Plain<Mode, straight>},
+        {InGroup<Mode, premultiplied, false>, InGroup<Mode, straight, false>},
+        {InGroup<Mode, premultiplied, true>, InGroup<Mode, straight, true>},
+    }};
+})};
+
+}  // namespace
+
+const CompositeStages& ScalarStages() {
+    return kScalarStages;
+}
+
+const CompositeStages& ActiveStages() {
+    return ScalarStages();
+}
+
+}  // namespace vantu

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <vantu/BlendMode.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "pixel/Spans.h"
+
+namespace vantu {
+
+/// A span of packed pixels that a compositing stage paints. Nothing overlaps.
+struct CompositeSpan {
+    unsigned char* target;          ///< read and, where a pixel is written, replaced
+    const unsigned char* source;    ///< premultiplied
+    const unsigned char* opacity;   ///< effective source alpha per pixel; null: alpha * source alpha / 255
+    const unsigned char* select;    ///< pixels that are painted at all, not 0; null: all
+    const unsigned char* snapshot;  ///< groups: the target when the group was opened
+    std::uint32_t* groupAlpha;      ///< groups: read and raised; every entry is at most 255
+    std::size_t count;
+    std::uint32_t alpha;  ///< constant alpha, 1 to 255
+    bool keepClear;       ///< outside groups: leave a pixel whose result alpha is 0
+    bool stencil;         ///< groups: the alpha rules of a stencil
+};
+
+using CompositeStage = void (*)(const CompositeSpan& span);
+
+/// How a span meets what is there.
+enum class CompositeForm { Plain, Group, Knockout };
+
+/// The compositing stages by mode, form and by what the target's colour bytes are.
+struct CompositeStages {
+    [[nodiscard]] CompositeStage Of(BlendMode mode, CompositeForm form, PackedForm target) const {
+        return entries[static_cast<std::size_t>(mode)][static_cast<std::size_t>(form)]
+                      [static_cast<std::size_t>(target)];
+    }
+
+    std::array<std::array<std::array<CompositeStage, 2>, 3>, kBlendModeCount> entries;
+};
+
+/// The stages as plain loops over the steps that define them.
+const CompositeStages& ScalarStages();
+
+/// The fastest stages that this machine runs; chosen at first use.
+const CompositeStages& ActiveStages();
+
+}  // namespace vantu
