@@ -1,0 +1,102 @@
+#include "blend/CPDFImageBlender.h"
+
+#include <vantu/ImageUtil.h>
+
+#include <utility>
+
+#include "blend/GroupResolve.h"
+#include "blend/kernels/KernelTables.h"
+
+namespace vantu {
+
+using PDFBlend::BlendingTraits;
+using PDFBlend::GroupBlendingTraits;
+
+std::shared_ptr<IPDFImageBlender> IPDFImageBlender::Create(std::shared_ptr<IRasterizer>& rasterizer,
+                                                           const std::shared_ptr<IQorImage>& image) {
+    if (!rasterizer) return nullptr;
+    return std::make_shared<CPDFImageBlender>(rasterizer, image);
+}
+
+CPDFImageBlender::CPDFImageBlender(std::shared_ptr<IRasterizer> rasterizer, std::shared_ptr<IQorImage> image)
+    : image_(std::move(image)),
+      rasterizer_(std::move(rasterizer)),
+      surface_(image_ ? nullptr : rasterizer_->GetRasterSurface()),
+      groupRasterizerBlends_(MakeRasterizerBlends<GroupBlendingTraits>()),
+      rasterizerBlends_(MakeRasterizerBlends<BlendingTraits>()),
+      groupPixelBlends_(MakePixelBlends<GroupBlendingTraits>()),
+      pixelBlends_(MakePixelBlends<BlendingTraits>()) {
+    groupStack_.reserve(3);
+}
+
+CPDFImageBlender::~CPDFImageBlender() = default;
+
+bool CPDFImageBlender::Blend(const std::shared_ptr<IQorImage>& source, const std::shared_ptr<Coverage>& coverage,
+                             const Point<int, 2>& offset, const std::shared_ptr<IQorImage>& mask,
+                             const std::shared_ptr<IPDFTransferFunction>& maskTransfer, const Point<int, 2>& maskOffset,
+                             unsigned char alpha, BlendMode mode, std::shared_ptr<Coverage>& blended) {
+    const bool inGroup = !groupStack_.empty();
+    if (!inGroup && !image_ && !surface_) return false;
+    if (!coverage || !source || std::as_const(*source).GetPixelData() == nullptr) return false;
+    if (alpha == 0) return true;
+    if (!blended) blended = CreateCoverage();
+
+    const BlendRequestBase common{coverage.get(), &offset, &mask, &maskTransfer, &maskOffset, &alpha};
+    if (!inGroup) {
+        BlendRequest<BlendingTraits> request{common, blended.get()};
+        if (!BlendOnDestination(*source, request, mode)) return false;
+        blended.reset(coverage->Clone());
+        return true;
+    }
+
+    GroupState& top = groupStack_.back();
+    const unsigned int width = top.image->GetWidth();
+    const std::unique_ptr<DynamicAccessor> backdrop = MakeAccessor(*top.backdrop);
+    if (!backdrop) return false;
+    BlendRequest<GroupBlendingTraits> request{common, backdrop.get(), &top.groupAlpha,
+                                              &width, &top.knockout,  blended.get()};
+    if (!BlendInGroup(top, *source, request, mode)) return false;
+    blended.reset(coverage->Clone());
+    if (!top.coverage) top.coverage = CreateCoverage();
+    top.coverage->AddCoverage(*blended);
+    return true;
+}
+
+bool CPDFImageBlender::BlendOnDestination(IQorImage& source, BlendRequest<BlendingTraits>& request, BlendMode mode) {
+    if (surface_) {
+        const std::unique_ptr<DynamicAccessor> colors = MakeConstAccessor(source);
+        const auto index = static_cast<std::size_t>(mode);
+        if (!colors || index >= rasterizerBlends_.size()) return false;
+        return rasterizerBlends_[index]->Blend(surface_.get(), colors.get(), &request);
+    }
+    const auto kernel = pixelBlends_.find(MakeBlendKey(image_->GetPixelFormat(), source.GetPixelFormat(), mode));
+    return kernel != pixelBlends_.end() && kernel->second->Blend(image_.get(), &source, &request);
+}
+
+bool CPDFImageBlender::BlendInGroup(GroupState& top, IQorImage& source, BlendRequest<GroupBlendingTraits>& request,
+                                    BlendMode mode) {
+    const auto kernel =
+        groupPixelBlends_.find(MakeBlendKey(top.image->GetPixelFormat(), source.GetPixelFormat(), mode));
+    return kernel != groupPixelBlends_.end() && kernel->second->Blend(top.image.get(), &source, &request);
+}
+
+bool CPDFImageBlender::BeginGroup(const std::shared_ptr<IQorImage>& image, const std::shared_ptr<void>& heldObject,
+                                  bool knockout, bool keepBackdrop, bool plainResolve) {
+    if (!image) return true;
+    const std::size_t pixels = std::size_t{image->GetWidth()} * image->GetHeight();
+    if (pixels == 0) return true;
+    std::shared_ptr<IQorImage> backdrop = ImageUtil::Clone(*image, nullptr, nullptr);
+    if (!backdrop) return true;
+    groupStack_.push_back(GroupState{std::move(backdrop), image, heldObject, std::vector<unsigned int>(pixels),
+                                     knockout, keepBackdrop, plainResolve, nullptr});
+    return true;
+}
+
+bool CPDFImageBlender::EndGroup() {
+    if (groupStack_.empty()) return false;
+    if (groupStack_.back().coverage) ResolveGroup(groupStack_.back());
+    groupStack_.pop_back();
+    return true;
+}
+
+}  // namespace vantu

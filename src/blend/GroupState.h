@@ -1,0 +1,22 @@
+#pragma once
+
+#include <vantu/IPDFImageBlender.h>
+
+#include <memory>
+#include <vector>
+
+namespace vantu {
+
+/// One open transparency group.
+struct GroupState {
+    std::shared_ptr<IQorImage> backdrop;   ///< snapshot of `image` from when the group was opened
+    std::shared_ptr<IQorImage> image;      ///< what the group paints on
+    std::shared_ptr<void> heldObject;      ///< kept alive, never looked at
+    std::vector<unsigned int> groupAlpha;  ///< the group's own alpha per pixel, row-major from the visual top
+    bool knockout = false;
+    bool keepBackdrop = false;
+    bool plainResolve = false;
+    std::shared_ptr<IPDFImageBlender::Coverage> coverage;  ///< what was painted; empty before the first `Blend`
+};
+
+}  // namespace vantu

@@ -1,0 +1,108 @@
+#include "blend/kernels/KernelTables.h"
+
+#include <array>
+
+#include "blend/kernels/ImagePainter.h"
+#include "blend/kernels/ModeTable.h"
+#include "blend/kernels/SurfacePainter.h"
+#include "pixel/FormatDispatch.h"
+
+namespace vantu {
+
+using PDFBlend::BlendingTraits;
+using PDFBlend::GroupBlendingTraits;
+
+/// Paints a source of format `Src` on an image of format `Dst`: an instance is nothing but its type.
+template <PixelFormat Dst, PixelFormat Src, BlendMode Mode, typename Traits>
+struct CPDFImageBlender::PixelBlend final : PixelBlendBase<Traits> {
+    bool Blend(IQorImage* destination, IQorImage* source, BlendRequest<Traits>* request) override {
+        // One instance leaves the bytes of a pixel whose result alpha is 0; all others store zeros there.
+        constexpr bool keepClear = Dst == PixelFormat::Bgra32Premultiplied && Src == PixelFormat::Bgra32Inverted &&
+                                   Mode == BlendMode::Multiply && !Traits::kGroup;
+        static constexpr PaintKernel kernel{Dst, Src, Mode, keepClear};
+        return PaintImage(kernel, *destination, *source, *request);
+    }
+};
+
+/// Paints a source of any format on a host's surface.
+template <BlendMode Mode, typename Traits>
+struct CPDFImageBlender::RasterizerBlend final : RasterizerBlendBase<Traits> {
+    bool Blend(RasterSurface* surface, DynamicAccessor* source, BlendRequest<Traits>* request) override {
+        PaintSurface(Mode, *surface, *source, *request);
+        return true;
+    }
+};
+
+namespace {
+
+constexpr std::array kSourceFormats = {PixelFormat::Rgb555, PixelFormat::Bgr24, PixelFormat::Bgra32Premultiplied,
+                                       PixelFormat::Bgra32Inverted};
+
+template <typename Traits>
+struct PixelBlendEntry {
+    BlendKey key;
+    std::unique_ptr<CPDFImageBlender::PixelBlendBase<Traits>> (*make)();
+};
+
+/// The makers of all kernels of a traits, by ascending key.
+template <typename Traits>
+constexpr auto PixelBlendEntries() {
+    constexpr auto pair = []<std::size_t I>() {
+        return MakeModeTable([]<BlendMode Mode>() {
+            constexpr PixelFormat dst = kPixelFormats[I / kSourceFormats.size()];
+            constexpr PixelFormat src = kSourceFormats[I % kSourceFormats.size()];
+            return PixelBlendEntry<Traits>{
+                MakeBlendKey(dst, src, Mode), []() -> std::unique_ptr<CPDFImageBlender::PixelBlendBase<Traits>> {
+                    return std::make_unique<CPDFImageBlender::PixelBlend<dst, src, Mode, Traits>>();
+                }};
+        });
+    };
+    return [&]<std::size_t... I>(std::index_sequence<I...>) {
+        return std::array{pair.template operator()<I>()...};
+    }
+    (std::make_index_sequence<kPixelFormats.size() * kSourceFormats.size()>());
+}
+
+template <typename Traits>
+CPDFImageBlender::PixelBlends<Traits> NewPixelBlends() {
+    static constexpr auto entries = PixelBlendEntries<Traits>();
+    CPDFImageBlender::PixelBlends<Traits> blends;
+    for (const auto& pair : entries) {
+        for (const auto& entry : pair) blends.emplace_hint(blends.end(), entry.key, entry.make());
+    }
+    return blends;
+}
+
+template <typename Traits>
+CPDFImageBlender::RasterizerBlends<Traits> NewRasterizerBlends() {
+    constexpr auto makers = MakeModeTable([]<BlendMode Mode>() {
+        return +[]() -> std::unique_ptr<CPDFImageBlender::RasterizerBlendBase<Traits>> {
+            return std::make_unique<CPDFImageBlender::RasterizerBlend<Mode, Traits>>();
+        };
+    });
+    CPDFImageBlender::RasterizerBlends<Traits> blends;
+    blends.reserve(makers.size());
+    for (const auto make : makers) blends.push_back(make());
+    return blends;
+}
+
+}  // namespace
+
+template <>
+CPDFImageBlender::PixelBlends<BlendingTraits> MakePixelBlends() {
+    return NewPixelBlends<BlendingTraits>();
+}
+template <>
+CPDFImageBlender::PixelBlends<GroupBlendingTraits> MakePixelBlends() {
+    return NewPixelBlends<GroupBlendingTraits>();
+}
+template <>
+CPDFImageBlender::RasterizerBlends<BlendingTraits> MakeRasterizerBlends() {
+    return NewRasterizerBlends<BlendingTraits>();
+}
+template <>
+CPDFImageBlender::RasterizerBlends<GroupBlendingTraits> MakeRasterizerBlends() {
+    return NewRasterizerBlends<GroupBlendingTraits>();
+}
+
+}  // namespace vantu
