@@ -10,15 +10,15 @@
 
 /// Operations on whole images and rectangles of them.
 ///
-/// Ranges count from the visual top left and are not clipped: the caller keeps them inside the image. One thread at a
-/// time on an image that is written; no state of its own.
+/// Ranges count from the visual top left and are not clipped: the caller keeps them inside the image. A range with y0
+/// above y1 has no rows. One thread at a time on an image that is written; no state of its own.
 namespace vantu::ImageUtil {
 
 /// Fills a rectangle with a colour. A range with x0 above x1 means the whole image; one with x0 = x1 nothing.
 ///
 /// `Index8` without a palette is filled with zero bytes.
-/// @return false, with nothing touched, for an image with a palette, for `Index1` and `Index4`, and for an image
-///         without memory unless the rectangle is empty.
+/// @return false, with nothing touched, for an image with a palette, for `Index1` and `Index4` unless the rectangle
+///         holds no whole byte, and for an image without memory unless the rectangle is empty.
 bool Clear(IQorImage& image, const Color& color, const Range<int, 2>& range);
 
 /// Fills a rectangle with a raw pixel value, most significant byte first in memory (so not the order of a colour).
@@ -31,7 +31,9 @@ bool ClearIndex(IQorImage& image, unsigned int index, const Range<int, 2>& range
 
 /// Sets the alpha of every pixel of a rectangle and leaves the colour bytes as they are, premultiplied or not.
 ///
-/// A range with x0 above x1 means the whole image. @return false for a format without alpha.
+/// A range with x0 above x1 means the whole image.
+/// @return false, with nothing touched, for a format without alpha, and for an image without memory unless the
+///         rectangle is empty.
 bool ClearPixelAlpha(IQorImage& image, unsigned char alpha, const Range<int, 2>& range);
 
 /// Sets the alpha of every entry; of a palette of 65,536 entries or more, of as many as the low 16 bits of its size.
@@ -54,7 +56,8 @@ bool ClearPaletteAlpha(ColorMap& palette, unsigned char alpha);
 /// Nothing is done, with the result true, when sourceRange.x0 > sourceRange.x1, targetPoint.x > sourceRange.x1 or
 /// targetPoint.y > sourceRange.y1.
 /// @return false, with nothing written, for a format that is none, for colours into an image with a palette, and for
-///         1- or 4-bit images of one format without a palette.
+///         1- or 4-bit images of one format where one has no palette or an image without memory, unless the rectangle
+///         is empty.
 bool Copy(const IQorImage& source, const Range<int, 2>& sourceRange, IQorImage& target,
           const Point<int, 2>& targetPoint);
 
@@ -62,15 +65,19 @@ bool Copy(const IQorImage& source, const Range<int, 2>& sourceRange, IQorImage& 
 ///
 /// The horizontal flip of 1- and 4-bit images takes target pixel x from source position width - x, one further than the
 /// mirror image: the source's first pixel is not used and target pixel 0 gets the bits behind the row's last pixel (0
-/// behind the last byte of the block).
-/// @return the new image with the source's format and row order, or empty if none could be made.
+/// behind the last byte of the block). Bytes between rows are not written.
+/// @return the new image with the source's format and row order, or empty if none could be made or one of the two has
+///         no memory.
 [[nodiscard]] std::shared_ptr<IQorImage> Flip(const IQorImage& image, bool horizontal, bool vertical,
                                               IGraphicsFactory* factory, void** memory);
 
 /// An image turned by quarter turns, counter-clockwise for positive counts; 0 is `Clone`.
 ///
-/// A multiple of four other than 0 gives a new image whose pixels are not written.
-/// @return the new image with the source's format and row order, or empty if none could be made.
+/// A multiple of four other than 0 gives a new image whose pixels are not written. Rows of 8 bits and more are laid by
+/// the source's alignment: an image of another alignment, which a factory may make, shows them skewed and keeps what
+/// fits into its block.
+/// @return the new image with the source's format and row order, or empty if none could be made or one of the two has
+///         no memory.
 [[nodiscard]] std::shared_ptr<IQorImage> Rotate(const IQorImage& image, int quarterTurns, IGraphicsFactory* factory,
                                                 void** memory);
 

@@ -1,0 +1,55 @@
+#include <vantu/ImageUtil.h>
+
+#include "pixel/DynamicAccessor.h"
+
+namespace vantu {
+namespace {
+
+/// Calls `move(x, y, tx, ty)` for each pixel of a rectangle, from its top left, row by row.
+template <typename Move>
+void WalkPixels(const Range<int, 2>& range, const Point<int, 2>& target, Move move) {
+    const auto left = static_cast<unsigned int>(target.x) - static_cast<unsigned int>(range.x0);
+    const auto top = static_cast<unsigned int>(target.y) - static_cast<unsigned int>(range.y0);
+    for (int row = range.y0; row < range.y1; ++row) {
+        for (int column = range.x0; column < range.x1; ++column) {
+            const auto x = static_cast<unsigned int>(column);
+            const auto y = static_cast<unsigned int>(row);
+            move(x, y, left + x, top + y);
+        }
+    }
+}
+
+}  // namespace
+
+bool ImageUtil::Copy(const IQorImage& source, const Range<int, 2>& sourceRange, IQorImage& target,
+                     const Point<int, 2>& targetPoint) {
+    // The target point is compared with the source's rectangle: what lies beyond that is silently left out.
+    if (sourceRange.x0 > sourceRange.x1) return true;
+    if (targetPoint.x > sourceRange.x1 || targetPoint.y > sourceRange.y1) return true;
+
+    if (BitsPerPixel(source.GetPixelFormat()) == 0 || BitsPerPixel(target.GetPixelFormat()) == 0) return false;
+    const bool sameFormat = source.GetPixelFormat() == target.GetPixelFormat();
+    if (!sameFormat && target.GetPalette() != nullptr) return false;
+    if (sourceRange.x0 == sourceRange.x1 || sourceRange.y0 >= sourceRange.y1) return true;
+    if (source.GetPixelData() == nullptr || target.GetPixelData() == nullptr) return false;
+
+    const auto from = MakeConstAccessor(source);
+    const auto to = MakeAccessor(target);
+    if (!from || !to) return false;
+    if (sameFormat) {
+        if (from->GetValue == nullptr || to->SetValue == nullptr) return false;
+        WalkPixels(sourceRange, targetPoint, [&](unsigned int x, unsigned int y, unsigned int tx, unsigned int ty) {
+            to->SetValue(*to, tx, ty, from->GetValue(*from, x, y));
+        });
+    } else {
+        // One colour for the whole walk: a source without colours leaves it black.
+        Color color(ARGB_BLACK);
+        WalkPixels(sourceRange, targetPoint, [&](unsigned int x, unsigned int y, unsigned int tx, unsigned int ty) {
+            from->GetColor(*from, x, y, color);
+            to->SetColor(*to, tx, ty, color);
+        });
+    }
+    return true;
+}
+
+}  // namespace vantu

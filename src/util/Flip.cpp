@@ -1,0 +1,75 @@
+#include <vantu/ImageUtil.h>
+
+#include <cstring>
+
+#include "pixel/MakeImage.h"
+#include "util/PaintBlock.h"
+#include "util/PixelBlock.h"
+#include "util/ReverseRow.h"
+
+namespace vantu {
+namespace {
+
+using Source = PixelBlock<const unsigned char>;
+using Target = PixelBlock<unsigned char>;
+
+void FlipVertically(const Source& source, const Target& target, std::size_t rowBytes) {
+    for (std::size_t i = 0; i < target.rows; ++i) {
+        std::memcpy(target.Row(i), source.Row(source.rows - 1 - i), rowBytes);
+    }
+}
+
+template <unsigned int Size>
+void FlipPixels(const Source& source, const Target& target, std::size_t width) {
+    for (std::size_t i = 0; i < target.rows; ++i) ReversePixels<Size>(source.Row(i), target.Row(i), width);
+}
+
+/// One field off the mirror image: target field 0 is the one behind the source row's last.
+template <unsigned int Bits>
+void FlipFields(const Source& source, const Target& target, std::size_t width) {
+    for (std::size_t i = 0; i < target.rows; ++i) {
+        ReverseFields<Bits>(source.Row(i), source.Size() - i * source.stride, width, target.Row(i), width);
+    }
+}
+
+void FlipHorizontally(const Source& source, const Target& target, std::size_t width, unsigned int bits) {
+    switch (bits) {
+        case 1: return FlipFields<1>(source, target, width);
+        case 4: return FlipFields<4>(source, target, width);
+        case 8: return FlipPixels<1>(source, target, width);
+        case 16: return FlipPixels<2>(source, target, width);
+        case 24: return FlipPixels<3>(source, target, width);
+        case 32: return FlipPixels<4>(source, target, width);
+        default: return;
+    }
+}
+
+}  // namespace
+
+std::shared_ptr<IQorImage> ImageUtil::Flip(const IQorImage& image, bool horizontal, bool vertical,
+                                           IGraphicsFactory* factory, void** memory) {
+    if (horizontal && vertical) return Rotate(image, 2, factory, memory);
+    if (!horizontal && !vertical) return Clone(image, factory, memory);
+
+    const unsigned int width = image.GetWidth();
+    const PixelFormat format = image.GetPixelFormat();
+    auto flipped =
+        MakeImage(width, image.GetHeight(), format, image.GetAlignment(), image.IsBottomUp(), factory, memory);
+    if (!flipped) return flipped;
+
+    const auto source = BlockOf(image);
+    Target target{nullptr, RowStride(width, format, flipped->GetAlignment()), source.rows};
+    if (source.Size() == 0) return flipped;
+    if (source.data == nullptr) return nullptr;
+    const bool painted = PaintBlock(*flipped, target.Size(), [&](unsigned char* bytes) {
+        target.data = bytes;
+        if (vertical) {
+            FlipVertically(source, target, RowStride(width, format, 0));
+        } else {
+            FlipHorizontally(source, target, width, BitsPerPixel(format));
+        }
+    });
+    return painted ? flipped : nullptr;
+}
+
+}  // namespace vantu

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace vantu {
+
+/// Copies `count` pixels of `Size` bytes in reverse order.
+template <unsigned int Size>
+void ReversePixels(const unsigned char* __restrict source, unsigned char* __restrict target, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) std::memcpy(target + i * Size, source + (count - 1 - i) * Size, Size);
+}
+
+/// The fields of `Bits` bits of one byte in reverse order.
+template <unsigned int Bits>
+constexpr unsigned int ReverseFieldsOfByte(unsigned int byte) {
+    byte = (byte & 0x0FU) << 4 | (byte & 0xF0U) >> 4;
+    if constexpr (Bits == 1) {
+        byte = (byte & 0x33U) << 2 | (byte & 0xCCU) >> 2;
+        byte = (byte & 0x55U) << 1 | (byte & 0xAAU) >> 1;
+    }
+    return byte;
+}
+
+/// Target field x gets source field `last` - x, for x from 0 to `count` - 1; `last` is `count` or `count` - 1. The
+/// other bits of the last target byte are kept.
+/// @param available bytes that can be read from `source` on; what lies beyond counts as 0.
+template <unsigned int Bits>
+void ReverseFields(const unsigned char* source, std::size_t available, std::size_t last, unsigned char* target,
+                   std::size_t count) {
+    constexpr std::size_t perByte = 8 / Bits;
+    const auto byteAt = [=](std::ptrdiff_t i) -> unsigned int {
+        return static_cast<std::size_t>(i) < available ? source[i] : 0U;
+    };
+    for (std::size_t x = 0; x < count; x += perByte) {
+        // The 8 source bits that end with field last - x; they begin before the row if the last target byte is not
+        // full.
+        const auto start = (static_cast<std::ptrdiff_t>(last) - static_cast<std::ptrdiff_t>(x + perByte - 1)) *
+                           static_cast<std::ptrdiff_t>(Bits);
+        const unsigned int window = byteAt(start >> 3) << 8 | byteAt((start >> 3) + 1);
+        const unsigned int fields = ReverseFieldsOfByte<Bits>(window >> (8 - (start & 7)) & 0xFFU);
+        const std::size_t used = count - x < perByte ? count - x : perByte;
+        const unsigned int kept = 0xFFU >> used * Bits;
+        unsigned char& byte = target[x / perByte];
+        byte = static_cast<unsigned char>((byte & kept) | (fields & ~kept));
+    }
+}
+
+}  // namespace vantu

@@ -1,0 +1,89 @@
+#include <vantu/ImageUtil.h>
+
+#include "pixel/MakeImage.h"
+#include "util/PaintBlock.h"
+#include "util/PixelBlock.h"
+#include "util/QuarterTurn.h"
+#include "util/ReverseRow.h"
+
+namespace vantu {
+namespace {
+
+using Source = PixelBlock<const unsigned char>;
+using Target = PixelBlock<unsigned char>;
+
+/// A picture in memory and the one it is turned into, which has the size `width` times `target.rows`.
+struct Rotation {
+    Source source;
+    Target target;
+    std::size_t width;
+    bool bottomUp;
+    int turns;  ///< 1, 2 or 3 quarter turns counter-clockwise
+};
+
+template <unsigned int Size>
+void RotatePixels(const Rotation& r) {
+    const std::size_t height = r.target.rows;
+    if (r.turns == 2) {
+        for (std::size_t i = 0; i < height; ++i) {
+            ReversePixels<Size>(r.source.Row(height - 1 - i), r.target.Row(i), r.width);
+        }
+    } else {
+        TurnPixels<Size>(r.turns == 1 ? Turn::CounterClockwise : Turn::Clockwise, r.source.FromBottom(r.bottomUp),
+                         r.target.FromBottom(r.bottomUp), r.width, height);
+    }
+}
+
+template <unsigned int Bits>
+void RotateFields(const Rotation& r) {
+    const std::size_t height = r.target.rows;
+    if (r.turns == 2) {
+        for (std::size_t i = 0; i < height; ++i) {
+            ReverseFields<Bits>(r.source.Row(height - 1 - i), r.source.stride, r.width - 1, r.target.Row(i), r.width);
+        }
+    } else {
+        TurnFields<Bits>(r.turns == 1 ? Turn::CounterClockwise : Turn::Clockwise, r.source.FromTop(r.bottomUp),
+                         r.target.FromTop(r.bottomUp), r.width, height);
+    }
+}
+
+void RotateBlock(const Rotation& rotation, unsigned int bits) {
+    switch (bits) {
+        case 1: return RotateFields<1>(rotation);
+        case 4: return RotateFields<4>(rotation);
+        case 8: return RotatePixels<1>(rotation);
+        case 16: return RotatePixels<2>(rotation);
+        case 24: return RotatePixels<3>(rotation);
+        case 32: return RotatePixels<4>(rotation);
+        default: return;
+    }
+}
+
+}  // namespace
+
+std::shared_ptr<IQorImage> ImageUtil::Rotate(const IQorImage& image, int quarterTurns, IGraphicsFactory* factory,
+                                             void** memory) {
+    if (quarterTurns == 0) return Clone(image, factory, memory);
+
+    const bool upright = quarterTurns % 2 == 0;
+    const unsigned int width = upright ? image.GetWidth() : image.GetHeight();
+    const unsigned int height = upright ? image.GetHeight() : image.GetWidth();
+    const PixelFormat format = image.GetPixelFormat();
+    auto rotated = MakeImage(width, height, format, image.GetAlignment(), image.IsBottomUp(), factory, memory);
+    const int turns = (quarterTurns % 4 + 4) % 4;
+    if (!rotated || turns == 0) return rotated;
+
+    const unsigned int bits = BitsPerPixel(format);
+    // Rows of whole bytes are laid by the source's alignment, packed ones by the new image's own.
+    const unsigned char alignment = bits < 8 ? rotated->GetAlignment() : image.GetAlignment();
+    const Target target{nullptr, RowStride(width, format, alignment), height};
+    const auto source = BlockOf(image);
+    if (source.Size() == 0) return rotated;
+    if (source.data == nullptr) return nullptr;
+    const bool painted = PaintBlock(*rotated, target.Size(), [&](unsigned char* bytes) {
+        RotateBlock({source, {bytes, target.stride, target.rows}, width, image.IsBottomUp(), turns}, bits);
+    });
+    return painted ? rotated : nullptr;
+}
+
+}  // namespace vantu

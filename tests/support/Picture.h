@@ -1,0 +1,57 @@
+#pragma once
+
+#include <vantu/IQorImage.h>
+
+#include <random>
+
+#include "pixel/Accessor.h"
+#include "pixel/FormatDispatch.h"
+#include "support/TestImage.h"
+
+// Pixels of an image by their place in the picture, whatever the format: the slow and plain way that fast code is
+// compared with.
+
+namespace vantu::test {
+
+/// Calls `use(accessor)` with an accessor of the raw values of an image, which need not have a palette.
+template <typename Image, typename Use>
+unsigned int WithValues(Image& image, Use use) {
+    using Byte = std::remove_pointer_t<decltype(image.GetPixelData())>;
+    return DispatchFormat(image.GetPixelFormat(), 0U, [&]<PixelFormat F>() -> unsigned int {
+        if constexpr (BitsPerPixel(F) < 8) {
+            return use(ViewOf<PackedIndexAccessor<F, Byte>>(image, static_cast<ColorMap*>(nullptr)));
+        } else {
+            return use(ViewOf<DirectAccessor<F, Byte>>(image));
+        }
+    });
+}
+
+inline unsigned int ValueAt(const IQorImage& image, unsigned int x, unsigned int y) {
+    return WithValues(image, [=](const auto& pixels) { return pixels.GetValue(x, y); });
+}
+
+inline void SetValueAt(IQorImage& image, unsigned int x, unsigned int y, unsigned int value) {
+    WithValues(image, [=](const auto& pixels) {
+        pixels.SetValue(x, y, value);
+        return 0U;
+    });
+}
+
+/// Whether two images show the same raw values, pixel by pixel.
+inline bool SamePicture(const IQorImage& a, const IQorImage& b) {
+    if (a.GetWidth() != b.GetWidth() || a.GetHeight() != b.GetHeight()) return false;
+    for (unsigned int y = 0; y < a.GetHeight(); ++y) {
+        for (unsigned int x = 0; x < a.GetWidth(); ++x) {
+            if (ValueAt(a, x, y) != ValueAt(b, x, y)) return false;
+        }
+    }
+    return true;
+}
+
+/// A shape of the given format, up to `limit` pixels wide and high, of any alignment and row order.
+inline Shape RandomShape(Random& random, PixelFormat format, unsigned int limit) {
+    return {Between(random, 1, limit), Between(random, 1, limit), format,
+            kAlignments[Between(random, 0, kAlignments.size() - 1)], Between(random, 0, 1) == 1};
+}
+
+}  // namespace vantu::test

@@ -1,0 +1,106 @@
+#include <gtest/gtest.h>
+#include <vantu/ImageUtil.h>
+
+#include "support/Picture.h"
+#include "support/TestImage.h"
+
+namespace vantu::test {
+namespace {
+
+using enum IQorImage::PixelFormat;
+
+TEST(Copy, MovesRawValuesBetweenImagesOfOneFormat) {
+    Random random(1);
+    for (const PixelFormat format : kPixelFormats) {
+        for (int i = 0; i < 20; ++i) {
+            TestImage source(RandomShape(random, format, 20), random), target(RandomShape(random, format, 20), random);
+            if (BitsPerPixel(format) < 8) {
+                source.SetPalette(RandomPalette(2, random));
+                target.SetPalette(RandomPalette(16, random));
+            }
+            const unsigned int width = std::min(source.GetWidth(), target.GetWidth());
+            const unsigned int height = std::min(source.GetHeight(), target.GetHeight());
+            TestImage expected(target.GetShape());
+            std::ranges::copy(target.Bytes(), expected.GetPixelData());
+            // The upper right corner of the source to the lower left corner of the target.
+            const unsigned int left = source.GetWidth() - width, top = target.GetHeight() - height;
+            if (top > height) continue;  // beyond the source's rectangle nothing is copied
+            for (unsigned int y = 0; y < height; ++y) {
+                for (unsigned int x = 0; x < width; ++x) {
+                    SetValueAt(expected, x, top + y, ValueAt(source, left + x, y));
+                }
+            }
+            SCOPED_TRACE(testing::Message() << source.GetShape() << " to " << target.GetShape());
+            ASSERT_TRUE(ImageUtil::Copy(
+                source, {static_cast<int>(left), 0, static_cast<int>(source.GetWidth()), static_cast<int>(height)},
+                target, {0, static_cast<int>(top)}));
+            ASSERT_EQ(target.Bytes(), expected.Bytes());
+            ASSERT_TRUE(target.GuardsIntact());
+        }
+    }
+}
+
+TEST(Copy, ConvertsThroughColours) {
+    Random random(2);
+    TestImage indexed(Shape{2, 1, Index8}), target(Shape{2, 1, Bgra32});
+    indexed.SetPalette(RandomPalette(2, random));
+    (*indexed.GetPalette())[1] = Color(0x80FF4020);
+    indexed.GetPixelData()[0] = 1;
+    indexed.GetPixelData()[1] = 200;  // past the palette
+    EXPECT_TRUE(ImageUtil::Copy(indexed, {0, 0, 2, 1}, target, {0, 0}));
+    EXPECT_EQ(ValueAt(target, 0, 0), 0x80FF4020);
+    EXPECT_EQ(ValueAt(target, 1, 0), ARGB_BLACK);
+
+    TestImage premultiplied(Shape{2, 1, Bgra32Premultiplied});
+    EXPECT_TRUE(ImageUtil::Copy(target, {0, 0, 1, 1}, premultiplied, {1, 0}));
+    EXPECT_EQ(ValueAt(premultiplied, 0, 0), 0xCDCDCDCD);
+    EXPECT_EQ(ValueAt(premultiplied, 1, 0), 0x80802010);
+
+    TestImage samples(Shape{2, 1, Index8});
+    EXPECT_TRUE(ImageUtil::Copy(samples, {0, 0, 1, 1}, target, {0, 0}));  // holds no colours: paints black
+    EXPECT_EQ(ValueAt(target, 0, 0), ARGB_BLACK);
+}
+
+TEST(Copy, EarlyExitsAreTrueAndWriteNothing) {
+    const TestImage source(Shape{8, 8, Index8});
+    TestImage target(Shape{8, 8, Index8});
+    std::fill_n(target.GetPixelData(), 64, static_cast<unsigned char>(1));
+    const auto before = target.Bytes();
+    struct Case {
+        Range<int, 2> range;
+        Point<int, 2> point;
+    };
+    for (const auto& [range, point] :
+         {Case{{3, 0, 2, 4}, {0, 0}}, Case{{0, 0, 2, 2}, {3, 0}}, Case{{0, 0, 2, 2}, {0, 3}},
+          Case{{2, 0, 2, 8}, {0, 0}}, Case{{0, 5, 8, 5}, {0, 0}}, Case{{0, 5, 8, 2}, {0, 0}}}) {
+        EXPECT_TRUE(ImageUtil::Copy(source, range, target, point));
+        EXPECT_EQ(target.Bytes(), before);
+    }
+    EXPECT_TRUE(ImageUtil::Copy(source, {0, 0, 2, 2}, target, {2, 2}));  // the rectangle's end itself still counts
+    EXPECT_EQ(ValueAt(target, 3, 3), TestImage::kFreshByte);
+}
+
+TEST(Copy, RefusalsWriteNothing) {
+    Random random(3);
+    struct Case {
+        PixelFormat from, to;
+        bool targetPalette;
+    };
+    for (const auto& [from, to, targetPalette] :
+         {Case{Bgra32, Index8, true}, Case{Bgr24, Bgra32, true}, Case{Index1, Index1, false},
+          Case{Index4, Index4, false}, Case{Index1, Index1, true}, Case{PixelFormat{0}, Bgra32, false},
+          Case{Bgra32, PixelFormat{12}, false}}) {
+        const TestImage source(Shape{8, 2, from}, random);
+        TestImage target(Shape{8, 2, to});
+        if (targetPalette) target.SetPalette(RandomPalette(16, random));
+        EXPECT_FALSE(ImageUtil::Copy(source, {0, 0, 8, 2}, target, {0, 0}));
+        EXPECT_EQ(target.Bytes(), TestImage(target.GetShape()).Bytes());
+    }
+    TestImage source(Shape{2, 2, Bgra32}), target(Shape{2, 2, Bgra32});
+    source.HideMemory();
+    EXPECT_FALSE(ImageUtil::Copy(source, {0, 0, 2, 2}, target, {0, 0}));
+    EXPECT_FALSE(ImageUtil::Copy(target, {0, 0, 2, 2}, source, {0, 0}));
+}
+
+}  // namespace
+}  // namespace vantu::test

@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+#include <vantu/ImageUtil.h>
+
+#include "support/Picture.h"
+#include "support/TestImage.h"
+
+namespace vantu::test {
+namespace {
+
+using enum IQorImage::PixelFormat;
+
+/// The raw field of `bits` bits at `position` of a memory row, read from the block as it lies; 0 past its end.
+unsigned int FieldOfBlock(const TestImage& image, unsigned int y, unsigned int position) {
+    const unsigned int bits = BitsPerPixel(image.GetPixelFormat());
+    const unsigned int row = image.IsBottomUp() ? image.GetHeight() - 1 - y : y;
+    const std::size_t byte = std::size_t{row} * image.Stride() + position * bits / 8;
+    if (byte >= image.Bytes().size()) return 0;
+    return image.Bytes()[byte] >> (8 - position * bits % 8 - bits) & ((1U << bits) - 1);
+}
+
+/// What a horizontal or vertical flip puts at (x, y).
+unsigned int FlippedValue(const TestImage& image, bool horizontal, unsigned int x, unsigned int y) {
+    if (!horizontal) return ValueAt(image, x, image.GetHeight() - 1 - y);
+    if (BitsPerPixel(image.GetPixelFormat()) < 8) return FieldOfBlock(image, y, image.GetWidth() - x);
+    return ValueAt(image, image.GetWidth() - 1 - x, y);
+}
+
+/// What `turns` quarter turns counter-clockwise put at (x, y) of the turned picture.
+unsigned int TurnedValue(const TestImage& image, int turns, unsigned int x, unsigned int y) {
+    const unsigned int lastX = image.GetWidth() - 1, lastY = image.GetHeight() - 1;
+    if (turns == 1) return ValueAt(image, lastX - y, x);
+    if (turns == 2) return ValueAt(image, lastX - x, lastY - y);
+    return ValueAt(image, y, lastY - x);
+}
+
+template <typename Value>
+void Paint(TestImage& image, Value value) {
+    for (unsigned int y = 0; y < image.GetHeight(); ++y) {
+        for (unsigned int x = 0; x < image.GetWidth(); ++x) SetValueAt(image, x, y, value(x, y));
+    }
+}
+
+/// Compares the last image of a factory, byte by byte, with a picture laid out in rows of `alignment`: what fits of it.
+template <typename Value>
+void ExpectPainted(const TestFactory& factory, unsigned char alignment, Value value) {
+    Shape layout = factory.last->GetShape();
+    layout.alignment = alignment;
+    TestImage picture(layout);
+    Paint(picture, value);
+    auto expected = picture.Bytes();
+    expected.resize(factory.last->Bytes().size(), TestImage::kFreshByte);
+    ASSERT_EQ(factory.last->Bytes(), expected);
+    ASSERT_TRUE(factory.last->GuardsIntact());
+}
+
+TEST(Flip, EveryFormatAlignmentAndRowOrderMatchesTheDefinition) {
+    Random random(1);
+    for (const PixelFormat format : kPixelFormats) {
+        for (int i = 0; i < 100; ++i) {
+            const TestImage image(RandomShape(random, format, 70), random);
+            TestFactory factory(kAlignments[Between(random, 0, kAlignments.size() - 1)]);
+            const bool horizontal = i % 2 == 0;
+            SCOPED_TRACE(testing::Message() << image.GetShape() << " to alignment " << int{factory.alignment}
+                                            << (horizontal ? " horizontal" : " vertical"));
+            const auto value = [&](unsigned int x, unsigned int y) { return FlippedValue(image, horizontal, x, y); };
+            void* memory = nullptr;
+            ASSERT_TRUE(ImageUtil::Flip(image, horizontal, !horizontal, &factory, &memory));
+            ASSERT_EQ(factory.lastMemory, &memory);
+            if (horizontal) {
+                ExpectPainted(factory, factory.alignment, value);
+            } else {  // whole bytes move, the unused bits of the last one included
+                for (unsigned int y = 0; y < image.GetHeight(); ++y) {
+                    const unsigned int rowBytes = RowStride(image.GetWidth(), format, 0);
+                    const TestImage& flipped = *factory.last;
+                    ASSERT_TRUE(std::equal(image.GetPixelData() + y * image.Stride(),
+                                           image.GetPixelData() + y * image.Stride() + rowBytes,
+                                           flipped.GetPixelData() + (image.GetHeight() - 1 - y) * flipped.Stride()));
+                }
+                ASSERT_TRUE(SamePicture(*ImageUtil::Flip(*factory.last, false, true, nullptr, nullptr), image));
+            }
+            const auto plain = ImageUtil::Flip(image, horizontal, !horizontal, nullptr, nullptr);
+            ASSERT_EQ(plain->GetAlignment(), image.GetAlignment());
+            ASSERT_TRUE(SamePicture(*plain, *factory.last));
+        }
+    }
+}
+
+TEST(Flip, HorizontalAtOneBitIsShiftedByOnePixel) {
+    TestImage image(Shape{8, 2, Index1, 4});
+    const std::vector<unsigned char> bytes{0b10000010, 0b10000000, 0, 0, 0b01111101, 0, 0, 0};
+    std::ranges::copy(bytes, image.GetPixelData());
+    const auto flipped = ImageUtil::Flip(image, true, false, nullptr, nullptr);
+    EXPECT_EQ(flipped->GetPixelData()[0], 0b10100000);  // the first spare bit in front, pixel 0 gone
+    EXPECT_EQ(flipped->GetPixelData()[4], 0b01011111);
+
+    // Without spare bytes the next row in memory supplies the field, and nothing the last one.
+    TestImage tight(Shape{2, 2, Index4, 1, true});
+    tight.GetPixelData()[0] = 0x12;
+    tight.GetPixelData()[1] = 0x34;
+    const auto turned = ImageUtil::Flip(tight, true, false, nullptr, nullptr);
+    EXPECT_EQ(turned->GetPixelData()[0], 0x32);
+    EXPECT_EQ(turned->GetPixelData()[1], 0x04);
+}
+
+TEST(Flip, BothIsAHalfTurnAndNeitherAClone) {
+    Random random(2);
+    for (const PixelFormat format : kPixelFormats) {
+        const TestImage image(RandomShape(random, format, 20), random);
+        EXPECT_TRUE(SamePicture(*ImageUtil::Flip(image, true, true, nullptr, nullptr),
+                                *ImageUtil::Rotate(image, 2, nullptr, nullptr)));
+        EXPECT_TRUE(SamePicture(*ImageUtil::Flip(image, false, false, nullptr, nullptr), image));
+    }
+}
+
+TEST(Rotate, EveryFormatAlignmentAndRowOrderMatchesTheDefinition) {
+    Random random(3);
+    for (const PixelFormat format : kPixelFormats) {
+        for (int i = 0; i < 120; ++i) {
+            const TestImage image(RandomShape(random, format, 70), random);
+            const int turns = i % 3 + 1;
+            const int count = turns + 4 * static_cast<int>(Between(random, 0, 2)) - (i % 2 == 0 ? 0 : 12);
+            // Packed pixels are laid by the new image's alignment, others by the source's, whatever block they get.
+            TestFactory factory(kAlignments[Between(random, 0, kAlignments.size() - 1)]);
+            SCOPED_TRACE(testing::Message() << image.GetShape() << " to alignment " << int{factory.alignment} << ", "
+                                            << count << " quarter turns");
+            ASSERT_TRUE(ImageUtil::Rotate(image, count, &factory, nullptr));
+            ASSERT_EQ(factory.last->GetWidth(), turns == 2 ? image.GetWidth() : image.GetHeight());
+            ASSERT_EQ(factory.last->GetHeight(), turns == 2 ? image.GetHeight() : image.GetWidth());
+            const auto value = [&](unsigned int x, unsigned int y) { return TurnedValue(image, turns, x, y); };
+            ExpectPainted(factory, BitsPerPixel(format) < 8 ? factory.alignment : image.GetAlignment(), value);
+
+            const auto plain = ImageUtil::Rotate(image, count, nullptr, nullptr);
+            TestImage expected({plain->GetWidth(), plain->GetHeight(), format});
+            Paint(expected, value);
+            ASSERT_TRUE(SamePicture(*plain, expected));
+        }
+    }
+}
+
+TEST(Rotate, TurnsAddUpToTheIdentity) {
+    Random random(4);
+    for (const PixelFormat format : kPixelFormats) {
+        const TestImage image(RandomShape(random, format, 50), random);
+        const auto turn = [](const IQorImage& picture, int count) {
+            return ImageUtil::Rotate(picture, count, nullptr, nullptr);
+        };
+        const auto once = turn(image, 1);
+        EXPECT_TRUE(SamePicture(*turn(*once, 3), image));
+        EXPECT_TRUE(SamePicture(*turn(*once, -1), image));
+        EXPECT_TRUE(SamePicture(*turn(*turn(*turn(*once, 1), 1), 1), image));
+    }
+}
+
+TEST(Rotate, MultiplesOfFourWriteNothingButZeroClones) {
+    Random random(5);
+    TestFactory factory;
+    for (const PixelFormat format : {Index1, Bgra32}) {
+        const TestImage image(Shape{6, 3, format}, random);
+        for (const int count : {4, -4, 8, -2147483647 - 1}) {
+            ASSERT_TRUE(ImageUtil::Rotate(image, count, &factory, nullptr));
+            EXPECT_EQ(factory.last->Bytes(), TestImage(image.GetShape()).Bytes());
+        }
+        ASSERT_TRUE(ImageUtil::Rotate(image, 0, &factory, nullptr));
+        EXPECT_EQ(factory.last->Bytes(), image.Bytes());
+    }
+}
+
+TEST(FlipRotate, BreachesOfTheFactoryContractDoNoHarm) {
+    Random random(6);
+    const TestImage image(Shape{9, 7, Bgr24}, random);
+    TestFactory low, refusing, hollow;
+    low.rowsLeftOut = 3;
+    refusing.refuse = true;
+    hollow.withoutMemory = true;
+    TestImage paged(Shape{2, 2, Bgra32}), nothing(Shape{0, 4, Index4, 4, true});
+    paged.HideMemory();
+    const auto flip = [](const TestImage& picture, int way, IGraphicsFactory* factory) {
+        return way < 0 ? ImageUtil::Rotate(picture, way, factory, nullptr)
+                       : ImageUtil::Flip(picture, way == 0, way == 1, factory, nullptr);
+    };
+    for (const int way : {-3, -2, -1, 0, 1}) {
+        EXPECT_TRUE(flip(image, way, &low));
+        EXPECT_TRUE(low.last->GuardsIntact());
+        EXPECT_FALSE(flip(image, way, &refusing));
+        EXPECT_FALSE(flip(image, way, &hollow));
+        EXPECT_FALSE(flip(paged, way, nullptr));
+        EXPECT_TRUE(flip(nothing, way, nullptr));
+    }
+}
+
+}  // namespace
+}  // namespace vantu::test
