@@ -11,8 +11,9 @@ namespace vantu {
 ///
 /// Pixels are never converted: 16 bits become `Rgb555`, 24 `Bgr24`, 32 `Bgra32Premultiplied`. RLE, bit fields and
 /// OS/2 core headers are refused. Without a factory the image keeps the file's row order and has alignment 4; with one
-/// it is always bottom-up. A file that ends early gives an image whose tail is zero. Separate calls on separate
-/// files may run on different threads.
+/// it is always bottom-up. Rows are read in one run at the file's stride, so a factory's image needs alignment 4; what
+/// a shorter block cannot take is left out. A file that ends early leaves the rest of the block as the image was born.
+/// Separate calls on separate files may run on different threads.
 class CDIBLoader {
 public:
     /// @param factory makes the images; null for `CQorImage`. Not owned.

@@ -1,0 +1,135 @@
+#include <vantu/CDIBLoader.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "codec/DibHeader.h"
+#include "codec/PixelBlock.h"
+#include "codec/WithFile.h"
+#include "pixel/MakeImage.h"
+#include "pixel/PixelCodec.h"
+
+namespace vantu {
+namespace {
+
+constexpr unsigned int kCoreHeaderSize = 12;
+
+struct BitCountFormat {
+    unsigned int bits;
+    PixelFormat format;
+};
+constexpr std::array kFormats = {
+    BitCountFormat{1, PixelFormat::Index1}, BitCountFormat{4, PixelFormat::Index4},
+    BitCountFormat{8, PixelFormat::Index8}, BitCountFormat{16, PixelFormat::Rgb555},
+    BitCountFormat{24, PixelFormat::Bgr24}, BitCountFormat{32, PixelFormat::Bgra32Premultiplied},
+};
+
+/// Reads the file header. @return the offset of the rows, 0 if they follow the palette; none for another file.
+std::optional<std::uint32_t> ReadRowOffset(int fd) {
+    std::array<unsigned char, kDibFileHeaderSize> bytes{};
+    if (QorReadFile(bytes.data(), bytes.size(), fd) < bytes.size()) return std::nullopt;
+    if (LoadWord16(bytes.data()) != kDibType) return std::nullopt;
+    return LoadWord32(&bytes[10]);
+}
+
+/// Reads the info header. @return none if it is short or says what this loader cannot read.
+std::optional<DibInfoHeader> ReadInfoHeader(int fd) {
+    std::array<unsigned char, sizeof(DibInfoHeader)> bytes{};
+    if (QorReadFile(bytes.data(), bytes.size(), fd) < bytes.size()) return std::nullopt;
+    DibInfoHeader header{};
+    header.biSize = LoadWord32(&bytes[0]);
+    header.biWidth = LoadWord32(&bytes[4]);
+    header.biHeight = LoadWord32(&bytes[8]);
+    header.biBitCount = static_cast<std::uint16_t>(LoadWord16(&bytes[14]));
+    header.biCompression = LoadWord32(&bytes[16]);
+    header.biClrUsed = LoadWord32(&bytes[32]);
+    if (header.biSize == kCoreHeaderSize || header.biCompression != 0) return std::nullopt;
+    return header;
+}
+
+/// Number of palette entries in the file. Only 16 bits of it count, so that 16-bit files have none by default.
+unsigned int PaletteCount(const DibInfoHeader& header) {
+    const unsigned int used = header.biClrUsed & 0xFFFF;
+    if (used != 0 || header.biBitCount >= 24) return used;
+    return (1U << header.biBitCount) & 0xFFFF;
+}
+
+/// Reads the palette, which is there to be skipped even when the image has none to fill.
+void ReadPalette(int fd, unsigned int count, ColorMap* palette) {
+    std::vector<unsigned char> entries(std::size_t{count} * kDibEntrySize);
+    QorReadFile(entries.data(), count * kDibEntrySize, fd);
+    if (palette == nullptr) return;
+    for (unsigned int i = 0; i < count; ++i) {
+        const unsigned char* const entry = &entries[std::size_t{i} * kDibEntrySize];
+        Color& color = (*palette)[i];
+        color.SetRed(entry[2]);
+        color.SetGreen(entry[1]);
+        color.SetBlue(entry[0]);
+        color.SetAlpha(255);
+    }
+}
+
+/// Reads the rows into the block in one run, as they lie in the file, whose stride is a multiple of 4.
+void ReadRows(int fd, const DibInfoHeader& header, unsigned int rows, const PixelBlock& block) {
+    const std::uint64_t fileStride = (std::uint64_t{header.biWidth} * header.biBitCount + 31) / 32 * 4;
+    const bool tooLarge = rows != 0 && fileStride > block.Size() / rows;
+    std::uint64_t left = tooLarge ? block.Size() : fileStride * rows;
+    unsigned char* data = block.data;
+    while (left > 0) {
+        const auto size = static_cast<unsigned int>(std::min<std::uint64_t>(left, 1U << 30));
+        if (QorReadFile(data, size, fd) < size) return;
+        data += size;
+        left -= size;
+    }
+}
+
+/// Puts the first `rows` rows in opposite order; the spare bytes at their ends stay.
+void ReverseRows(unsigned int rows, unsigned int rowBytes, const PixelBlock& block) {
+    rows = std::min(rows, block.height);
+    rowBytes = std::min(rowBytes, block.stride);
+    for (unsigned int i = 0; i < rows / 2; ++i) {
+        std::swap_ranges(block.Row(i), block.Row(i) + rowBytes, block.Row(rows - 1 - i));
+    }
+}
+
+}  // namespace
+
+std::shared_ptr<IQorImage> CDIBLoader::Load(const std::string& path, void** memory) const {
+    return WithFile(path, QOR_OPEN_READ, [&](int fd) { return Load(fd, memory, false); });
+}
+
+std::shared_ptr<IQorImage> CDIBLoader::Load(const std::wstring& path, void** memory) const {
+    return WithFile(path, QOR_OPEN_READ, [&](int fd) { return Load(fd, memory, false); });
+}
+
+std::shared_ptr<IQorImage> CDIBLoader::Load(int fd, void** memory, bool skipFileHeader) const {
+    const long long base = QorSeekFile(fd, 0, 0);
+    const auto rowOffset = skipFileHeader ? 0U : ReadRowOffset(fd);
+    if (!rowOffset) return nullptr;
+    const auto header = ReadInfoHeader(fd);
+    if (!header) return nullptr;
+    const auto* const row =
+        std::find_if(kFormats.begin(), kFormats.end(), [&](const auto& f) { return f.bits == header->biBitCount; });
+    if (row == kFormats.end()) return nullptr;
+
+    const bool topDown = (header->biHeight >> 31) != 0;
+    const unsigned int rows = topDown ? 0U - header->biHeight : header->biHeight;
+    // A factory's image is always bottom-up; without one the image says which way the file's rows lie.
+    const bool bottomUp = factory_ != nullptr || (!topDown && rows != 0);
+    const auto image = MakeImage(header->biWidth, rows, row->format, 4, bottomUp, factory_, memory);
+    if (!image) return nullptr;
+
+    if (const unsigned int count = PaletteCount(*header); count != 0) ReadPalette(fd, count, image->GetPalette());
+    if (*rowOffset != 0) QorSeekFile(fd, base + *rowOffset, 0);
+    const PixelBlock block(*image);
+    ReadRows(fd, *header, rows, block);
+    if (topDown && factory_ != nullptr) {
+        ReverseRows(rows, RowStride(block.width, image->GetPixelFormat(), 0), block);
+    }
+    return image;
+}
+
+}  // namespace vantu
