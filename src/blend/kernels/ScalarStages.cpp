@@ -67,8 +67,4 @@ const CompositeStages& ScalarStages() {
     return kScalarStages;
 }
 
-const CompositeStages& ActiveStages() {
-    return ScalarStages();
-}
-
 }  // namespace vantu
