@@ -16,7 +16,7 @@ std::string Utf8(const std::wstring& wide) {
     out.reserve(wide.size());
     const auto put = [&out](unsigned int byte) { out.push_back(static_cast<char>(byte)); };
     for (const wchar_t c : wide) {
-        auto u = static_cast<unsigned int>(c);
+        auto u = static_cast<unsigned int>(c);  // NOLINT(bugprone-signed-char-misuse,cert-str34-c): a wide one
         if (u > 0x10FFFF || (u >= 0xD800 && u < 0xE000)) u = 0xFFFD;
         if (u < 0x80) {
             put(u);
