@@ -120,7 +120,7 @@ std::vector<Taps> MakeTaps(unsigned int sourceSize, unsigned int targetSize, dou
     const double start = (sourceSize - targetSize * step) / 2;
     std::vector<Taps> taps(targetSize);
     for (unsigned int i = 0; i < targetSize; ++i) {
-        const double centre = start + (i + 0.5) * step - 0.5;
+        const double centre = std::clamp(start + (i + 0.5) * step - 0.5, 0.0, sourceSize - 1.0);
         const double last = std::min(std::floor(centre + radius), sourceSize - 1.0);
         taps[i].first = static_cast<unsigned int>(std::max(std::ceil(centre - radius), 0.0));
         double sum = 0;
@@ -154,10 +154,11 @@ std::shared_ptr<IQorImage> ReadPicture(const std::string& path) {
     }
 }
 
-std::shared_ptr<CQorImage> Fit(const IQorImage& picture, unsigned int width, unsigned int height) {
+std::shared_ptr<CQorImage> Fit(const IQorImage& picture, unsigned int width, unsigned int height, Framing framing) {
     const PixelFormat format = picture.GetPixelFormat();
     const std::size_t channels = BitsPerPixel(format) / 8;
-    const double step = std::min(1.0 * picture.GetWidth() / width, 1.0 * picture.GetHeight() / height);
+    const auto [filling, whole] = std::minmax({1.0 * picture.GetWidth() / width, 1.0 * picture.GetHeight() / height});
+    const double step = framing == Framing::Fill ? filling : whole;
     const std::vector<Taps> columns = MakeTaps(picture.GetWidth(), width, step);
     const std::vector<Taps> rows = MakeTaps(picture.GetHeight(), height, step);
     const std::size_t stride = RowStride(picture.GetWidth(), format, picture.GetAlignment());

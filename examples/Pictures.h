@@ -23,9 +23,15 @@ public:
 /// @throws std::runtime_error with a text that names the file and says why it cannot be read.
 [[nodiscard]] std::shared_ptr<vantu::IQorImage> ReadPicture(const std::string& path);
 
-/// The middle of a picture of `ReadPicture`, scaled to fill `width` by `height` pixels; a bottom-up image of the
-/// same format, rows aligned to 4 bytes.
+/// What happens to a picture whose shape is not that of its frame.
+enum class Framing {
+    Fill,   ///< what stands out on two sides is cut off
+    Whole,  ///< the picture's edges are drawn out to those of the frame
+};
+
+/// A picture of `ReadPicture` scaled to `width` by `height` pixels, both at least 1; a bottom-up image of the same
+/// format, rows aligned to 4 bytes.
 [[nodiscard]] std::shared_ptr<vantu::CQorImage> Fit(const vantu::IQorImage& picture, unsigned int width,
-                                                    unsigned int height);
+                                                    unsigned int height, Framing framing);
 
 }  // namespace examples
