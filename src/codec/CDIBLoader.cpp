@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "codec/DibHeader.h"
-#include "codec/PixelBlock.h"
 #include "codec/WithFile.h"
+#include "codec/WritableBlock.h"
 #include "pixel/MakeImage.h"
 #include "pixel/PixelCodec.h"
 
@@ -73,7 +73,7 @@ void ReadPalette(int fd, unsigned int count, ColorMap* palette) {
 }
 
 /// Reads the rows into the block in one run, as they lie in the file, whose stride is a multiple of 4.
-void ReadRows(int fd, const DibInfoHeader& header, unsigned int rows, const PixelBlock& block) {
+void ReadRows(int fd, const DibInfoHeader& header, unsigned int rows, const WritableBlock& block) {
     const std::uint64_t fileStride = (std::uint64_t{header.biWidth} * header.biBitCount + 31) / 32 * 4;
     const bool tooLarge = rows != 0 && fileStride > block.Size() / rows;
     std::uint64_t left = tooLarge ? block.Size() : fileStride * rows;
@@ -87,7 +87,7 @@ void ReadRows(int fd, const DibInfoHeader& header, unsigned int rows, const Pixe
 }
 
 /// Puts the first `rows` rows in opposite order; the spare bytes at their ends stay.
-void ReverseRows(unsigned int rows, unsigned int rowBytes, const PixelBlock& block) {
+void ReverseRows(unsigned int rows, unsigned int rowBytes, const WritableBlock& block) {
     rows = std::min(rows, block.height);
     rowBytes = std::min(rowBytes, block.stride);
     for (unsigned int i = 0; i < rows / 2; ++i) {
@@ -124,7 +124,7 @@ std::shared_ptr<IQorImage> CDIBLoader::Load(int fd, void** memory, bool skipFile
 
     if (const unsigned int count = PaletteCount(*header); count != 0) ReadPalette(fd, count, image->GetPalette());
     if (*rowOffset != 0) QorSeekFile(fd, base + *rowOffset, 0);
-    const PixelBlock block(*image);
+    const WritableBlock block(*image);
     ReadRows(fd, *header, rows, block);
     if (topDown && factory_ != nullptr) {
         ReverseRows(rows, RowStride(block.width, image->GetPixelFormat(), 0), block);

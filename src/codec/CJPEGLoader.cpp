@@ -9,8 +9,8 @@
 #include <jerror.h>
 
 #include "codec/CatchJump.h"
-#include "codec/PixelBlock.h"
 #include "codec/WithFile.h"
+#include "codec/WritableBlock.h"
 #include "pixel/MakeImage.h"
 
 namespace vantu {
@@ -108,7 +108,7 @@ public:
     }
 
     /// Decodes into a bottom-up block, no further than it reaches.
-    bool ReadRows(const PixelBlock& block) {
+    bool ReadRows(const WritableBlock& block) {
         return CatchJump(errors_.onError, [this, &block] {
             jpeg_start_decompress(&decompressor_);
             const int components = decompressor_.num_components;
@@ -170,7 +170,7 @@ std::shared_ptr<IQorImage> CJPEGLoader::Load(int fd, void** memory) const {
     if (reader.Components() != 1 && reader.Components() != 3) return nullptr;
     auto image = MakeImage(reader.Width(), reader.Height(), PixelFormat::Bgr24, 4, true, factory_, memory);
     if (!image) return nullptr;
-    const PixelBlock block(*image);
+    const WritableBlock block(*image);
     if (block.height == 0 || !reader.ReadRows(block)) return nullptr;
     return image;
 }

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "codec/CatchJump.h"
-#include "codec/PixelBlock.h"
 #include "codec/WithFile.h"
+#include "codec/WritableBlock.h"
 #include "pixel/MakeImage.h"
 
 namespace vantu {
@@ -90,7 +90,7 @@ private:
 };
 
 /// Addresses of the rows for the picture's rows from the top: the last row in memory comes first.
-std::vector<unsigned char*> RowTable(const PixelBlock& block) {
+std::vector<unsigned char*> RowTable(const WritableBlock& block) {
     std::vector<unsigned char*> table(block.height);
     for (unsigned int i = 0; i < block.height; ++i) table[i] = block.Row(block.height - 1 - i);
     return table;
@@ -116,7 +116,7 @@ std::shared_ptr<IQorImage> CPNGLoader::Load(int fd, void** memory) const {
 
     auto image = MakeImage(reader.Width(), reader.Height(), row->format, 4, false, factory_, memory);
     if (!image) return nullptr;
-    const PixelBlock block(*image);
+    const WritableBlock block(*image);
     if (block.height < reader.Height() || block.stride < reader.RowBytes()) return nullptr;
     if (!reader.ReadRows(RowTable(block).data())) return nullptr;
     return image;

@@ -9,8 +9,8 @@ namespace vantu {
 
 /// The memory of an image by the image's own account. A factory may give another image than it was asked for, so
 /// loaders keep what they write inside these bounds.
-struct PixelBlock {
-    explicit PixelBlock(IQorImage& image)
+struct WritableBlock {
+    explicit WritableBlock(IQorImage& image)
         : data(image.GetPixelData()),
           width(image.GetWidth()),
           height(data == nullptr ? 0 : image.GetHeight()),
