@@ -1,0 +1,92 @@
+#include <gtest/gtest.h>
+#include <vantu/QorIo.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+namespace vantu {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+class QorIo : public testing::Test {
+protected:
+    QorIo() { EXPECT_NE(QorOpenFileW(widePath_, &fd_, QOR_OPEN_CREATE), 0); }
+    ~QorIo() override {
+        QorCloseFile(fd_);
+        unlink(path_.c_str());
+    }
+    /// What the file holds, read by its narrow path.
+    [[nodiscard]] Bytes Content() const {
+        int fd = -1;
+        EXPECT_NE(QorOpenFile(path_, &fd, QOR_OPEN_READ), 0);
+        Bytes bytes(1000);
+        bytes.resize(QorReadFile(bytes.data(), 1000, fd));
+        EXPECT_NE(QorCloseFile(fd), 0);
+        return bytes;
+    }
+
+    // Characters of two, three and four bytes in UTF-8.
+    const std::string folder_ = testing::TempDir();
+    const std::string path_ = folder_ + "qorio \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";
+    const std::wstring widePath_ = std::wstring(folder_.begin(), folder_.end()) + L"qorio \u00E9\u20AC\U0001F600";
+    int fd_ = -1;
+};
+
+TEST_F(QorIo, IntegersAndRecordsAreLittleEndian) {
+    struct Record {
+        std::uint32_t a;
+        std::uint16_t b, c;
+        std::uint32_t d;
+    };
+    static_assert(sizeof(Record) == 12);
+    const Record record{0x04030201, 0x0605, 0x0807, 0x0C0B0A09};
+    EXPECT_EQ(QorWriteIntelInt(fd_, 0xBBAA), 2U);
+    EXPECT_EQ(QorWriteIntelLong(fd_, 0xFFEEDDCC), 4U);
+    EXPECT_EQ(QorWriteIntelStruct(fd_, &record, 12, "P1,L1,I2,L1"), 12U);
+    const Bytes expected = {0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    EXPECT_EQ(Content(), expected);
+    for (const char* const wrong : {"", "L1", "L3,I1", "L4", "Q3", "P2,L3", "L99999999999", "I"}) {
+        EXPECT_EQ(QorWriteIntelStruct(fd_, &record, 12, wrong), 0U) << wrong;
+    }
+    EXPECT_EQ(Content(), expected) << "a format that does not fit writes nothing";
+}
+
+TEST_F(QorIo, SeeksReadsToTheEndAndEmpties) {
+    const Bytes bytes = {1, 2, 3, 4, 5};
+    EXPECT_EQ(QorWriteFile(bytes.data(), 5, fd_), 5U);
+    int fd = -1;
+    ASSERT_NE(QorOpenFile(path_, &fd, QOR_OPEN_READ), 0);
+    std::array<unsigned char, 4> buffer{};
+    EXPECT_EQ(QorSeekFile(fd, 3, 0), 3);
+    EXPECT_EQ(QorReadFile(buffer.data(), 4, fd), 2U);
+    EXPECT_EQ(buffer, (std::array<unsigned char, 4>{4, 5, 0, 0}));
+    EXPECT_EQ(QorReadFile(buffer.data(), 4, fd), 0U);
+    EXPECT_EQ(QorSeekFile(fd, -4, 1), 1);
+    EXPECT_EQ(QorSeekFile(fd, -1, 2), 4);
+    EXPECT_EQ(QorSeekFile(fd, -9, 0), -1);
+    QorCloseFile(fd);
+    ASSERT_NE(QorOpenFile(path_, &fd, QOR_OPEN_CREATE), 0);
+    QorCloseFile(fd);
+    EXPECT_EQ(Content(), Bytes{});
+}
+
+TEST_F(QorIo, WhatCannotBe) {
+    int fd = -7;
+    EXPECT_EQ(QorOpenFile(path_ + "/none", &fd, QOR_OPEN_READ), 0);
+    EXPECT_EQ(QorOpenFileW(widePath_ + L"/none", &fd, QOR_OPEN_CREATE), 0);
+    EXPECT_EQ(QorOpenFile(path_ + std::string("\0tail", 5), &fd, QOR_OPEN_READ), 0) << "a path is no prefix of another";
+    EXPECT_EQ(fd, -7);
+    unsigned char byte = 0;
+    EXPECT_EQ(QorReadFile(&byte, 1, -1), 0U);
+    EXPECT_EQ(QorWriteFile(&byte, 1, -1), 0U);
+    EXPECT_EQ(QorSeekFile(-1, 0, 0), -1);
+    EXPECT_EQ(QorCloseFile(-1), 0);
+}
+
+}  // namespace
+}  // namespace vantu
