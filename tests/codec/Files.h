@@ -1,0 +1,74 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <vantu/CDIBLoader.h>
+#include <vantu/CJPEGLoader.h>
+#include <vantu/CPNGLoader.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+#include "support/TestImage.h"
+
+namespace vantu::test {
+
+using Bytes = std::vector<unsigned char>;
+using ImagePtr = std::shared_ptr<IQorImage>;
+
+inline std::string FixturePath(const std::string& name) {
+    return IMAGEOP_TEST_DATA "/codec/" + name;
+}
+
+inline Bytes ReadAll(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    EXPECT_TRUE(in) << path;
+    return Bytes(std::istreambuf_iterator<char>(in), {});
+}
+
+/// A nameless file that stands at its start.
+class TempFile {
+public:
+    explicit TempFile(const Bytes& bytes = {}) { Replace(bytes); }
+    void Replace(const Bytes& bytes) {
+        EXPECT_EQ(ftruncate(Descriptor(), 0), 0);
+        EXPECT_EQ(pwrite(Descriptor(), bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+        lseek(Descriptor(), 0, SEEK_SET);
+    }
+    [[nodiscard]] Bytes Content() const {
+        Bytes bytes(static_cast<std::size_t>(lseek(Descriptor(), 0, SEEK_END)));
+        EXPECT_EQ(pread(Descriptor(), bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+        return bytes;
+    }
+    [[nodiscard]] int Descriptor() const { return fileno(file_.get()); }
+
+private:
+    struct Close {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+    std::unique_ptr<std::FILE, Close> file_{std::tmpfile()};
+};
+
+inline std::string Kind(const std::string& file) {
+    return file.substr(file.size() - 3);
+}
+
+/// Loads from a path or, at its start, from a descriptor, with the loader of the file's kind.
+template <typename Path>
+ImagePtr LoadPath(const std::string& kind, const Path& path, IGraphicsFactory* factory, void** memory = nullptr) {
+    if (kind == "bmp") return CDIBLoader(factory).Load(path, memory);
+    if (kind == "png") return CPNGLoader(factory).Load(path, memory);
+    return CJPEGLoader(factory).Load(path, memory);
+}
+
+inline ImagePtr LoadFrom(const std::string& kind, int fd, IGraphicsFactory* factory) {
+    if (kind == "bmp") return CDIBLoader(factory).Load(fd, nullptr, false);
+    return kind == "png" ? CPNGLoader(factory).Load(fd, nullptr) : CJPEGLoader(factory).Load(fd, nullptr);
+}
+
+}  // namespace vantu::test
