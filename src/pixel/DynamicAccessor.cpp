@@ -44,10 +44,10 @@ std::unique_ptr<DynamicAccessor> Bind(const View& view) {
 }
 
 template <typename Image>
-std::unique_ptr<DynamicAccessor> Make(Image& image, bool throughPalette) {
+std::unique_ptr<DynamicAccessor> Make(Image& image, PixelFormat format, bool throughPalette) {
     constexpr bool writable = !std::is_const_v<Image>;
     using Byte = std::conditional_t<writable, unsigned char, const unsigned char>;
-    return DispatchFormat(image.GetPixelFormat(), std::unique_ptr<DynamicAccessor>(), [&]<PixelFormat F>() {
+    return DispatchFormat(format, std::unique_ptr<DynamicAccessor>(), [&]<PixelFormat F>() {
         if (throughPalette) {
             if (auto* const palette = image.GetPalette()) {
                 return Bind<writable>(ViewOf<PackedIndexAccessor<F, Byte>>(image, palette));
@@ -60,16 +60,16 @@ std::unique_ptr<DynamicAccessor> Make(Image& image, bool throughPalette) {
 }  // namespace
 
 std::unique_ptr<DynamicAccessor> MakeAccessor(IQorImage& image) {
-    return Make(image, true);
+    return Make(image, image.GetPixelFormat(), true);
 }
 std::unique_ptr<DynamicAccessor> MakeConstAccessor(const IQorImage& image) {
-    return Make(image, true);
+    return Make(image, image.GetPixelFormat(), true);
 }
-std::unique_ptr<DynamicAccessor> MakeDirectAccessor(IQorImage& image) {
-    return Make(image, false);
+std::unique_ptr<DynamicAccessor> MakeDirectAccessor(IQorImage& image, PixelFormat format) {
+    return Make(image, format, false);
 }
-std::unique_ptr<DynamicAccessor> MakeConstDirectAccessor(const IQorImage& image) {
-    return Make(image, false);
+std::unique_ptr<DynamicAccessor> MakeConstDirectAccessor(const IQorImage& image, PixelFormat format) {
+    return Make(image, format, false);
 }
 
 }  // namespace vantu

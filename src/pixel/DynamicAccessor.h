@@ -26,10 +26,10 @@ std::unique_ptr<DynamicAccessor> MakeAccessor(IQorImage& image);
 /// The same, read-only: `SetColor` and `SetValue` do nothing.
 std::unique_ptr<DynamicAccessor> MakeConstAccessor(const IQorImage& image);
 
-/// A writable accessor of the pixels themselves: a palette is not looked at.
-std::unique_ptr<DynamicAccessor> MakeDirectAccessor(IQorImage& image);
+/// A writable accessor of the pixels themselves, taken to be of the given format: a palette is not looked at.
+std::unique_ptr<DynamicAccessor> MakeDirectAccessor(IQorImage& image, PixelFormat format);
 
 /// The same, read-only.
-std::unique_ptr<DynamicAccessor> MakeConstDirectAccessor(const IQorImage& image);
+std::unique_ptr<DynamicAccessor> MakeConstDirectAccessor(const IQorImage& image, PixelFormat format);
 
 }  // namespace vantu

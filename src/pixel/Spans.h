@@ -2,10 +2,10 @@
 
 #include <vantu/IQorImage.h>
 
+#include <array>
 #include <cstddef>
 
-// Runs of pixels of a row as packed pixels: four bytes blue, green, red, alpha each, of which every blending stage
-// works.
+// Rectangles of pixels as packed pixels: four bytes blue, green, red, alpha each, of which every blending stage works.
 
 namespace vantu {
 
@@ -14,20 +14,46 @@ enum class PackedForm { Premultiplied, Straight };
 
 inline constexpr std::size_t kPackedBytes = 4;
 
-/// How the pixels of a format that carries colours become packed and come back.
+/// A rectangle of pixels of whole bytes in memory.
+template <typename Byte>
+struct PixelRows {
+    Byte* pixels;            ///< the top left pixel
+    std::ptrdiff_t rowStep;  ///< bytes from a row to the next one down
+    std::size_t width;       ///< in pixels
+    std::size_t rows;
+};
+
+/// How the pixels of a format that carries colours become packed, row after row without gaps, and come back.
 struct SpanCodec {
+    using Read = void (*)(const PixelRows<const unsigned char>& from, unsigned char* packed);
+    using Write = void (*)(const PixelRows<unsigned char>& to, const unsigned char* packed,
+                           const unsigned char* select);
+
     PackedForm form;
     unsigned int bytesPerPixel;
     bool inPlace;         ///< the pixels are packed as they lie in memory
     bool keepsUnwritten;  ///< reading and writing a pixel does not give its bytes back: write only what changed
-
-    /// Packs `count` pixels from `pixels`.
-    void (*read)(const unsigned char* pixels, unsigned char* packed, std::size_t count);
-    /// Stores `count` packed pixels at `pixels`, those alone whose byte in `select` is not 0; all if it is null.
-    void (*write)(unsigned char* pixels, const unsigned char* packed, const unsigned char* select, std::size_t count);
+    Read read;
+    Write write;  ///< stores those pixels alone whose byte in `select` is not 0; all if it is null
 };
 
-/// The codec of a format with colours (`Rgb565` to `Bgra32`).
-const SpanCodec& SpanCodecOf(PixelFormat format);
+/// The codecs of the formats with colours, `Rgb565` to `Bgra32`.
+using SpanCodecs = std::array<SpanCodec, 6>;
+
+/// Plain loops over the conversions that define the formats.
+const SpanCodecs& ScalarSpanCodecs();
+
+/// The fastest codecs that this machine runs; chosen at first use.
+const SpanCodecs& ActiveSpanCodecs();
+
+/// The place of a format with colours in a list of codecs.
+constexpr std::size_t SpanCodecIndex(PixelFormat format) {
+    return static_cast<std::size_t>(format) - static_cast<std::size_t>(PixelFormat::Rgb565);
+}
+
+/// The codec of a format with colours.
+inline const SpanCodec& SpanCodecOf(PixelFormat format) {
+    return ActiveSpanCodecs()[SpanCodecIndex(format)];
+}
 
 }  // namespace vantu

@@ -11,6 +11,7 @@
 #include "blend/RangeWalk.h"
 #include "blend/kernels/SoftMaskReader.h"
 #include "blend/kernels/Stages.h"
+#include "blend/kernels/StencilReader.h"
 #include "blend/kernels/SurfacePainter.h"
 #include "pixel/FormatDispatch.h"
 #include "pixel/Spans.h"
@@ -21,25 +22,40 @@ namespace {
 using PDFBlend::BlendingTraits;
 using PDFBlend::GroupBlendingTraits;
 
-/// Pixels of a span that is converted or masked on the way: its buffers stay in the first cache.
-constexpr unsigned int kSpanPixels = 512;
+/// Pixels of a span: its buffers stay in the first cache.
+constexpr unsigned int kSpanPixels = SoftMaskReader::kMostPixels;
+
+// Narrower rectangles are painted several rows to a span. Pixels that can be painted where they lie gain from that only
+// while a row is shorter than a few vectors.
+constexpr unsigned int kNarrowInPlace = 64;
+constexpr unsigned int kNarrow = 256;
 
 template <typename Byte>
-RowsFromTop<Byte> RowsOf(Byte* block, const IQorImage& image) {
-    return {
-        block, image.GetWidth(), image.GetHeight(), image.GetPixelFormat(), image.GetAlignment(), image.IsBottomUp()};
+RowsFromTop<Byte> RowsOf(Byte* block, const IQorImage& image, PixelFormat format) {
+    return {block, image.GetWidth(), image.GetHeight(), format, image.GetAlignment(), image.IsBottomUp()};
+}
+
+/// Bytes of an image's block.
+std::size_t BlockSize(const IQorImage& image) {
+    return std::size_t{RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment())} * image.GetHeight();
 }
 
 /// Whether two images share bytes of their blocks.
 bool Overlap(const IQorImage& a, const IQorImage& b) {
-    const auto size = [](const IQorImage& image) {
-        return std::size_t{RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment())} *
-               image.GetHeight();
-    };
     const std::less<const unsigned char*> before;
     const unsigned char* const pa = a.GetPixelData();
     const unsigned char* const pb = b.GetPixelData();
-    return pa != nullptr && pb != nullptr && before(pa, pb + size(b)) && before(pb, pa + size(a));
+    return pa != nullptr && pb != nullptr && before(pa, pb + BlockSize(b)) && before(pb, pa + BlockSize(a));
+}
+
+/// Whether a rectangle of an image, taken to be of format `format`, lies inside the image's block.
+bool InsideBlock(const IQorImage& image, PixelFormat format, int x, int y, const PaintArea& area) {
+    const std::int64_t stride = RowStride(image.GetWidth(), format, image.GetAlignment());
+    const std::int64_t endX = std::int64_t{x} + area.width;
+    const std::int64_t endY = std::int64_t{y} + area.height;
+    const std::int64_t lastRow = image.IsBottomUp() ? std::int64_t{image.GetHeight()} - 1 - y : endY - 1;
+    return x >= 0 && y >= 0 && endY <= image.GetHeight() &&
+           lastRow * stride + (endX * BitsPerPixel(format) + 7) / 8 <= static_cast<std::int64_t>(BlockSize(image));
 }
 
 /// The rows behind an accessor record of pixels of format `format` themselves; nothing if it goes through a palette.
@@ -56,20 +72,6 @@ std::optional<RowsFromTop<const unsigned char>> DirectRows(const DynamicAccessor
     return rows;
 }
 
-/// The painted pixels of a stencil, not 0, by its bits: 0 paints.
-enum class StencilSpan { Nothing, Everything, Some };
-
-StencilSpan ReadStencil(const unsigned char* row, unsigned int x, std::size_t count, unsigned char* select) {
-    std::size_t painted = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t position = x + i;
-        select[i] = static_cast<unsigned char>(~row[position >> 3] >> (7 - (position & 7)) & 1);
-        painted += select[i];
-    }
-    if (painted == 0) return StencilSpan::Nothing;
-    return painted == count ? StencilSpan::Everything : StencilSpan::Some;
-}
-
 /// Paints the rectangles of one call as spans, or pixel by pixel where the order of the pixels can be seen.
 template <typename Traits>
 class ImageLoops {
@@ -80,12 +82,13 @@ public:
           request_(request),
           destination_(destination),
           source_(source),
-          targetRows_(RowsOf(destination.GetPixelData(), destination)),
-          sourceRows_(RowsOf(source.GetPixelData(), source)),
+          targetRows_(RowsOf(destination.GetPixelData(), destination, kernel.destination)),
+          sourceRows_(RowsOf(source.GetPixelData(), source, kernel.source)),
           sourceCodec_(SpanCodecOf(kernel.source)),
           targetCodec_(HasColors(kernel.destination) ? &SpanCodecOf(kernel.destination) : nullptr),
           form_(targetCodec_ != nullptr ? targetCodec_->form : PackedForm::Straight),
-          inOrder_(Overlap(destination, source)) {
+          foreign_(kernel.destination != destination.GetPixelFormat() || kernel.source != source.GetPixelFormat()),
+          inOrder_(foreign_ || Overlap(destination, source)) {
         CompositeForm composite = CompositeForm::Plain;
         if constexpr (Traits::kGroup) {
             composite = *request.knockout ? CompositeForm::Knockout : CompositeForm::Group;
@@ -97,6 +100,7 @@ public:
     }
 
     void Rect(const PaintArea& area) {
+        if (!Reachable(area)) return;
         const auto inOrder = [&](const PaintArea& piece, unsigned int, unsigned int) {
             PixelLoopsOf<Traits>(kernel_.mode).rect(PixelContext(), piece);
         };
@@ -104,11 +108,12 @@ public:
             inOrder(area, 0, 0);
         } else {
             PaintSpans(
-                area, kernel_.keepClear, [](unsigned int, unsigned int, Span&) { return true; }, inOrder);
+                area, false, [](const Piece&, Span&) { return Verdict::Composite; }, inOrder);
         }
     }
 
     void Masked(const PaintArea& area, unsigned int maskX, unsigned int maskY) {
+        if (!Reachable(area)) return;
         const IQorImage& mask = **request_.mask;
         const IPDFTransferFunction* const transfer = request_.maskTransfer->get();
         const auto inOrder = [&](const PaintArea& piece, unsigned int i, unsigned int j) {
@@ -120,125 +125,190 @@ public:
             (!stencil && !ownSoftMask)) {
             inOrder(area, 0, 0);
         } else if (stencil) {
-            const auto rows = RowsOf(mask.GetPixelData(), mask);
+            const auto rows = RowsOf(mask.GetPixelData(), mask, PixelFormat::Index1);
             PaintSpans(
                 area, true,
-                [&](unsigned int i, unsigned int j, Span& span) {
-                    const auto painted = ReadStencil(rows.Row(maskY + j), maskX + i, span.composite.count, span.select);
-                    span.painted = painted != StencilSpan::Nothing;
-                    span.copy = !Traits::kGroup && kernel_.mode == BlendMode::Normal && span.composite.alpha == 255;
+                [&](const Piece& piece, Span& span) {
+                    const bool copy =
+                        !Traits::kGroup && kernel_.mode == BlendMode::Normal && span.composite.alpha == 255;
                     span.composite.stencil = true;
-                    if (painted == StencilSpan::Some) span.composite.select = span.select;
-                    return true;
+                    return ReadStencilRows(rows, maskX + piece.i, maskY + piece.j, piece.area, copy, span);
                 },
                 inOrder);
         } else {
             SoftMaskReader reader(mask, *transfer, *request_.alpha, Traits::kGroup);
             PaintSpans(
                 area, true,
-                [&](unsigned int i, unsigned int j, Span& span) {
+                [&](const Piece& piece, Span& span) {
+                    const std::size_t width = piece.area.width;
                     span.composite.opacity = span.opacity;
-                    return reader.Read(maskX + i, maskY + j, span.composite.count, span.composite.source, span.opacity);
+                    for (unsigned int row = 0; row < piece.area.height; ++row) {
+                        if (!reader.Read(maskX + piece.i, maskY + piece.j + row, width,
+                                         span.composite.source + row * width * kPackedBytes,
+                                         span.opacity + row * width)) {
+                            return Verdict::InOrder;
+                        }
+                    }
+                    return Verdict::Composite;
                 },
                 inOrder);
         }
     }
 
 private:
+    /// A mode above 255 runs into the formats of the key and may select a kernel of other formats than the images'. It
+    /// paints what it takes the pixels to be, as far as they lie inside the images.
+    [[nodiscard]] bool Reachable(const PaintArea& area) const {
+        return !foreign_ || (InsideBlock(destination_, kernel_.destination, area.targetX, area.targetY, area) &&
+                             InsideBlock(source_, kernel_.source, area.sourceX, area.sourceY, area));
+    }
+
+    /// What is to be done with a span.
+    enum class Verdict {
+        Skip,       ///< nothing of it is painted
+        Composite,  ///< the stages paint it
+        Copy,       ///< the source replaces the target
+        InOrder,    ///< an alpha does not fit the stages: the pixel loops paint it
+    };
+
     /// Buffers and pointers of the span at hand.
     struct Span {
         CompositeSpan composite{};
-        bool painted = true;  ///< whether any pixel of the span is painted
-        bool copy = false;    ///< the source replaces the target
         alignas(64) unsigned char source[kSpanPixels * kPackedBytes];
         alignas(64) unsigned char target[kSpanPixels * kPackedBytes];
         alignas(64) unsigned char snapshot[kSpanPixels * kPackedBytes];
         alignas(64) unsigned char opacity[kSpanPixels];
         alignas(64) unsigned char select[kSpanPixels];
+        alignas(64) std::uint32_t groupAlpha[Traits::kGroup ? kSpanPixels : 1];
     };
 
-    /// Runs every span of an area through the stages. `mask(i, j, span)` adds what the mask has to say of the span that
-    /// starts at pixel (i, j) of the area; if it answers that an opacity does not fit the stages, `inOrder(piece, i,
-    /// j)` paints that piece instead.
+    /// The part of an area that makes one span, and where in the area it starts.
+    struct Piece {
+        PaintArea area;
+        unsigned int i;
+        unsigned int j;
+    };
+
+    /// Runs an area through the stages, a span of one row or of several narrow ones at a time. `mask(piece, span)` adds
+    /// what the mask has to say and tells what is to be done; `inOrder(area, i, j)` paints a piece pixel by pixel.
     template <typename Mask, typename InOrder>
-    void PaintSpans(const PaintArea& area, bool keepClear, Mask mask, InOrder inOrder) {
+    void PaintSpans(const PaintArea& area, bool masked, Mask mask, InOrder inOrder) {
         if (!Traits::kGroup && targetCodec_ == nullptr) return;  // nothing of it could be seen
         Span span;
-        span.composite.alpha = *request_.alpha;
-        span.composite.keepClear = keepClear;
-        for (unsigned int j = 0; j < area.height; ++j) {
-            for (unsigned int i = 0; i < area.width; i += kSpanPixels) {
-                const unsigned int count = std::min(kSpanPixels, area.width - i);
-                const PaintArea piece{area.targetX + static_cast<int>(i),
-                                      area.targetY + static_cast<int>(j),
-                                      area.sourceX + static_cast<int>(i),
-                                      area.sourceY + static_cast<int>(j),
-                                      count,
-                                      1};
-                CompositeSpan& composite = span.composite;
-                composite.count = count;
+        CompositeSpan& composite = span.composite;
+        composite.alpha = *request_.alpha;
+        composite.keepClear = masked || kernel_.keepClear;
+        const bool inPlace = sourceCodec_.inPlace && targetCodec_ != nullptr && targetCodec_->inPlace;
+        const bool narrow = area.width < (inPlace ? kNarrowInPlace : kNarrow);
+        const unsigned int width = narrow || (inPlace && !masked) ? area.width : kSpanPixels;
+        const unsigned int rows = narrow ? kSpanPixels / area.width : 1;
+        for (unsigned int j = 0; j < area.height; j += rows) {
+            for (unsigned int i = 0; i < area.width; i += width) {
+                const Piece piece{{area.targetX + static_cast<int>(i), area.targetY + static_cast<int>(j),
+                                   area.sourceX + static_cast<int>(i), area.sourceY + static_cast<int>(j),
+                                   std::min(width, area.width - i), std::min(rows, area.height - j)},
+                                  i,
+                                  j};
+                composite.count = std::size_t{piece.area.width} * piece.area.height;
                 composite.opacity = nullptr;
                 composite.select = nullptr;
-                composite.source = Pack(sourceCodec_, sourceRows_, piece.sourceX, piece.sourceY, count, span.source);
-                if (!mask(i, j, span) || !AttachGroupAlpha(composite, piece)) {
-                    inOrder(piece, i, j);
-                } else if (span.painted) {
-                    PaintSpan(piece, span);
+                composite.source = Pack(
+                    sourceCodec_, At(sourceRows_, sourceCodec_, piece.area.sourceX, piece.area.sourceY, piece.area),
+                    span.source);
+                Verdict verdict = mask(piece, span);
+                if (verdict == Verdict::Composite && !GatherGroupAlpha(piece.area, span)) verdict = Verdict::InOrder;
+                switch (verdict) {
+                    case Verdict::Skip: break;
+                    case Verdict::Composite: Composite(piece.area, span); break;
+                    case Verdict::Copy: CopyThroughColor(piece.area, span); break;
+                    case Verdict::InOrder: inOrder(piece.area, i, j); break;
                 }
             }
         }
     }
 
-    /// @return false if an entry is above 255, as an opacity outside 0 to 1 may have left it.
-    bool AttachGroupAlpha(CompositeSpan& span, const PaintArea& piece) const {
+    /// Reads the rows of a stencil under a piece into the span's selection.
+    static Verdict ReadStencilRows(const RowsFromTop<const unsigned char>& mask, unsigned int x, unsigned int y,
+                                   const PaintArea& area, bool copy, Span& span) {
+        bool some = false;
+        bool all = true;
+        for (unsigned int row = 0; row < area.height; ++row) {
+            const StencilRun run =
+                ReadStencil(mask.Row(y + row), x, area.width, span.select + std::size_t{row} * area.width);
+            some = some || run != StencilRun::Nothing;
+            all = all && run == StencilRun::Everything;
+        }
+        if (!some) return Verdict::Skip;
+        if (!all) span.composite.select = span.select;
+        return copy ? Verdict::Copy : Verdict::Composite;
+    }
+
+    /// The group alphas of an area, whose entries lie row by row at the group image's width.
+    std::uint32_t* GroupAlphaAt(const PaintArea& area, unsigned int row) const {
+        return request_.groupAlpha->data() +
+               std::size_t{*request_.width} * (static_cast<unsigned int>(area.targetY) + row) +
+               static_cast<unsigned int>(area.targetX);
+    }
+
+    /// Makes the span work on its group alphas: in place for one row, else in a buffer.
+    /// @return false if one is above 255, as an opacity outside 0 to 1 may have left it.
+    bool GatherGroupAlpha(const PaintArea& area, Span& span) const {
         if constexpr (Traits::kGroup) {
-            const auto x = static_cast<unsigned int>(piece.targetX);
-            const auto y = static_cast<unsigned int>(piece.targetY);
-            span.groupAlpha = request_.groupAlpha->data() + std::size_t{*request_.width} * y + x;
-            std::uint32_t all = 0;
-            for (std::size_t i = 0; i < span.count; ++i) all |= span.groupAlpha[i];
-            return all <= 255;
+            CompositeSpan& composite = span.composite;
+            composite.groupAlpha = GroupAlphaAt(area, 0);
+            if (area.height > 1) {
+                composite.groupAlpha = span.groupAlpha;
+                for (unsigned int row = 0; row < area.height; ++row) {
+                    std::copy_n(GroupAlphaAt(area, row), area.width, span.groupAlpha + std::size_t{row} * area.width);
+                }
+            }
+            std::uint32_t bits = 0;
+            for (std::size_t i = 0; i < composite.count; ++i) bits |= composite.groupAlpha[i];
+            return bits <= 255;
         }
         return true;
     }
 
-    void PaintSpan(const PaintArea& piece, Span& span) {
-        CompositeSpan& composite = span.composite;
-        const auto x = static_cast<unsigned int>(piece.targetX);
-        const auto y = static_cast<unsigned int>(piece.targetY);
-        if (span.copy) {
-            CopyThroughColor(span, x, y);
-            return;
+    void ScatterGroupAlpha(const PaintArea& area, const Span& span) const {
+        if constexpr (Traits::kGroup) {
+            if (area.height == 1) return;
+            for (unsigned int row = 0; row < area.height; ++row) {
+                std::copy_n(span.groupAlpha + std::size_t{row} * area.width, area.width, GroupAlphaAt(area, row));
+            }
         }
+    }
+
+    /// Runs the span through the compositing stage, the target packed before and written after where it does not lie
+    /// packed in memory.
+    void Composite(const PaintArea& area, Span& span) {
+        CompositeSpan& composite = span.composite;
         if (targetCodec_ == nullptr) {
             std::memset(span.target, 0, composite.count * kPackedBytes);
             std::memset(span.snapshot, 0, composite.count * kPackedBytes);
             composite.target = span.target;
             composite.snapshot = span.snapshot;
             stage_(composite);
+            ScatterGroupAlpha(area, span);
             return;
         }
-        unsigned char* const pixels = TargetPixels(x, y);
+        const auto target = At(targetRows_, *targetCodec_, area.targetX, area.targetY, area);
         if constexpr (Traits::kGroup) {
             composite.snapshot =
-                Pack(*targetCodec_, *snapshotRows_, piece.targetX, piece.targetY, composite.count, span.snapshot);
+                Pack(*targetCodec_, At(*snapshotRows_, *targetCodec_, area.targetX, area.targetY, area), span.snapshot);
         }
-        if (targetCodec_->inPlace) {
-            composite.target = pixels;
-            stage_(composite);
-            return;
-        }
-        composite.target = span.target;
-        targetCodec_->read(pixels, span.target, composite.count);
+        const bool inPlace = targetCodec_->inPlace && area.height == 1;
+        composite.target = inPlace ? target.pixels : span.target;
+        if (!inPlace) targetCodec_->read({target.pixels, target.rowStep, target.width, target.rows}, span.target);
         stage_(composite);
-        targetCodec_->write(pixels, span.target, WrittenPixels(span), composite.count);
+        if (!inPlace) targetCodec_->write(target, span.target, WrittenPixels(span));
+        ScatterGroupAlpha(area, span);
     }
 
     /// The pixels that a stage wrote, for formats whose bytes would not survive being read and stored. They are opaque,
     /// so that no result alpha is 0.
     const unsigned char* WrittenPixels(Span& span) const {
         const CompositeSpan& composite = span.composite;
-        if (!targetCodec_->keepsUnwritten || Traits::kGroup) return composite.select;
+        if (!targetCodec_->keepsUnwritten || Traits::kGroup || !HasAlpha(kernel_.source)) return composite.select;
         for (std::size_t i = 0; i < composite.count; ++i) {
             const bool selected = composite.select == nullptr || composite.select[i] != 0;
             span.select[i] = selected && composite.source[i * kPackedBytes + 3] != 0;
@@ -247,39 +317,40 @@ private:
     }
 
     /// Replaces the selected target pixels by the source's colours: Normal over nothing gives the source as it reads.
-    void CopyThroughColor(Span& span, unsigned int x, unsigned int y) {
+    void CopyThroughColor(const PaintArea& area, Span& span) {
         if (targetCodec_ == nullptr) return;
         CompositeSpan composite = span.composite;
-        const unsigned char* const select = composite.select;
         const bool premultiplied = HasAlpha(kernel_.destination) && form_ == PackedForm::Premultiplied;
         std::memset(span.target, 0, composite.count * kPackedBytes);
         composite.target = span.target;
         composite.select = nullptr;
-        composite.opacity = nullptr;
         ActiveStages().Of(BlendMode::Normal, CompositeForm::Plain,
                           premultiplied ? PackedForm::Premultiplied : PackedForm::Straight)(composite);
-        targetCodec_->write(TargetPixels(x, y), span.target, select, composite.count);
+        targetCodec_->write(At(targetRows_, *targetCodec_, area.targetX, area.targetY, area), span.target,
+                            span.composite.select);
     }
 
-    /// `count` packed pixels from (x, y) on: where they lie if they are packed there, else in `buffer`.
+    /// The pixels of an area's size from (x, y) on.
     template <typename Byte>
-    static const unsigned char* Pack(const SpanCodec& codec, const RowsFromTop<Byte>& rows, int x, int y,
-                                     std::size_t count, unsigned char* buffer) {
-        const unsigned char* const pixels =
+    static PixelRows<Byte> At(const RowsFromTop<Byte>& rows, const SpanCodec& codec, int x, int y,
+                              const PaintArea& area) {
+        Byte* const first =
             rows.Row(static_cast<unsigned int>(y)) + std::size_t{static_cast<unsigned int>(x)} * codec.bytesPerPixel;
-        if (codec.inPlace) return pixels;
-        codec.read(pixels, buffer, count);
-        return buffer;
+        return {first, rows.rowStep, area.width, area.height};
     }
 
-    [[nodiscard]] unsigned char* TargetPixels(unsigned int x, unsigned int y) const {
-        return targetRows_.Row(y) + std::size_t{x} * targetCodec_->bytesPerPixel;
+    /// Packed pixels: where they lie if they are packed there, else in `buffer`.
+    static const unsigned char* Pack(const SpanCodec& codec, const PixelRows<const unsigned char>& pixels,
+                                     unsigned char* buffer) {
+        if (codec.inPlace && pixels.rows == 1) return pixels.pixels;
+        codec.read(pixels, buffer);
+        return buffer;
     }
 
     /// What the pixel loops work on, made when first needed.
     PixelLoopContext<Traits> PixelContext() {
-        if (!targetColors_) targetColors_ = MakeDirectAccessor(destination_);
-        if (!sourceColors_) sourceColors_ = MakeConstDirectAccessor(source_);
+        if (!targetColors_) targetColors_ = MakeDirectAccessor(destination_, kernel_.destination);
+        if (!sourceColors_) sourceColors_ = MakeConstDirectAccessor(source_, kernel_.source);
         if (!targetColors_ || !sourceColors_) throw std::bad_alloc();
         return {PixelTarget(*targetColors_), *sourceColors_, request_, kernel_.keepClear};
     }
@@ -294,7 +365,8 @@ private:
     const SpanCodec& sourceCodec_;
     const SpanCodec* targetCodec_;  ///< null for a destination without colours
     PackedForm form_;
-    bool inOrder_;
+    bool foreign_;  ///< the kernel's formats are not the images'
+    bool inOrder_;  ///< the order of the pixels can be seen, or the formats are foreign
     CompositeStage stage_;
     std::unique_ptr<DynamicAccessor> targetColors_;
     std::unique_ptr<DynamicAccessor> sourceColors_;

@@ -2,7 +2,7 @@
 
 namespace vantu {
 
-const CompositeStages& ActiveStages() {
+const BlendStages& ActiveStages() {
     return ScalarStages();
 }
 

@@ -51,19 +51,34 @@ void InGroup(const CompositeSpan& span) {
     });
 }
 
-constexpr CompositeStages kScalarStages{MakeModeTable([]<BlendMode Mode>() {
-    constexpr PackedForm premultiplied = PackedForm::Premultiplied;
-    constexpr PackedForm straight = PackedForm::Straight;
-    return std::array<std::array<CompositeStage, 2>, 3>{{
-        {Plain<Mode, premultiplied>, Plain<Mode, straight>},
-        {InGroup<Mode, premultiplied, false>, InGroup<Mode, straight, false>},
-        {InGroup<Mode, premultiplied, true>, InGroup<Mode, straight, true>},
-    }};
-})};
+void PlainMask(const MaskSpan& span) {
+    for (std::size_t i = 0; i < span.count; ++i) {
+        const std::uint32_t sa = span.source[i * kPackedBytes + 3];
+        span.effective[i] = static_cast<unsigned char>(PlainMaskOpacity(span.alpha, sa, span.opacity[i]));
+    }
+}
+
+void GroupMask(const MaskSpan& span) {
+    for (std::size_t i = 0; i < span.count; ++i) {
+        const std::uint32_t sa = span.source[i * kPackedBytes + 3];
+        span.effective[i] = static_cast<unsigned char>(GroupMaskOpacity(span.alpha, sa, span.maskByte[i]));
+    }
+}
+
+constexpr BlendStages kScalarStages{MakeModeTable([]<BlendMode Mode>() {
+                                        constexpr PackedForm premultiplied = PackedForm::Premultiplied;
+                                        constexpr PackedForm straight = PackedForm::Straight;
+                                        return std::array<std::array<CompositeStage, 2>, 3>{{
+                                            {Plain<Mode, premultiplied>, Plain<Mode, straight>},
+                                            {InGroup<Mode, premultiplied, false>, InGroup<Mode, straight, false>},
+                                            {InGroup<Mode, premultiplied, true>, InGroup<Mode, straight, true>},
+                                        }};
+                                    }),
+                                    PlainMask, GroupMask};
 
 }  // namespace
 
-const CompositeStages& ScalarStages() {
+const BlendStages& ScalarStages() {
     return kScalarStages;
 }
 

@@ -4,29 +4,33 @@
 #include <vantu/CIdentityPDFTransferFunction.h>
 #include <vantu/CPostscriptPDFTransferFunction.h>
 
+#include <cstring>
 #include <typeinfo>
 
 #include "blend/kernels/CompositeSteps.h"
-#include "pixel/FormatDispatch.h"
-#include "pixel/Spans.h"
+#include "pixel/PixelCodec.h"
 
 namespace vantu {
 namespace {
 
-// Between these the truncated alphas stay within 0 to 255. They leave room for the rounding of a luminosity: white may
-// come out a little above 1, and one less that a little below 0.
-constexpr double kLeastOpacity = -0.001;
-constexpr double kGreatestOpacity = 1.001;
+/// Whether the truncated alphas of an opacity stay within 0 to 255. There is room for the rounding of a luminosity:
+/// white may come out a little above 1, and one less that a little below 0.
+bool InRange(double opacity) {
+    return opacity >= -0.001 && opacity <= 1.001;
+}
 
 }  // namespace
 
 bool IsOwnTransferFunction(const IPDFTransferFunction& transfer) {
+    using SourceType = IPDFTransferFunction::SourceType;
+    const SourceType source = transfer.GetSourceType();
+    if (source != SourceType::Alpha && source != SourceType::Luminosity) return false;
     const std::type_info& type = typeid(transfer);
     return type == typeid(CIdentityPDFTransferFunction) || type == typeid(CExponentialPDFTransferFunction) ||
            type == typeid(CPostscriptPDFTransferFunction);
 }
 
-SoftMaskReader::SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction& transfer, unsigned int alpha,
+SoftMaskReader::SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction& transfer, std::uint32_t alpha,
                                bool group)
     : transfer_(transfer),
       palette_(mask.GetPalette()),
@@ -35,18 +39,21 @@ SoftMaskReader::SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction
       alpha_(alpha),
       group_(group) {
     if (palette_ != nullptr) {
-        key_ = BitsPerPixel(format_) > 8 ? Key::Nothing : Key::Index;  // indices of wide formats are all 0
-    } else if (!HasColors(format_)) {
-        key_ = Key::Nothing;
-    } else if (transfer.GetSourceType() == IPDFTransferFunction::SourceType::Alpha) {
-        key_ = HasAlpha(format_) ? Key::Alpha : Key::Nothing;
-    } else {
-        key_ = Key::Color;
+        if (BitsPerPixel(format_) <= 8) key_ = Key::Index;  // every index of a wider format is 0
+    } else if (HasColors(format_)) {
+        if (transfer.GetSourceType() != IPDFTransferFunction::SourceType::Alpha) {
+            key_ = Key::Color;
+            remembered_ = std::make_unique<Remembered[]>(kRemembered);
+            const double black = transfer_.ComputeAlpha(Color(ARGB_BLACK));
+            for (std::size_t i = 0; i < kRemembered; ++i) remembered_[i] = {0, black};
+        } else if (HasAlpha(format_)) {
+            key_ = Key::Alpha;
+        }
     }
 }
 
-/// A colour that has the opacity of a key.
-Color SoftMaskReader::KeyColor(unsigned int key) const {
+/// A colour whose opacity all pixels of a key have.
+Color SoftMaskReader::ColorOfKey(unsigned int key) const {
     Color color(ARGB_BLACK);
     if (palette_ != nullptr) {
         color = (*palette_)[key];
@@ -56,53 +63,78 @@ Color SoftMaskReader::KeyColor(unsigned int key) const {
     return color;
 }
 
-Color SoftMaskReader::PixelColor(const unsigned char* row, unsigned int x) const {
-    Color color(ARGB_BLACK);
-    DispatchFormat(format_, 0, [&]<PixelFormat F>() {
-        ReadPixel<F>(row + std::size_t{x} * (BitsPerPixel(F) / 8), color);
-        return 0;
-    });
-    return color;
-}
-
-unsigned int SoftMaskReader::KeyOf(const unsigned char* row, unsigned int x) const {
-    switch (key_) {
-        case Key::Index: {
-            const unsigned int bits = BitsPerPixel(format_);
-            const unsigned int position = bits * x;
-            return static_cast<unsigned int>(row[position >> 3]) >> (8 - (position & 7) - bits) & ((1U << bits) - 1);
+/// The keys of `count` pixels from x on: where they lie, or in the reader's buffer.
+const unsigned char* SoftMaskReader::ReadKeys(const unsigned char* row, unsigned int x, std::size_t count) {
+    const unsigned int bits = BitsPerPixel(format_);
+    if (key_ == Key::Index && bits == 8) return row + x;
+    for (std::size_t i = 0; i < count; ++i) {
+        unsigned int key = 0;
+        if (key_ == Key::Index) {
+            const std::size_t position = bits * (x + i);
+            key = static_cast<unsigned int>(row[position >> 3]) >> (8 - (position & 7) - bits) & ((1U << bits) - 1);
+        } else if (key_ == Key::Alpha) {
+            key = row[(x + i) * kPackedBytes + 3] ^ (format_ == PixelFormat::Bgra32Inverted ? 0xFFU : 0U);
         }
-        case Key::Alpha: {
-            const unsigned int alpha = row[std::size_t{x} * 4 + 3];
-            return format_ == PixelFormat::Bgra32Inverted ? 255 - alpha : alpha;
+        keys_[i] = static_cast<unsigned char>(key);
+    }
+    return keys_.data();
+}
+
+void SoftMaskReader::LearnKey(unsigned int key) {
+    const double opacity = transfer_.ComputeAlpha(ColorOfKey(key));
+    known_[key] = InRange(opacity) ? Known::InRange : Known::OutOfRange;
+    opacityOfKey_[key] = opacity;
+    byteOfKey_[key] = static_cast<unsigned char>(GroupMaskByte(opacity));
+}
+
+bool SoftMaskReader::ReadOpacitiesOfKeys(const unsigned char* keys, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const unsigned int key = keys[i];
+        if (known_[key] != Known::InRange) {
+            if (known_[key] == Known::No) LearnKey(key);
+            if (known_[key] == Known::OutOfRange) return false;
         }
-        default: return 0;
+        if (group_) {
+            bytes_[i] = byteOfKey_[key];
+        } else {
+            opacities_[i] = opacityOfKey_[key];
+        }
     }
+    return true;
 }
 
-double SoftMaskReader::Opacity(unsigned int key) {
-    if (!known_[key]) {
-        opacityOfKey_[key] = transfer_.ComputeAlpha(KeyColor(key));
-        known_[key] = true;
-    }
-    return opacityOfKey_[key];
+double SoftMaskReader::OpacityOfColor(const unsigned char* bgr) {
+    const std::uint32_t rgb = bgr[0] | std::uint32_t{bgr[1]} << 8 | std::uint32_t{bgr[2]} << 16;
+    Remembered& entry = remembered_[(rgb * 0x9E3779B1U) >> 22];
+    if (entry.color != rgb) entry = {rgb, transfer_.ComputeAlpha(Color(ARGB_BLACK | rgb))};
+    return entry.opacity;
 }
 
-unsigned char SoftMaskReader::Effective(double t, std::uint32_t sourceAlpha) const {
-    const std::uint32_t as =
-        group_ ? GroupMaskOpacity(alpha_, sourceAlpha, GroupMaskByte(t)) : PlainMaskOpacity(alpha_, sourceAlpha, t);
-    return static_cast<unsigned char>(as);
+bool SoftMaskReader::ReadOpacitiesOfColors(const unsigned char* row, unsigned int x, std::size_t count) {
+    const SpanCodec& codec = SpanCodecOf(format_);
+    codec.read({row + std::size_t{x} * codec.bytesPerPixel, 0, count, 1}, packed_.data());
+    for (std::size_t i = 0; i < count; ++i) {
+        unsigned char* const pixel = packed_.data() + i * kPackedBytes;
+        // Only the colour counts here: a premultiplied one is made straight.
+        if (codec.form == PackedForm::Premultiplied && pixel[3] != 255) {
+            for (int c = 0; c < 3; ++c) pixel[c] = Unpremultiply(pixel[c], pixel[3]);
+        }
+        const double opacity = OpacityOfColor(pixel);
+        if (!InRange(opacity)) return false;
+        opacities_[i] = opacity;
+        bytes_[i] = static_cast<unsigned char>(GroupMaskByte(opacity));
+    }
+    return true;
 }
 
 bool SoftMaskReader::Read(unsigned int x, unsigned int y, std::size_t count, const unsigned char* source,
-                          unsigned char* opacity) {
+                          unsigned char* effective) {
     const unsigned char* const row = rows_.Row(y);
-    for (std::size_t i = 0; i < count; ++i) {
-        const unsigned int at = x + static_cast<unsigned int>(i);
-        const double t = key_ == Key::Color ? transfer_.ComputeAlpha(PixelColor(row, at)) : Opacity(KeyOf(row, at));
-        if (!(t >= kLeastOpacity && t <= kGreatestOpacity)) return false;
-        opacity[i] = Effective(t, source[i * kPackedBytes + 3]);
-    }
+    const bool inRange =
+        key_ == Key::Color ? ReadOpacitiesOfColors(row, x, count) : ReadOpacitiesOfKeys(ReadKeys(row, x, count), count);
+    if (!inRange) return false;
+    const MaskSpan span{opacities_.data(), bytes_.data(), source, effective, count, alpha_};
+    (group_ ? ActiveStages().groupMask : ActiveStages().plainMask)(span);
     return true;
 }
 

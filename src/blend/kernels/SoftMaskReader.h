@@ -6,25 +6,30 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
+#include "blend/kernels/Stages.h"
 #include "pixel/Accessor.h"
 
 namespace vantu {
 
-/// Whether the function is one of the library's own classes, whose opacity depends on the colour alone: it may be asked
-/// once per colour. A host's class is asked once per pixel, in the pixels' order.
+/// Whether the function is one of the library's own classes with a source that it names, so that its opacity depends on
+/// that source alone: it may be asked once per colour. A host's class is asked once per pixel, in the pixels' order.
 bool IsOwnTransferFunction(const IPDFTransferFunction& transfer);
 
 /// Reads spans of a soft mask as effective source alphas, for a transfer function of the library's own.
 class SoftMaskReader {
 public:
+    /// The longest span that can be read at once.
+    static constexpr std::size_t kMostPixels = 512;
+
     /// @param mask has memory and one of the nine formats. @param alpha the constant alpha. @param group whether the
     /// opacities are those of a group.
-    SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction& transfer, unsigned int alpha, bool group);
+    SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction& transfer, std::uint32_t alpha, bool group);
 
     /// Stores the effective source alpha of `count` packed source pixels under the mask pixels from (x, y) on.
-    /// @return false if an opacity leaves 0 to 1; `opacity` is then of no use.
-    bool Read(unsigned int x, unsigned int y, std::size_t count, const unsigned char* source, unsigned char* opacity);
+    /// @return false if an opacity leaves 0 to 1; `effective` is then of no use.
+    bool Read(unsigned int x, unsigned int y, std::size_t count, const unsigned char* source, unsigned char* effective);
 
 private:
     /// By what the opacity of a mask pixel is known.
@@ -35,11 +40,19 @@ private:
         Color,
     };
 
-    Color KeyColor(unsigned int key) const;
-    Color PixelColor(const unsigned char* row, unsigned int x) const;
-    unsigned int KeyOf(const unsigned char* row, unsigned int x) const;
-    double Opacity(unsigned int key);
-    unsigned char Effective(double t, std::uint32_t sourceAlpha) const;
+    /// The opacity of a colour, remembered by a few of its bits.
+    struct Remembered {
+        std::uint32_t color;
+        double opacity;
+    };
+    static constexpr std::size_t kRemembered = 1024;
+
+    [[nodiscard]] Color ColorOfKey(unsigned int key) const;
+    const unsigned char* ReadKeys(const unsigned char* row, unsigned int x, std::size_t count);
+    void LearnKey(unsigned int key);
+    bool ReadOpacitiesOfKeys(const unsigned char* keys, std::size_t count);
+    bool ReadOpacitiesOfColors(const unsigned char* row, unsigned int x, std::size_t count);
+    double OpacityOfColor(const unsigned char* bgr);
 
     const IPDFTransferFunction& transfer_;
     const ColorMap* palette_;
@@ -47,9 +60,18 @@ private:
     RowsFromTop<const unsigned char> rows_;
     std::uint32_t alpha_;
     bool group_;
-    Key key_;
+    Key key_ = Key::Nothing;
+
+    enum class Known : unsigned char { No, InRange, OutOfRange };
+    std::array<Known, 256> known_{};
     std::array<double, 256> opacityOfKey_;
-    std::array<bool, 256> known_{};
+    std::array<unsigned char, 256> byteOfKey_;  ///< the opacity cut to 8 bits
+    std::unique_ptr<Remembered[]> remembered_;
+
+    std::array<unsigned char, kMostPixels> keys_;
+    std::array<double, kMostPixels> opacities_;
+    std::array<unsigned char, kMostPixels> bytes_;
+    std::array<unsigned char, kMostPixels * kPackedBytes> packed_;
 };
 
 }  // namespace vantu

@@ -29,20 +29,34 @@ using CompositeStage = void (*)(const CompositeSpan& span);
 /// How a span meets what is there.
 enum class CompositeForm { Plain, Group, Knockout };
 
-/// The compositing stages by mode, form and by what the target's colour bytes are.
-struct CompositeStages {
+/// A span of a soft mask, to be turned into effective source alphas. Opacities are 0 to 1, give or take a thousandth.
+struct MaskSpan {
+    const double* opacity;          ///< outside groups: the mask's opacity per pixel
+    const unsigned char* maskByte;  ///< in groups: the same cut to 8 bits
+    const unsigned char* source;    ///< packed pixels
+    unsigned char* effective;       ///< out: effective source alpha per pixel
+    std::size_t count;
+    std::uint32_t alpha;  ///< constant alpha
+};
+
+using MaskStage = void (*)(const MaskSpan& span);
+
+/// The stages: compositing by mode, form and by what the target's colour bytes are, and soft masks.
+struct BlendStages {
     [[nodiscard]] CompositeStage Of(BlendMode mode, CompositeForm form, PackedForm target) const {
         return entries[static_cast<std::size_t>(mode)][static_cast<std::size_t>(form)]
                       [static_cast<std::size_t>(target)];
     }
 
     std::array<std::array<std::array<CompositeStage, 2>, 3>, kBlendModeCount> entries;
+    MaskStage plainMask;
+    MaskStage groupMask;
 };
 
 /// The stages as plain loops over the steps that define them.
-const CompositeStages& ScalarStages();
+const BlendStages& ScalarStages();
 
 /// The fastest stages that this machine runs; chosen at first use.
-const CompositeStages& ActiveStages();
+const BlendStages& ActiveStages();
 
 }  // namespace vantu

@@ -3,10 +3,8 @@
 #include <cstring>
 #include <optional>
 
-// Instruction sets to compile for: the newest with byte tables too; those left out have no vectors of a fixed size, or
-// gain nothing over the one before.
-#define HWY_WANT_AVX3_DL
-#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)
+#include "pixel/VectorTargets.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "blend/kernels/VectorStages.cpp"
 #include <hwy/foreach_target.h>
@@ -303,17 +301,70 @@ void Run(const CompositeSpan& span) {
     if (tail) tail->Store();
 }
 
-constexpr CompositeStages kStages{MakeModeTable([]<BlendMode Mode>() {
-    constexpr PackedForm premultiplied = PackedForm::Premultiplied;
-    constexpr PackedForm straight = PackedForm::Straight;
-    return std::array<std::array<CompositeStage, 2>, 3>{{
-        {Run<Mode, PlainStage<Mode, premultiplied>, false>, Run<Mode, PlainStage<Mode, straight>, false>},
-        {Run<Mode, GroupStage<Mode, premultiplied>, true>, Run<Mode, GroupStage<Mode, straight>, true>},
-        {Run<Mode, KnockoutStage<Mode, premultiplied>, true>, Run<Mode, KnockoutStage<Mode, straight>, true>},
-    }};
-})};
+/// trunc(k * (sa * t) / 255) as floor(trunc(k * (sa * t)) / 255), which is the same: the product is formed in double
+/// precision in this order, and floor(n / 255) is n * 32897 >> 23 below 2^16.
+void PlainMask(const MaskSpan& span) {
+    const hn::ScalableTag<double> doubles;
+    const hn::Rebind<std::int32_t, decltype(doubles)> ints;
+    const hn::Rebind<std::uint32_t, decltype(doubles)> pixels;
+    const hn::Repartition<std::uint8_t, decltype(pixels)> pixelBytes;
+    const hn::Rebind<std::uint8_t, decltype(doubles)> bytes;
+    const auto k = hn::Set(doubles, static_cast<double>(span.alpha));
+    std::size_t i = 0;
+    for (; i + hn::Lanes(doubles) <= span.count; i += hn::Lanes(doubles)) {
+        const auto packed = hn::BitCast(pixels, hn::LoadU(pixelBytes, span.source + i * kPackedBytes));
+        const auto sa = hn::PromoteTo(doubles, hn::BitCast(ints, hn::ShiftRight<24>(packed)));
+        const auto product = hn::Mul(k, hn::Mul(sa, hn::LoadU(doubles, span.opacity + i)));
+        const auto whole = hn::BitCast(pixels, hn::DemoteTo(ints, hn::Max(product, hn::Zero(doubles))));
+        const auto quotient = hn::ShiftRight<23>(hn::Mul(whole, hn::Set(pixels, 32897)));
+        hn::StoreU(hn::DemoteTo(bytes, hn::BitCast(ints, quotient)), bytes, span.effective + i);
+    }
+    MaskSpan tail = span;
+    tail.opacity += i;
+    tail.source += i * kPackedBytes;
+    tail.effective += i;
+    tail.count -= i;
+    ScalarStages().plainMask(tail);
+}
 
-const CompositeStages* Stages() {
+/// k*sa*m / 65025 with k*sa = 255*x1 + x0: (x1*m + x0*m/255) / 255.
+void GroupMask(const MaskSpan& span) {
+    const TagByte bytes;
+    const Words k = Constant(span.alpha);
+    const Words zero = hn::Zero(kWords);
+    const std::size_t block = BlockPixels();
+    std::size_t i = 0;
+    for (; i + block <= span.count; i += block) {
+        const Product x(k, LoadBlock(span.source + i * kPackedBytes).Alpha());
+        const Words m = LoadBytes(span.maskByte + i);
+        const Words as = Div255(hn::Add(hn::Mul(x.v1, m), Div255(hn::Mul(x.v0, m))));
+        const auto store = [&](Pixels lanes, std::size_t first) {
+            hn::StoreU(hn::DemoteTo(bytes, hn::BitCast(TagInt(), lanes)), bytes, span.effective + i + first);
+        };
+        store(FirstLanes(as, zero), 0);
+        store(SecondLanes(as, zero), block / 2);
+    }
+    MaskSpan tail = span;
+    tail.maskByte += i;
+    tail.source += i * kPackedBytes;
+    tail.effective += i;
+    tail.count -= i;
+    ScalarStages().groupMask(tail);
+}
+
+constexpr BlendStages kStages{
+    MakeModeTable([]<BlendMode Mode>() {
+        constexpr PackedForm premultiplied = PackedForm::Premultiplied;
+        constexpr PackedForm straight = PackedForm::Straight;
+        return std::array<std::array<CompositeStage, 2>, 3>{{
+            {Run<Mode, PlainStage<Mode, premultiplied>, false>, Run<Mode, PlainStage<Mode, straight>, false>},
+            {Run<Mode, GroupStage<Mode, premultiplied>, true>, Run<Mode, GroupStage<Mode, straight>, true>},
+            {Run<Mode, KnockoutStage<Mode, premultiplied>, true>, Run<Mode, KnockoutStage<Mode, straight>, true>},
+        }};
+    }),
+    PlainMask, GroupMask};
+
+const BlendStages* Stages() {
     return &kStages;
 }
 
@@ -326,7 +377,7 @@ HWY_AFTER_NAMESPACE();
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 namespace {
-const CompositeStages* Stages() {
+const BlendStages* Stages() {
     return &ScalarStages();
 }
 }  // namespace
@@ -340,7 +391,7 @@ namespace vantu {
 
 HWY_EXPORT(Stages);
 
-const CompositeStages& ActiveStages() {
+const BlendStages& ActiveStages() {
     return *HWY_DYNAMIC_DISPATCH(Stages)();
 }
 

@@ -1,0 +1,9 @@
+#include "pixel/Spans.h"
+
+namespace vantu {
+
+const SpanCodecs& ActiveSpanCodecs() {
+    return ScalarSpanCodecs();
+}
+
+}  // namespace vantu
