@@ -77,7 +77,7 @@ constexpr SpanCodec MakeSpanCodec() {
 /// The codecs of all formats with colours, rows by `Row<F>`.
 template <template <PixelFormat> typename Row>
 constexpr SpanCodecs MakeSpanCodecs() {
-    using enum PixelFormat;
+    using enum IQorImage::PixelFormat;  // by its own name: clang 14 takes no alias here
     return {
         MakeSpanCodec<Rgb565, Row<Rgb565>>(),
         MakeSpanCodec<Rgb555, Row<Rgb555>>(),

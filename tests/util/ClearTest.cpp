@@ -67,8 +67,9 @@ TEST(ClearIndex, WritesTheMostSignificantByteFirst) {
          {Case{Index1, 2, 1}, Case{Index1, 0, 0}, Case{Index4, 0x15, 5}, Case{Index8, 0x1A7, 0xA7},
           Case{Rgb565, 0x1234, 0x3412}, Case{Bgr24, 0x112233, 0x332211}, Case{Bgra32, 0x11223344, 0x44332211}}) {
         ExpectFills(
-            format, [=](IQorImage& image, const auto& range) { return ImageUtil::ClearIndex(image, index, range); },
-            [=](unsigned int) { return stored; });
+            format,
+            [index = index](IQorImage& image, const auto& range) { return ImageUtil::ClearIndex(image, index, range); },
+            [stored = stored](unsigned int) { return stored; });
     }
 }
 
