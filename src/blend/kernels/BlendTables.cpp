@@ -1,28 +1,59 @@
 #include "blend/kernels/BlendTables.h"
 
+#include <algorithm>
+#include <cstdint>
+
 #include "blend/kernels/BlendFunctions.h"
 
 namespace vantu {
 namespace {
 
-template <BlendMode Mode>
-const BlendTable& Table() {
-    static const BlendTable table = [] {
-        BlendTable made{};
-        for (unsigned int i = 0; i < 65536; ++i) {
-            made.bytes[i] = static_cast<unsigned char>(BlendChannel<Mode>(i >> 8, i & 255));
+constexpr std::int64_t Weight(int cs) {
+    return cs < 128 ? 255 - 2 * cs : 2 * cs - 255;
+}
+
+/// A slope with floor(w*slope / 65536) = step(cs) for all 128 sources from `first` on: the least, or where there is
+/// none the greatest that is never too high.
+template <typename Step>
+std::uint16_t Slope(int first, std::int64_t least, Step step) {
+    std::int64_t greatest = 65535;
+    for (int cs = first; cs < first + 128; ++cs) {
+        const std::int64_t w = Weight(cs);
+        least = std::max(least, (65536 * step(cs) + w - 1) / w);
+        greatest = std::min(greatest, (65536 * (step(cs) + 1) - 1) / w);
+    }
+    return static_cast<std::uint16_t>(std::min(least, greatest));
+}
+
+SoftLightTable Make() {
+    SoftLightTable table{};
+    for (int cb = 0; cb < 256; ++cb) {
+        const auto b = [cb](int cs) {
+            return static_cast<int>(SoftLight(static_cast<std::uint32_t>(cb), static_cast<std::uint32_t>(cs)));
+        };
+        const auto backdrop = static_cast<std::size_t>(cb);
+        for (int cs = 0; cs < 256; ++cs) {
+            table.bytes[256 * backdrop + static_cast<std::size_t>(cs)] = static_cast<unsigned char>(b(cs));
         }
-        return made;
-    }();
+        table.above[backdrop] = Slope(128, 0, [&](int cs) { return b(cs) - cb; });
+        if (cb != 0 && cb != 255) table.below[backdrop] = Slope(0, 1, [&](int cs) { return cb - 1 - b(cs); });
+    }
+    for (const unsigned int cb : SoftLightTable::kUneven) {
+        for (unsigned int cs = 0; cs < 128; ++cs) {
+            const auto w = static_cast<std::uint32_t>(Weight(static_cast<int>(cs)));
+            if (cb - 1 - (w * table.below[cb] >> 16) == SoftLight(cb, cs)) continue;
+            std::uint16_t& word = table.lower[8 * (cb / 32) + w / 32];
+            word = static_cast<std::uint16_t>(word | 1U << w / 2 % 16);
+        }
+    }
     return table;
 }
 
 }  // namespace
 
-const BlendTable* BlendTableOf(BlendMode mode) {
-    if (mode == BlendMode::ColorBurn) return &Table<BlendMode::ColorBurn>();
-    if (mode == BlendMode::SoftLight) return &Table<BlendMode::SoftLight>();
-    return nullptr;
+const SoftLightTable& GetSoftLightTable() {
+    static const SoftLightTable table = Make();
+    return table;
 }
 
 }  // namespace vantu

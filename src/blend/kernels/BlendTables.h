@@ -1,22 +1,30 @@
 #pragma once
 
-#include <vantu/BlendMode.h>
-
 #include <array>
+#include <cstdint>
+
+#include "blend/kernels/WordTables.h"
 
 namespace vantu {
 
-/// B(cb, cs) of a mode at 256*cb + cs, and three bytes more, so that four can be read at each entry.
-struct BlendTable {
+/// SoftLight for vector code, made from the function that defines it.
+struct SoftLightTable {
+    /// B(cb, cs) at 256*cb + cs, and three bytes more, so that four can be read at each entry.
     std::array<unsigned char, 65536 + 3> bytes;
+
+    // The same in slopes. With w = |2*cs - 255|: B = cb + w*above[cb] / 65536 from cs = 128 on, and below that
+    // B = cb - 1 - w*below[cb] / 65536, or cb where below[cb] is 0.
+    alignas(64) WordTable above;
+    alignas(64) WordTable below;
+
+    /// Backdrops for which the double that defines the mode sometimes rounds down where the quotient is whole, so that
+    /// no slope fits all sources. At most one lies in each 32.
+    static constexpr std::array<unsigned int, 4> kUneven = {51, 85, 153, 170};
+    /// Where one of them comes out one lower than its slope says: bit (w/2) % 16 of word 8*(cb/32) + w/32.
+    alignas(64) std::array<std::uint16_t, 64> lower;
 };
 
-/// Whether vector code looks a mode up instead of computing it.
-constexpr bool HasBlendTable(BlendMode mode) {
-    return mode == BlendMode::ColorBurn || mode == BlendMode::SoftLight;
-}
-
-/// The table of a mode that has one, made at first use by the function that defines the mode; null for other modes.
-const BlendTable* BlendTableOf(BlendMode mode);
+/// The table, made at first use.
+const SoftLightTable& GetSoftLightTable();
 
 }  // namespace vantu

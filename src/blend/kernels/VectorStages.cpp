@@ -67,7 +67,7 @@ HWY_INLINE Words DividedChannel(Words m, Words a, Words r) {
 
 /// B*as + cb*(255-as) over 255: the result on an opaque backdrop.
 template <BlendMode Mode>
-HWY_INLINE Channels OnOpaque(const Channels& cb, const Channels& cs, Words as, const BlendTable* table) {
+HWY_INLINE Channels OnOpaque(const Channels& cb, const Channels& cs, Words as, const SoftLightTable* table) {
     const Words rest = hn::Sub(Constant(255), as);
     return EachChannel(cb, cs, [&](Words b, Words s) {
         return Div255(hn::Add(hn::Mul(Blend<Mode>(b, s, table), as), hn::Mul(b, rest)));
@@ -92,7 +92,7 @@ struct PlainNumerator {
     }
 
     Words as, ab, v1, v0;
-    const BlendTable* table;
+    const SoftLightTable* table;
 };
 
 /// as*ab as 255*v1 + v0.
@@ -107,7 +107,7 @@ struct Product {
 
 template <BlendMode Mode, PackedForm Form>
 struct PlainStage {
-    static HWY_INLINE void Paint(const CompositeSpan& span, std::size_t i, const BlendTable* table) {
+    static HWY_INLINE void Paint(const CompositeSpan& span, std::size_t i, const SoftLightTable* table) {
         const Words zero = hn::Zero(kWords);
         const Words full = Constant(255);
         const Source source(span, i);
@@ -164,12 +164,12 @@ struct GroupNumerator {
     }
 
     Words as, rest, v1, v0;
-    const BlendTable* table;
+    const SoftLightTable* table;
 };
 
 template <BlendMode Mode, PackedForm Form>
 struct GroupStage {
-    static HWY_INLINE void Paint(const CompositeSpan& span, std::size_t i, const BlendTable* table) {
+    static HWY_INLINE void Paint(const CompositeSpan& span, std::size_t i, const SoftLightTable* table) {
         const Words zero = hn::Zero(kWords);
         const Words full = Constant(255);
         WordMask keep = Unselected(span, i);
@@ -204,7 +204,7 @@ struct GroupStage {
 
 template <BlendMode Mode, PackedForm Form>
 struct KnockoutStage {
-    static HWY_INLINE void Paint(const CompositeSpan& span, std::size_t i, const BlendTable* table) {
+    static HWY_INLINE void Paint(const CompositeSpan& span, std::size_t i, const SoftLightTable* table) {
         const WordMask keep = Unselected(span, i);
         if (All(keep)) return;
         const Source source(span, i);
@@ -285,7 +285,7 @@ private:
 /// Runs a stage over a span in blocks. There is one place that paints a block, whole or padded: the code is large.
 template <BlendMode Mode, typename Stage, bool Group>
 void Run(const CompositeSpan& span) {
-    const BlendTable* const table = BlendTableOf(Mode);
+    const SoftLightTable* const table = Mode == BlendMode::SoftLight ? &GetSoftLightTable() : nullptr;
     const std::size_t block = BlockPixels();
     std::optional<Tail<Group>> tail;
     const CompositeSpan* at = &span;

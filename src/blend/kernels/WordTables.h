@@ -1,0 +1,43 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+// Quotients by an 8-bit divisor, as tables of 256 words; entry 0 is 0.
+
+namespace vantu {
+
+using WordTable = std::array<std::uint16_t, 256>;
+
+/// A table of `numerator / d`, rounded up or down, its bits from `shift` on.
+constexpr WordTable MakeQuotientTable(std::uint32_t numerator, bool roundUp, unsigned int shift) {
+    WordTable table{};
+    for (std::uint32_t d = 1; d < table.size(); ++d) {
+        table[d] = static_cast<std::uint16_t>((numerator + (roundUp ? d - 1 : 0)) / d >> shift);
+    }
+    return table;
+}
+
+/// ceil(255 * 65536 / a), its high and its low word: the factor of floor(255 * c / a) for every byte c.
+alignas(64) inline constexpr WordTable kUnpremultiplyHigh = MakeQuotientTable(255U << 16, true, 16);
+alignas(64) inline constexpr WordTable kUnpremultiplyLow = MakeQuotientTable(255U << 16, true, 0);
+
+/// floor(65535 / d).
+alignas(64) inline constexpr WordTable kReciprocal = MakeQuotientTable(65535, false, 0);
+
+/// Whether trunc((1 - k/255) * 255) in double precision is one below 255 - k: where ColorBurn divides without
+/// remainder.
+constexpr bool RoundsDown(unsigned int k) {
+    return static_cast<unsigned int>((1.0 - static_cast<double>(k) / 255.0) * 255.0) != 255 - k;
+}
+
+/// The same for all k: a bit each, the lowest of a byte first.
+alignas(16) inline constexpr std::array<std::uint8_t, 32> kRoundsDown = [] {
+    std::array<std::uint8_t, 32> bits{};
+    for (unsigned int k = 0; k < 256; ++k) {
+        if (RoundsDown(k)) bits[k / 8] = static_cast<std::uint8_t>(bits[k / 8] | 1U << k % 8);
+    }
+    return bits;
+}();
+
+}  // namespace vantu

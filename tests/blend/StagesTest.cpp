@@ -1,0 +1,213 @@
+#include "blend/kernels/Stages.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "blend/kernels/CompositeSteps.h"
+#include "support/VectorTargets.h"
+
+namespace vantu::test {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+using Random = std::mt19937;
+
+constexpr std::uint32_t kAlphas[] = {1, 127, 128, 254, 255};
+
+/// A span's arrays, each between guard bytes and at an odd place.
+struct Scene {
+    static constexpr std::size_t kGuard = 67;
+
+    /// Alphas of the kinds that stages treat apart: any, all opaque, all clear, extremes, runs of opaque.
+    static unsigned char Alpha(int kind, Random& random) {
+        switch (kind) {
+            case 0: return static_cast<unsigned char>(random());
+            case 1: return 255;
+            case 2: return 0;
+            case 3: return static_cast<unsigned char>(random() % 3 * 127 + random() % 2);
+            default: return static_cast<unsigned char>(random() % 4 != 0 ? 255 : random());
+        }
+    }
+
+    Scene(std::size_t pixels, Random& random) : count(pixels), groupAlpha(2 * kGuard + pixels) {
+        for (Bytes* image : {&source, &target, &snapshot}) {
+            image->resize(2 * kGuard + count * kPackedBytes);
+            for (unsigned char& byte : *image) byte = static_cast<unsigned char>(random());
+            const int kind = static_cast<int>(random() % 5);
+            for (std::size_t i = 0; i < count; ++i) (*image)[kGuard + i * kPackedBytes + 3] = Alpha(kind, random);
+        }
+        opacity.resize(2 * kGuard + count);
+        select.resize(2 * kGuard + count);
+        const int groupKind = static_cast<int>(random() % 5);
+        for (std::size_t i = 0; i < opacity.size(); ++i) {
+            select[i] = static_cast<unsigned char>(random() % 2);
+            opacity[i] = static_cast<unsigned char>(random());
+        }
+        // An effective alpha is never above the source's.
+        for (std::size_t i = 0; i < count; ++i) {
+            const unsigned char sa = source[kGuard + i * kPackedBytes + 3];
+            opacity[kGuard + i] = random() % 3 == 0 ? sa : std::min(opacity[kGuard + i], sa);
+        }
+        for (std::uint32_t& g : groupAlpha) g = Alpha(groupKind, random);
+    }
+
+    CompositeSpan Span(std::uint32_t alpha, bool masked, bool selected, bool keepClear, bool stencil) {
+        CompositeSpan span{};
+        span.target = target.data() + kGuard;
+        span.source = source.data() + kGuard;
+        span.opacity = masked && !stencil ? opacity.data() + kGuard : nullptr;
+        span.select = selected ? select.data() + kGuard : nullptr;
+        span.snapshot = snapshot.data() + kGuard;
+        span.groupAlpha = groupAlpha.data() + kGuard;
+        span.count = count;
+        span.alpha = alpha;
+        span.keepClear = keepClear;
+        span.stencil = stencil;
+        return span;
+    }
+
+    std::size_t count;
+    Bytes source, target, snapshot, opacity, select;
+    std::vector<std::uint32_t> groupAlpha;
+};
+
+class StagesOn : public testing::TestWithParam<VectorTarget> {};
+
+TEST_P(StagesOn, CompositeAsTheStepsDo) {
+    Random random(20);
+    for (std::size_t round = 0; round < 30000; ++round) {
+        const auto mode = static_cast<BlendMode>(round % kBlendModeCount);
+        const auto form = static_cast<CompositeForm>(round / kBlendModeCount % 3);
+        const auto packed = static_cast<PackedForm>(round / kBlendModeCount / 3 % 2);
+        const std::size_t width = 1 + round / (kBlendModeCount * 6) % 130;
+        Scene expected(width, random);
+        Scene actual = expected;
+        const std::uint32_t alpha = random() % 2 != 0 ? kAlphas[random() % 5] : random() % 255 + 1;
+        const bool masked = random() % 2 != 0, selected = random() % 2 != 0;
+        const bool keepClear = random() % 2 != 0, stencil = random() % 2 != 0;
+
+        ScalarStages().Of(mode, form, packed)(expected.Span(alpha, masked, selected, keepClear, stencil));
+        {
+            const ForcedTarget forced(GetParam());
+            ActiveStages().Of(mode, form, packed)(actual.Span(alpha, masked, selected, keepClear, stencil));
+        }
+        ASSERT_EQ(expected.target, actual.target) << "round " << round;
+        ASSERT_EQ(expected.groupAlpha, actual.groupAlpha) << "round " << round;
+        ASSERT_EQ(expected.source, actual.source) << "round " << round;
+    }
+}
+
+TEST_P(StagesOn, BlendEveryPairOfChannels) {
+    const ForcedTarget forced(GetParam());
+    for (unsigned int m = 0; m < kBlendModeCount; ++m) {
+        const auto mode = static_cast<BlendMode>(m);
+        for (unsigned int cb = 0; cb < 256; ++cb) {
+            // Opaque over opaque at full alpha gives B itself, over nearly opaque the general quotient of it.
+            for (const unsigned int ab : {255U, 254U}) {
+                Bytes source(256 * kPackedBytes), target(256 * kPackedBytes);
+                for (unsigned int cs = 0; cs < 256; ++cs) {
+                    const std::size_t at = cs * kPackedBytes;
+                    std::fill_n(source.begin() + static_cast<std::ptrdiff_t>(at), 3, static_cast<unsigned char>(cs));
+                    std::fill_n(target.begin() + static_cast<std::ptrdiff_t>(at), 3, static_cast<unsigned char>(cb));
+                    source[at + 3] = 255;
+                    target[at + 3] = static_cast<unsigned char>(ab);
+                }
+                Bytes expected = target;
+                CompositeSpan span{};
+                span.source = source.data();
+                span.count = 256;
+                span.alpha = ab == 255 ? 255 : 200;
+                span.target = expected.data();
+                ScalarStages().Of(mode, CompositeForm::Plain, PackedForm::Straight)(span);
+                span.target = target.data();
+                ActiveStages().Of(mode, CompositeForm::Plain, PackedForm::Straight)(span);
+                ASSERT_EQ(expected, target) << "mode " << m << " cb " << cb << " ab " << ab;
+            }
+        }
+    }
+}
+
+/// All source bytes and alphas over all backdrop bytes and alphas, as premultiplied pixels, every `stride`-th of each.
+void CompareBytesAndAlphas(const VectorTarget& target, BlendMode mode, unsigned int stride, std::uint32_t alpha) {
+    const ForcedTarget forced(target);
+    const auto stages = {&ScalarStages(), &ActiveStages()};
+    for (unsigned int sa = 0; sa < 256; sa += stride) {
+        for (unsigned int ab = 0; ab < 256; ab += stride) {
+            // A pixel has three channels: three backdrop bytes at once.
+            Bytes source, backdrop;
+            for (unsigned int s = 0; s < 256; s += stride) {
+                for (unsigned int b = 0; b < 256; b += 3 * stride) {
+                    for (unsigned int c = 0; c < 3; ++c) {
+                        source.push_back(static_cast<unsigned char>(s));
+                        backdrop.push_back(static_cast<unsigned char>(std::min(b + c * stride, 255U)));
+                    }
+                    source.push_back(static_cast<unsigned char>(sa));
+                    backdrop.push_back(static_cast<unsigned char>(ab));
+                }
+            }
+            std::vector<Bytes> results;
+            for (const BlendStages* const stage : stages) {
+                Bytes result = backdrop;
+                CompositeSpan span{};
+                span.source = source.data();
+                span.target = result.data();
+                span.count = result.size() / kPackedBytes;
+                span.alpha = alpha;
+                stage->Of(mode, CompositeForm::Plain, PackedForm::Premultiplied)(span);
+                results.push_back(std::move(result));
+            }
+            ASSERT_EQ(results[0], results[1])
+                << "mode " << static_cast<unsigned int>(mode) << " alphas " << sa << ", " << ab;
+        }
+    }
+}
+
+TEST_P(StagesOn, CompositeASampleOfAllBytesAndAlphas) {
+    for (unsigned int m = 0; m < kBlendModeCount; ++m) {
+        CompareBytesAndAlphas(GetParam(), static_cast<BlendMode>(m), 15, kAlphas[m % 5]);
+    }
+}
+
+// Takes minutes: run it with --gtest_also_run_disabled_tests after a change of the arithmetic.
+TEST_P(StagesOn, DISABLED_CompositeAllBytesAndAlphas) {
+    for (const BlendMode mode : {BlendMode::Normal, BlendMode::Multiply, BlendMode::ColorBurn, BlendMode::Exclusion}) {
+        CompareBytesAndAlphas(GetParam(), mode, 1, 255);
+    }
+}
+
+TEST_P(StagesOn, MakeEffectiveAlphasOfSoftMasks) {
+    Random random(4);
+    constexpr std::size_t kCount = 257;
+    Bytes source(kCount * kPackedBytes), maskBytes(kCount), expected(kCount), actual(kCount);
+    std::vector<double> opacities(kCount);
+    for (unsigned int round = 0; round < 600; ++round) {
+        for (std::size_t i = 0; i < kCount; ++i) {
+            source[i * kPackedBytes + 3] = static_cast<unsigned char>(round % 3 == 0 ? 255 : random());
+            maskBytes[i] = static_cast<unsigned char>(i);
+            // Opacities at which the product comes close to a whole number, and the ends of what a stage is given.
+            const double steps[] = {static_cast<double>(i % 256) / 255.0, static_cast<double>(random()) / 4294967295.0,
+                                    -0.0009, 1.0009};
+            opacities[i] = steps[i % 7 < 3 ? 0 : i % 7 < 5 ? 1 : i % 7 - 3];
+        }
+        const std::uint32_t alpha = round < 255 ? round + 1 : random() % 255 + 1;
+        MaskSpan span{opacities.data(), maskBytes.data(), source.data(), expected.data(), kCount, alpha};
+        for (const auto mask : {&BlendStages::plainMask, &BlendStages::groupMask}) {
+            span.effective = expected.data();
+            (ScalarStages().*mask)(span);
+            const ForcedTarget forced(GetParam());
+            span.effective = actual.data();
+            (ActiveStages().*mask)(span);
+            ASSERT_EQ(expected, actual) << "round " << round;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Targets, StagesOn, testing::ValuesIn(VectorTargets()),
+                         [](const auto& info) { return info.param.name; });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(StagesOn);
+
+}  // namespace
+}  // namespace vantu::test

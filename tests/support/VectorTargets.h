@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vantu::test {
+
+/// An instruction set that vector code can be made to run on.
+struct VectorTarget {
+    std::int64_t id;
+    std::string name;
+};
+
+/// Those that this build has and this machine runs, the slowest last; none in a build without vector code.
+std::vector<VectorTarget> VectorTargets();
+
+/// Makes the library use one of them until the scope ends. The whole test program can be kept on one by the environment
+/// variable IMAGEOP_TEST_TARGET with its name, for example AVX2.
+class ForcedTarget {
+public:
+    explicit ForcedTarget(const VectorTarget& target);
+    ~ForcedTarget();
+    ForcedTarget(const ForcedTarget&) = delete;
+    ForcedTarget& operator=(const ForcedTarget&) = delete;
+};
+
+}  // namespace vantu::test
