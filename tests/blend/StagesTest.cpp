@@ -15,6 +15,10 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 using Random = std::mt19937;
 
+std::uint32_t AnyAlpha(Random& random) {
+    return static_cast<std::uint32_t>(random() % 255 + 1);
+}
+
 constexpr std::uint32_t kAlphas[] = {1, 127, 128, 254, 255};
 
 /// A span's arrays, each between guard bytes and at an odd place.
@@ -85,7 +89,7 @@ TEST_P(StagesOn, CompositeAsTheStepsDo) {
         const std::size_t width = 1 + round / (kBlendModeCount * 6) % 130;
         Scene expected(width, random);
         Scene actual = expected;
-        const std::uint32_t alpha = random() % 2 != 0 ? kAlphas[random() % 5] : random() % 255 + 1;
+        const std::uint32_t alpha = random() % 2 != 0 ? kAlphas[random() % 5] : AnyAlpha(random);
         const bool masked = random() % 2 != 0, selected = random() % 2 != 0;
         const bool keepClear = random() % 2 != 0, stencil = random() % 2 != 0;
 
@@ -192,7 +196,7 @@ TEST_P(StagesOn, MakeEffectiveAlphasOfSoftMasks) {
                                     -0.0009, 1.0009};
             opacities[i] = steps[i % 7 < 3 ? 0 : i % 7 < 5 ? 1 : i % 7 - 3];
         }
-        const std::uint32_t alpha = round < 255 ? round + 1 : random() % 255 + 1;
+        const std::uint32_t alpha = round < 255 ? round + 1 : AnyAlpha(random);
         MaskSpan span{opacities.data(), maskBytes.data(), source.data(), expected.data(), kCount, alpha};
         for (const auto mask : {&BlendStages::plainMask, &BlendStages::groupMask}) {
             span.effective = expected.data();
