@@ -159,8 +159,10 @@ private:
     /// A mode above 255 runs into the formats of the key and may select a kernel of other formats than the images'. It
     /// paints what it takes the pixels to be, as far as they lie inside the images.
     [[nodiscard]] bool Reachable(const PaintArea& area) const {
-        return !foreign_ || (InsideBlock(destination_, kernel_.destination, area.targetX, area.targetY, area) &&
-                             InsideBlock(source_, kernel_.source, area.sourceX, area.sourceY, area));
+        if (!foreign_) return true;
+        return InsideBlock(source_, kernel_.source, area.sourceX, area.sourceY, area) &&
+               (targetCodec_ == nullptr ||
+                InsideBlock(destination_, kernel_.destination, area.targetX, area.targetY, area));
     }
 
     /// What is to be done with a span.
