@@ -1,7 +1,6 @@
 #pragma once
 
-// The instruction sets that vector code is compiled for; to be included before the vector library. All of AVX-512 with
-// its byte tables is asked for; what has vectors of no fixed size, or gains nothing over the set before, is left out.
-// All files with vector code agree, so that a test can force one set for the whole library.
-#define HWY_WANT_AVX3_DL
+// The instruction sets that vector code is compiled for; to be included before the vector library. What has vectors of
+// no fixed size, or gains nothing over the set before, is left out. All files with vector code agree, so that a test
+// can force one set for the whole library.
 #define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)

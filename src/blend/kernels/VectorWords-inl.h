@@ -153,7 +153,7 @@ HWY_INLINE Factor TruncatedQuotient(float numerator, Words d) {
     return {HighHalves(first, second), LowHalves(first, second)};
 }
 
-#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL  // the latter where the whole build is for it
 #define IMAGEOP_HAS_WORD_TABLES 1
 
 /// The entries of a table of 64 at words below 64.
