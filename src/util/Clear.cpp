@@ -8,7 +8,7 @@
 
 #include "pixel/FormatDispatch.h"
 #include "pixel/PixelCodec.h"
-#include "util/PixelBlock.h"
+#include "util/MemoryBlock.h"
 #include "util/RowExtent.h"
 
 namespace vantu {
@@ -32,7 +32,7 @@ void FillRow(unsigned char* row, std::size_t size, Pattern pattern) {
 }
 
 /// Fills the whole bytes of an extent. @return false without memory, unless there is nothing to fill.
-bool FillRows(const PixelBlock<unsigned char>& block, const RowExtent& extent, Pattern pattern) {
+bool FillRows(const MemoryBlock<unsigned char>& block, const RowExtent& extent, Pattern pattern) {
     if (extent.byteCount == 0 || extent.rowCount == 0) return true;
     if (block.data == nullptr) return false;
     unsigned char* const first = block.Row(extent.firstRow) + extent.byteStart;
@@ -46,7 +46,7 @@ bool FillRows(const PixelBlock<unsigned char>& block, const RowExtent& extent, P
 }
 
 /// Gives the bits of `mask` in one byte of each row of an extent the value they have in `value`.
-void FillBits(const PixelBlock<unsigned char>& block, const RowExtent& extent, std::size_t position, unsigned int mask,
+void FillBits(const MemoryBlock<unsigned char>& block, const RowExtent& extent, std::size_t position, unsigned int mask,
               unsigned int value) {
     for (std::size_t i = 0; i < extent.rowCount; ++i) {
         unsigned char& byte = block.Row(extent.firstRow + i)[position];

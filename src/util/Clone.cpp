@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "pixel/MakeImage.h"
-#include "util/PixelBlock.h"
+#include "util/MemoryBlock.h"
 
 namespace vantu {
 

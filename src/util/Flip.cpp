@@ -3,25 +3,27 @@
 #include <cstring>
 
 #include "pixel/MakeImage.h"
+#include "util/MemoryBlock.h"
 #include "util/PaintBlock.h"
-#include "util/PixelBlock.h"
 #include "util/ReverseRow.h"
 
 namespace vantu {
 namespace {
 
-using Source = PixelBlock<const unsigned char>;
-using Target = PixelBlock<unsigned char>;
+using Source = MemoryBlock<const unsigned char>;
+using Target = MemoryBlock<unsigned char>;
 
+/// Upward through the source, as each row is read: prefetching keeps up with that.
 void FlipVertically(const Source& source, const Target& target, std::size_t rowBytes) {
-    for (std::size_t i = 0; i < target.rows; ++i) {
-        std::memcpy(target.Row(i), source.Row(source.rows - 1 - i), rowBytes);
+    for (std::size_t i = 0; i < source.rows; ++i) {
+        std::memcpy(target.Row(source.rows - 1 - i), source.Row(i), rowBytes);
     }
 }
 
+/// Rows from the last to the first, so that the source is read downward throughout, which prefetching likes.
 template <unsigned int Size>
 void FlipPixels(const Source& source, const Target& target, std::size_t width) {
-    for (std::size_t i = 0; i < target.rows; ++i) ReversePixels<Size>(source.Row(i), target.Row(i), width);
+    for (std::size_t i = source.rows; i-- > 0;) ReversePixels<Size>(source.Row(i), target.Row(i), width);
 }
 
 /// One field off the mirror image: target field 0 is the one behind the source row's last.

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "util/PixelBlock.h"
+#include "util/MemoryBlock.h"
 
 namespace vantu {
 

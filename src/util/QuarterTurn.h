@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
-#include "util/PixelBlock.h"
+#include "util/MemoryBlock.h"
 
 namespace vantu {
 
@@ -13,30 +14,39 @@ enum class Turn { CounterClockwise, Clockwise };
 
 /// Turns pixels of `Size` bytes. Rows of both pictures count from the bottom; `width` and `height` are the target's.
 ///
-/// A tile at a time, by way of a buffer: each source and target row is touched in runs, and a power of two between
-/// rows, which puts all of a column in the same few cache lines, costs nothing.
+/// A tile at a time: runs of source rows are gathered in a buffer, from which whole cache lines of the target are
+/// written. So rows a power of two apart, which compete for the same few cache lines, do no harm.
 template <unsigned int Size>
 void TurnPixels(Turn turn, const RowWalk<const unsigned char>& source, const RowWalk<unsigned char>& target,
                 std::size_t width, std::size_t height) {
-    constexpr std::size_t tile = 32;
-    unsigned char turned[tile][tile * Size];
+    constexpr std::size_t tileWidth = 64 / Size;
+    constexpr std::size_t tileHeight = 128 / Size;
+    unsigned char runs[tileWidth][tileHeight * Size];
     const bool clockwise = turn == Turn::Clockwise;
-    for (std::size_t top = 0; top < height; top += tile) {
-        const std::size_t rows = std::min(tile, height - top);
-        for (std::size_t left = 0; left < width; left += tile) {
-            const std::size_t columns = std::min(tile, width - left);
-            for (std::size_t c = 0; c < columns; ++c) {
-                const std::size_t column = left + c;
-                // Counter-clockwise, target (column, row) comes from source row width - 1 - column, column row;
-                // clockwise from source row column, column height - 1 - row.
-                const unsigned char* const run = clockwise ? source.Row(column) + (height - top - rows) * Size
-                                                           : source.Row(width - 1 - column) + top * Size;
-                for (std::size_t r = 0; r < rows; ++r) {
-                    std::memcpy(&turned[clockwise ? rows - 1 - r : r][c * Size], run + r * Size, Size);
-                }
-            }
-            for (std::size_t r = 0; r < rows; ++r) {
-                std::memcpy(target.Row(top + r) + left * Size, turned[r], columns * Size);
+    const auto turnTile = [&](std::size_t left, std::size_t top, auto columns, auto rows) {
+        // Counter-clockwise, target (column, row) comes from source row width - 1 - column, column row;
+        // clockwise from source row column, column height - 1 - row.
+        for (std::size_t c = 0; c < columns; ++c) {
+            const unsigned char* const run = clockwise ? source.Row(left + c) + (height - top - rows) * Size
+                                                       : source.Row(width - 1 - left - c) + top * Size;
+            std::memcpy(runs[c], run, rows * Size);
+        }
+        for (std::size_t r = 0; r < rows; ++r) {
+            const std::size_t position = (clockwise ? rows - 1 - r : r) * Size;
+            unsigned char* const out = target.Row(top + r) + left * Size;
+            for (std::size_t c = 0; c < columns; ++c) std::memcpy(out + c * Size, runs[c] + position, Size);
+        }
+    };
+    for (std::size_t top = 0; top < height; top += tileHeight) {
+        const std::size_t rows = std::min(tileHeight, height - top);
+        for (std::size_t left = 0; left < width; left += tileWidth) {
+            const std::size_t columns = std::min(tileWidth, width - left);
+            if (columns == tileWidth && rows == tileHeight) {
+                // Constant counts make straight code of the copies: without them a tile takes twice as long.
+                turnTile(left, top, std::integral_constant<std::size_t, tileWidth>(),
+                         std::integral_constant<std::size_t, tileHeight>());
+            } else {
+                turnTile(left, top, columns, rows);
             }
         }
     }

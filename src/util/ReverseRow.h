@@ -6,10 +6,30 @@
 
 namespace vantu {
 
+/// The pixels of `Size` bytes in a word in reverse order, which is the same in either byte order.
+template <unsigned int Size>
+constexpr std::uint64_t ReversePixelsOfWord(std::uint64_t word) {
+    constexpr std::uint64_t pairs = 0x0000FFFF0000FFFF, bytes = 0x00FF00FF00FF00FF;
+    word = word << 32 | word >> 32;
+    if constexpr (Size <= 2) word = (word & pairs) << 16 | (word >> 16 & pairs);
+    if constexpr (Size == 1) word = (word & bytes) << 8 | (word >> 8 & bytes);
+    return word;
+}
+
 /// Copies `count` pixels of `Size` bytes in reverse order.
 template <unsigned int Size>
-void ReversePixels(const unsigned char* __restrict source, unsigned char* __restrict target, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) std::memcpy(target + i * Size, source + (count - 1 - i) * Size, Size);
+void ReversePixels(const unsigned char* source, unsigned char* target, std::size_t count) {
+    std::size_t i = 0;
+    if constexpr (8 % Size == 0) {
+        constexpr std::size_t perWord = 8 / Size;
+        for (; i + perWord <= count; i += perWord) {
+            std::uint64_t word;
+            std::memcpy(&word, source + (count - perWord - i) * Size, sizeof word);
+            word = ReversePixelsOfWord<Size>(word);
+            std::memcpy(target + i * Size, &word, sizeof word);
+        }
+    }
+    for (; i < count; ++i) std::memcpy(target + i * Size, source + (count - 1 - i) * Size, Size);
 }
 
 /// The fields of `Bits` bits of one byte in reverse order.

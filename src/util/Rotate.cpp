@@ -1,16 +1,16 @@
 #include <vantu/ImageUtil.h>
 
 #include "pixel/MakeImage.h"
+#include "util/MemoryBlock.h"
 #include "util/PaintBlock.h"
-#include "util/PixelBlock.h"
 #include "util/QuarterTurn.h"
 #include "util/ReverseRow.h"
 
 namespace vantu {
 namespace {
 
-using Source = PixelBlock<const unsigned char>;
-using Target = PixelBlock<unsigned char>;
+using Source = MemoryBlock<const unsigned char>;
+using Target = MemoryBlock<unsigned char>;
 
 /// A picture in memory and the one it is turned into, which has the size `width` times `target.rows`.
 struct Rotation {

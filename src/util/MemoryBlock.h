@@ -19,7 +19,7 @@ struct RowWalk {
 /// Pixel memory as it lies: `rows` rows, `stride` bytes apart, the first at `data`, which is null for an image without
 /// memory.
 template <typename Byte>
-struct PixelBlock {
+struct MemoryBlock {
     [[nodiscard]] std::size_t Size() const { return stride * rows; }
     [[nodiscard]] Byte* Row(std::size_t index) const { return data + index * stride; }
 
@@ -40,9 +40,9 @@ private:
 template <typename Image>
 auto BlockOf(Image& image) {
     using Byte = std::remove_pointer_t<decltype(image.GetPixelData())>;
-    return PixelBlock<Byte>{image.GetPixelData(),
-                            RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment()),
-                            image.GetHeight()};
+    return MemoryBlock<Byte>{image.GetPixelData(),
+                             RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment()),
+                             image.GetHeight()};
 }
 
 }  // namespace vantu
