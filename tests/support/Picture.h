@@ -13,6 +13,11 @@
 
 namespace vantu::test {
 
+/// A colour as 0xAARRGGBB.
+inline unsigned int Argb(const Color& color) {
+    return color.GetAlpha() * 0x1000000U + color.GetRed() * 0x10000U + color.GetGreen() * 0x100U + color.GetBlue();
+}
+
 /// Calls `use(accessor)` with an accessor of the raw values of an image, which need not have a palette.
 template <typename Image, typename Use>
 unsigned int WithValues(Image& image, Use use) {
