@@ -30,6 +30,11 @@ void WalkRanges(const BlendRequestBase& request, Loops& loops) {
     const auto paint = [&](int tx, int ty, int sx, int sy, std::uint32_t width, std::uint32_t height) {
         if (width != 0 && height != 0) loops.Rect(PaintArea{tx, ty, sx, sy, width, height});
     };
+    // An extent lies on one side of 0 or is none: a range that starts before 0 misses a mask that reaches over 0, and
+    // one that starts at or after 0 misses a mask that ends before it.
+    const auto extent = [&](int start, int end) {
+        return (start < 0) == (end < 0) && start < end ? u(end) - u(start) : 0;
+    };
     const std::uint32_t ox = u(request.offset->x);
     const std::uint32_t oy = u(request.offset->y);
     const IQorImage* const mask = request.mask->get();
@@ -54,10 +59,8 @@ void WalkRanges(const BlendRequestBase& request, Loops& loops) {
         const std::uint32_t gapTop = y0 < top ? u(top) - u(y0) : 0;
         const std::uint32_t cx = u(x0) + gapLeft;
         const std::uint32_t cy = u(y0) + gapTop;
-        const std::uint32_t ex = u(std::min(x1, right));
-        const std::uint32_t ey = u(std::min(y1, bottom));
-        const std::uint32_t cw = ex > cx ? ex - cx : 0;
-        const std::uint32_t ch = ey > cy ? ey - cy : 0;
+        const std::uint32_t cw = extent(s(cx), std::min(x1, right));
+        const std::uint32_t ch = extent(s(cy), std::min(y1, bottom));
         if (cw == 0 || ch == 0) {
             paintUnmasked();
             continue;
