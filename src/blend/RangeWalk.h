@@ -40,7 +40,7 @@ void WalkRanges(const BlendRequestBase& request, Loops& loops) {
     const IQorImage* const mask = request.mask->get();
 
     for (const Range<int, 2>& range : request.coverage->GetRanges()) {
-        const auto [x0, y0, x1, y1] = range;
+        const int x0 = range.x0, y0 = range.y0, x1 = range.x1, y1 = range.y1;
         const std::uint32_t width = u(x1) - u(x0);
         const std::uint32_t height = u(y1) - u(y0);
         const auto paintUnmasked = [&] { paint(x0, y0, s(u(x0) + ox), s(u(y0) + oy), width, height); };

@@ -119,7 +119,7 @@ std::shared_ptr<IQorImage> CDIBLoader::Load(int fd, void** memory, bool skipFile
     const unsigned int rows = topDown ? 0U - header->biHeight : header->biHeight;
     // A factory's image is always bottom-up; without one the image says which way the file's rows lie.
     const bool bottomUp = factory_ != nullptr || (!topDown && rows != 0);
-    const auto image = MakeImage(header->biWidth, rows, row->format, 4, bottomUp, factory_, memory);
+    auto image = MakeImage(header->biWidth, rows, row->format, 4, bottomUp, factory_, memory);
     if (!image) return nullptr;
 
     if (const unsigned int count = PaletteCount(*header); count != 0) ReadPalette(fd, count, image->GetPalette());
