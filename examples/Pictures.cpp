@@ -121,10 +121,10 @@ std::vector<Taps> MakeTaps(unsigned int sourceSize, unsigned int targetSize, dou
     std::vector<Taps> taps(targetSize);
     for (unsigned int i = 0; i < targetSize; ++i) {
         const double centre = std::clamp(start + (i + 0.5) * step - 0.5, 0.0, sourceSize - 1.0);
-        const double last = std::min(std::floor(centre + radius), sourceSize - 1.0);
+        const auto last = static_cast<unsigned int>(std::min(centre + radius, sourceSize - 1.0));
         taps[i].first = static_cast<unsigned int>(std::max(std::ceil(centre - radius), 0.0));
         double sum = 0;
-        for (double at = taps[i].first; at <= last; ++at) {
+        for (unsigned int at = taps[i].first; at <= last; ++at) {
             taps[i].weights.push_back(std::max(1 - std::abs(at - centre) / radius, 0.0));
             sum += taps[i].weights.back();
         }

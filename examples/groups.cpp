@@ -49,7 +49,7 @@ void PaintThrough(IPDFImageBlender& blender, const Image& source, const Image& m
 
 // A group over opaque black, from which a mask takes its luminosity: ellipses, the smaller the lighter.
 Image MakeVignette(IPDFImageBlender& blender) {
-    const Image image = MakeGroupImage(*MakeSheet(ARGB_BLACK), kPhotograph, false);
+    Image image = MakeGroupImage(*MakeSheet(ARGB_BLACK), kPhotograph, false);
     blender.BeginGroup(image, nullptr, false, true, false);
     constexpr int kSteps = 100;
     for (int step = 0; step < kSteps; ++step) {
@@ -66,7 +66,7 @@ Image MakeVignette(IPDFImageBlender& blender) {
 // An isolated group, from which a mask takes its alpha: the shape, painted faintly at every place of a small disc.
 Image MakeShadow(IPDFImageBlender& blender, const Image& shape, const Transfer& transfer) {
     const Image sheet = MakeSheet(ARGB_BLACK);
-    const Image image = MakeGroupImage(*sheet, kPhotograph, true);
+    Image image = MakeGroupImage(*sheet, kPhotograph, true);
     blender.BeginGroup(image, nullptr, false, true, false);
     for (int dy = -kBlur; dy <= kBlur; dy += 2) {
         for (int dx = -kBlur; dx <= kBlur; dx += 2) {

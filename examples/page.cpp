@@ -90,14 +90,15 @@ Image MakeStencil(const Image& picture) {
     MakeBlender(paper)->Blend(picture, coverage, {0, 0}, nullptr, nullptr, {0, 0}, 255, BlendMode::Normal, blended);
 
     auto stencil = std::make_shared<CQorImage>(kCellWidth, kCellHeight, PixelFormat::Index1, 4, true);
-    const unsigned char* colours = paper->GetPixelData();
+    const unsigned char* colourRow = paper->GetPixelData();
     unsigned char* bits = stencil->GetPixelData();
     for (int y = 0; y < kCellHeight; ++y) {
-        for (int x = 0; x < kCellWidth; ++x) {
-            const bool light = colours[3 * x] + colours[3 * x + 1] + colours[3 * x + 2] > 3 * 127;
+        const unsigned char* colour = colourRow;
+        for (int x = 0; x < kCellWidth; ++x, colour += 3) {
+            const bool light = colour[0] + colour[1] + colour[2] > 3 * 127;
             if (light) bits[x / 8] = static_cast<unsigned char>(bits[x / 8] | (0x80 >> (x % 8)));
         }
-        colours += RowStride(kCellWidth, PixelFormat::Bgr24, 4);
+        colourRow += RowStride(kCellWidth, PixelFormat::Bgr24, 4);
         bits += RowStride(kCellWidth, PixelFormat::Index1, 4);
     }
     return stencil;
