@@ -9,4 +9,6 @@ MemoryFile::MemoryFile(const std::uint8_t* data, std::size_t size) : fd_(memfd_c
     if (fd_ < 0 || write(fd_, data, size) != static_cast<ssize_t>(size) || lseek(fd_, 0, SEEK_SET) != 0) std::abort();
 }
 
-MemoryFile::~MemoryFile() { close(fd_); }
+MemoryFile::~MemoryFile() {
+    close(fd_);
+}
