@@ -5,8 +5,7 @@
 #include <cstring>
 #include <memory>
 
-// Whole-image operations on 2048 x 2048 pixels, next to memcpy of as many bytes. Run with
-// --benchmark_repetitions=9 --benchmark_enable_random_interleaving=true and compare medians of bytes per second.
+// Whole-image operations on 2048 x 2048 pixels, next to memcpy of as many bytes.
 
 namespace vantu {
 namespace {
@@ -101,13 +100,13 @@ void Packed(benchmark::internal::Benchmark* bench) {
     bench->ArgName("format")->Arg(1)->Arg(2);
 }
 
-BENCHMARK(Memcpy)->Apply(Depths);
-BENCHMARK(Fill)->Apply(Depths);
-BENCHMARK(Clone)->Apply(Depths);
-BENCHMARK(FlipVertical)->Apply(Depths);
-BENCHMARK(FlipHorizontal)->Apply(Depths)->Apply(Packed);
-BENCHMARK(HalfTurn)->Apply(Depths)->Apply(Packed);
-BENCHMARK(QuarterTurn)->Apply(Depths)->Apply(Packed);
+BENCHMARK(Memcpy)->Name("Util/Memcpy")->Apply(Depths)->Apply(Packed);
+BENCHMARK(Fill)->Name("Util/Fill")->Apply(Depths);
+BENCHMARK(Clone)->Name("Util/Clone")->Apply(Depths);
+BENCHMARK(FlipVertical)->Name("Util/FlipVertical")->Apply(Depths);
+BENCHMARK(FlipHorizontal)->Name("Util/FlipHorizontal")->Apply(Depths)->Apply(Packed);
+BENCHMARK(HalfTurn)->Name("Util/HalfTurn")->Apply(Depths)->Apply(Packed);
+BENCHMARK(QuarterTurn)->Name("Util/QuarterTurn")->Apply(Depths)->Apply(Packed);
 
 }  // namespace
 }  // namespace vantu

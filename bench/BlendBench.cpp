@@ -1,0 +1,206 @@
+#include "BlendBench.h"
+
+#include <benchmark/benchmark.h>
+#include <vantu/IPDFImageBlender.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "BlendScene.h"
+#include "PixmanPeer.h"
+
+namespace vantu::bench {
+namespace {
+
+using Pixels = std::vector<unsigned char>;
+
+/// One way to paint a scene: the whole column at each call.
+struct Painter {
+    std::function<void()> paint;
+    std::function<void()> reset = [] {};  ///< after the target's pixels have been put back
+};
+
+/// Through the public interface.
+Painter MakeLibraryPainter(const BlendCase& c, const BlendScene& scene) {
+    const auto size = static_cast<int>(c.size);
+    const std::shared_ptr<IPDFImageBlender> blender = MakeBlender(scene.target);
+    // Ranges are places in the destination without a mask, in the source with one.
+    std::vector<std::shared_ptr<IPDFImageBlender::Coverage>> places;
+    std::vector<Point<int, 2>> offsets;
+    for (int i = 0; i < static_cast<int>(scene.copies); ++i) {
+        const int y = i * size;
+        places.emplace_back(IPDFImageBlender::CreateCoverage());
+        places.back()->AddRange(scene.mask ? Range<int, 2>{0, 0, size, size} : Range<int, 2>{0, y, size, y + size});
+        offsets.push_back({0, scene.mask ? y : -y});
+    }
+    Painter painter;
+    painter.paint = [=, blended = std::shared_ptr<IPDFImageBlender::Coverage>(), &scene]() mutable {
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            blender->Blend(scene.source, places[i], offsets[i], scene.mask, scene.maskTransfer, {0, 0}, c.Alpha(),
+                           c.mode, blended);
+        }
+    };
+    if (c.form != Form::Plain) {
+        // With the backdrop kept, the end of a group leaves the image alone.
+        painter.reset = [=, &scene] {
+            blender->EndGroup();
+            blender->BeginGroup(scene.target, nullptr, c.form == Form::Knockout, true, false);
+        };
+        painter.reset();
+    }
+    return painter;
+}
+
+Painter MakeScalarPainter(const BlendCase& c, const BlendScene& scene) {
+    const std::size_t pixels = std::size_t{c.size} * c.size;
+    auto groupAlpha = std::make_shared<std::vector<std::uint32_t>>(c.form == Form::Plain ? 0 : pixels * scene.copies);
+    Painter painter;
+    painter.paint = [=, &scene] {
+        for (std::size_t i = 0; i < scene.copies; ++i) {
+            const std::size_t place = i * scene.TargetBytes();
+            c.scalar({c.size, std::as_const(*scene.source).GetPixelData(), scene.target->GetPixelData() + place,
+                      scene.Pristine().data() + place, groupAlpha->data() + (groupAlpha->empty() ? 0 : i * pixels),
+                      scene.mask ? scene.mask->GetPixelData() : nullptr,
+                      scene.mask ? scene.mask->GetPalette() : nullptr, scene.maskTransfer.get(), c.Alpha()});
+        }
+    };
+    painter.reset = [=] { std::fill(groupAlpha->begin(), groupAlpha->end(), 0); };
+    return painter;
+}
+
+void Restore(const BlendScene& scene, const Painter& painter) {
+    std::memcpy(scene.target->GetPixelData(), scene.Pristine().data(), scene.Pristine().size());
+    painter.reset();
+}
+
+Pixels Painted(const BlendScene& scene, const Painter& painter) {
+    Restore(scene, painter);
+    painter.paint();
+    const unsigned char* const pixels = scene.target->GetPixelData();
+    return {pixels, pixels + scene.Pristine().size()};
+}
+
+bool Same(const Pixels& a, const Pixels& b) {
+    return a == b;
+}
+
+/// Whether two paintings are the same to the eye: all but 1 % of the bytes within 3.
+bool Alike(const Pixels& a, const Pixels& b) {
+    std::size_t far = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) far += std::abs(a[i] - b[i]) > 3;
+    return far * 100 <= a.size();
+}
+
+/// Seconds that the thread has run for.
+double ThreadSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+/// Seconds that `work` takes, by the clock that says less: the wall's is the finer one, the thread's leaves out when
+/// others ran.
+template <typename Work>
+double Seconds(const Work& work) {
+    using Clock = std::chrono::steady_clock;
+    const double threadStart = ThreadSeconds();
+    const auto start = Clock::now();
+    work();
+    benchmark::ClobberMemory();
+    const std::chrono::duration<double> wall = Clock::now() - start;
+    return std::min(wall.count(), ThreadSeconds() - threadStart);
+}
+
+/// Times `painter`, each time on fresh content; putting it back is not timed. What counts is the median over the
+/// paintings of a run, as counters of pixels per second and of nanoseconds for a target.
+void Measure(benchmark::State& state, const BlendScene& scene, const Painter& painter) {
+    std::vector<double> seconds;
+    for (auto _ : state) {
+        Restore(scene, painter);
+        seconds.push_back(Seconds(painter.paint));
+        state.SetIterationTime(seconds.back());
+    }
+    const auto middle = seconds.begin() + static_cast<std::ptrdiff_t>(seconds.size() / 2);
+    std::nth_element(seconds.begin(), middle, seconds.end());
+    const double perTarget = *middle / scene.copies;
+    state.counters["ns"] = 1e9 * perTarget;
+    state.counters["pixels_per_second"] = scene.source->GetWidth() * scene.source->GetHeight() / perTarget;
+    state.SetItemsProcessed(state.iterations() * scene.target->GetWidth() * scene.target->GetHeight());
+}
+
+/// Whether a painter draws what the scalar loop draws; found out once for a name.
+bool Draws(const std::string& name, const BlendCase& c, const BlendScene& scene, const Painter& painter,
+           bool (*alike)(const Pixels&, const Pixels&)) {
+    static std::map<std::string, bool> verdicts;
+    if (const auto verdict = verdicts.find(name); verdict != verdicts.end()) return verdict->second;
+    return verdicts[name] = alike(Painted(scene, painter), Painted(scene, MakeScalarPainter(c, scene)));
+}
+
+void RunLibrary(benchmark::State& state, const BlendCase& c) {
+    const BlendScene scene(c);
+    const Painter painter = MakeLibraryPainter(c, scene);
+    if (!Draws("Blend/" + c.Name(), c, scene, painter, Same)) {
+        state.SkipWithError("does not draw what the scalar loop draws");
+        return;
+    }
+    Measure(state, scene, painter);
+}
+
+void RunScalar(benchmark::State& state, const BlendCase& c) {
+    const BlendScene scene(c);
+    Measure(state, scene, MakeScalarPainter(c, scene));
+}
+
+void RunPixman(benchmark::State& state, const BlendCase& c) {
+    const BlendScene scene(c);
+    const Painter painter{MakePixmanPainter(c, scene)};
+    if (!Draws("Pixman/" + c.Name(), c, scene, painter, Alike)) {
+        state.SkipWithError("does not draw nearly what the scalar loop draws");
+        return;
+    }
+    Measure(state, scene, painter);
+}
+
+/// Fills the target from the source's bytes.
+void RunMemcpy(benchmark::State& state, const BlendCase& c) {
+    const BlendScene scene(c);
+    const Painter painter{[&scene] {
+        for (std::size_t i = 0; i < scene.copies; ++i) {
+            std::memcpy(scene.target->GetPixelData() + i * scene.TargetBytes(),
+                        std::as_const(*scene.source).GetPixelData(), scene.TargetBytes());
+        }
+    }};
+    Measure(state, scene, painter);
+}
+
+void Register(const std::string& name, void (*run)(benchmark::State&, const BlendCase&), const BlendCase& c) {
+    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) { run(state, c); })->UseManualTime();
+}
+
+}  // namespace
+
+void RegisterBlendBenchmarks() {
+    std::set<std::string> copies;
+    for (const BlendCase& c : BlendCases()) {
+        Register("Blend/" + c.Name(), RunLibrary, c);
+        Register("Scalar/" + c.Name(), RunScalar, c);
+        if (HasPixmanPeer(c)) Register("Pixman/" + c.Name(), RunPixman, c);
+        BlendCase copied = c;
+        copied.source = c.destination;
+        const std::string copy =
+            "Memcpy/" + std::to_string(BitsPerPixel(c.destination)) + "bit/" + std::to_string(c.size);
+        if (copies.insert(copy).second) Register(copy, RunMemcpy, copied);
+    }
+}
+
+}  // namespace vantu::bench

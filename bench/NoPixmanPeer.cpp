@@ -1,0 +1,13 @@
+#include "PixmanPeer.h"
+
+namespace vantu::bench {
+
+bool HasPixmanPeer(const BlendCase& /*blendCase*/) {
+    return false;
+}
+
+std::function<void()> MakePixmanPainter(const BlendCase& /*blendCase*/, const BlendScene& /*scene*/) {
+    return {};
+}
+
+}  // namespace vantu::bench
