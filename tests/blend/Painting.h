@@ -143,10 +143,11 @@ void PaintModel(const Call& call, const DynamicAccessor& source, Target target, 
         readable = std::as_const(*call.mask).GetPixelData() != nullptr && (stencil || call.transfer);
         if (readable) maskColors = MakeConstAccessor(*call.mask);
     }
-    for (const auto [x0, y0, x1, y1] : call.coverage->GetRanges()) {
+    for (const Range<int, 2>& range : call.coverage->GetRanges()) {
+        const int x0 = range.x0, y0 = range.y0, x1 = range.x1, y1 = range.y1;
         const bool meet =
             std::max(x0, mx) < std::min(x1, mx + maskWidth) && std::max(y0, my) < std::min(y1, my + maskHeight);
-        const auto paint = [&, x0 = x0, y0 = y0](int x, int y, bool masked) {
+        const auto paint = [&](int x, int y, bool masked) {
             const int px = x + call.offset.x, py = y + call.offset.y;
             const unsigned int tx = u(meet ? px : x), ty = u(meet ? py : y);
             const unsigned int sx = u(meet ? x : px), sy = u(meet ? y : py);
