@@ -1,8 +1,7 @@
 #include "VectorTarget.h"
 
-// The targets that the library is compiled for.
-#define HWY_WANT_AVX3_DL
-#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)
+#include "pixel/VectorTargets.h"
+
 #include <hwy/highway.h>
 
 #include <cstdint>
