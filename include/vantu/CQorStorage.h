@@ -31,8 +31,8 @@ public:
     virtual unsigned int Read(unsigned char& value);
     /// Takes 8 bytes. @return 8, or 0 if fewer are left, with `value` untouched and nothing taken.
     virtual unsigned int Read(double& value);
-    /// Takes a length and that many bytes. @return 4 plus the length; where fewer bytes are left than the length
-    /// says, `text` gets those and the count says so; with fewer than 4 bytes left 0, and `text` is untouched.
+    /// Takes a length and that many bytes. @return 4 plus the length; where fewer bytes are left than the length says,
+    /// `text` gets those and the count is their number alone; with fewer than 4 bytes left 0, and `text` is untouched.
     virtual unsigned int Read(std::string& text);
 
     /// All bytes written so far, those already read included.
