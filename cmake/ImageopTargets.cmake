@@ -4,7 +4,8 @@ function(imageop_compile_options target)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF POSITION_INDEPENDENT_CODE ON)
     # Double results are specified operation by operation, so no multiply and add may be fused.
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -ffp-contract=off
-        $<$<BOOL:${IMAGEOP_WARNINGS_AS_ERRORS}>:-Werror>)
+        $<$<BOOL:${IMAGEOP_WARNINGS_AS_ERRORS}>:-Werror>
+        $<$<BOOL:${IMAGEOP_BUILD_FUZZ}>:-fsanitize=fuzzer-no-link>)
 endfunction()
 
 # imageop_library(<name> SOURCES...): the target imageop_<name>, known as imageop::<name>, with the public headers.
