@@ -17,7 +17,10 @@ function(imageop_library name)
     endif()
     add_library(${target} ${ARGN})
     add_library(imageop::${name} ALIAS ${target})
-    set_target_properties(${target} PROPERTIES EXPORT_NAME ${name})
+    set_target_properties(${target} PROPERTIES
+        EXPORT_NAME ${name}
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON)
     imageop_compile_options(${target})
     target_include_directories(${target} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>

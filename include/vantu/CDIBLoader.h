@@ -1,5 +1,6 @@
 #pragma once
 
+#include <vantu/Export.h>
 #include <vantu/IGraphicsFactory.h>
 
 #include <memory>
@@ -14,7 +15,7 @@ namespace vantu {
 /// it is always bottom-up. Rows are read in one run at the file's stride, so a factory's image needs alignment 4; what
 /// a shorter block cannot take is left out. A file that ends early leaves the rest of the block as the image was born.
 /// Separate calls on separate files may run on different threads.
-class CDIBLoader {
+class VANTU_API CDIBLoader {
 public:
     /// @param factory makes the images; null for `CQorImage`. Not owned.
     explicit CDIBLoader(IGraphicsFactory* factory = nullptr) : factory_(factory) {}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <vantu/Export.h>
 #include <vantu/IQorImage.h>
 
 #include <string>
@@ -11,7 +12,7 @@ namespace vantu {
 /// The header says the bits per pixel and nothing else of the format; other readers take 16 bits as 5-5-5. Palette
 /// alpha is lost. Rows go out at the image's own stride, so an alignment other than 4 gives a file that readers
 /// misread unless the rows happen to be whole 4-byte words. No state.
-class CDIBSaver {
+class VANTU_API CDIBSaver {
 public:
     /// Creates or empties the file. @return false if it cannot be opened.
     bool Save(const IQorImage& image, const std::string& path) const;

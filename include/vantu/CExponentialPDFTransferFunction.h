@@ -1,11 +1,12 @@
 #pragma once
 
+#include <vantu/Export.h>
 #include <vantu/IPDFTransferFunction.h>
 
 namespace vantu {
 
 /// The opacity is pow(x, N) * (C1 - C0) + C0 (ISO 32000-2, 7.10.3), not clamped.
-class CExponentialPDFTransferFunction : public IPDFTransferFunction {
+class VANTU_API CExponentialPDFTransferFunction : public IPDFTransferFunction {
 public:
     /// @param c0 the opacity at x = 0, @param c1 at x = 1, @param n the exponent.
     CExponentialPDFTransferFunction(SourceType source, double c0, double c1, double n);

@@ -1,11 +1,12 @@
 #pragma once
 
+#include <vantu/Export.h>
 #include <vantu/IPDFTransferFunction.h>
 
 namespace vantu {
 
 /// The opacity is the source value x itself.
-class CIdentityPDFTransferFunction : public IPDFTransferFunction {
+class VANTU_API CIdentityPDFTransferFunction : public IPDFTransferFunction {
 public:
     explicit CIdentityPDFTransferFunction(SourceType source);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <vantu/Export.h>
 #include <vantu/IGraphicsFactory.h>
 
 #include <memory>
@@ -11,7 +12,7 @@ namespace vantu {
 ///
 /// A file that ends early gives an image whose missing rows are as the decoder fills them. Separate calls on separate
 /// files may run on different threads.
-class CJPEGLoader {
+class VANTU_API CJPEGLoader {
 public:
     /// @param factory makes the images; null for `CQorImage`. Not owned.
     explicit CJPEGLoader(IGraphicsFactory* factory = nullptr) : factory_(factory) {}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <vantu/Export.h>
 #include <vantu/IGraphicsFactory.h>
 
 #include <memory>
@@ -17,7 +18,7 @@ namespace vantu {
 /// its head to everything that honours the flag. `ImageUtil::Flip(image, false, true, ...)` puts it upright.
 ///
 /// Separate calls on separate files may run on different threads.
-class CPNGLoader {
+class VANTU_API CPNGLoader {
 public:
     /// @param factory makes the images; null for `CQorImage`. Not owned.
     explicit CPNGLoader(IGraphicsFactory* factory = nullptr) : factory_(factory) {}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <vantu/Export.h>
 #include <vantu/IPDFTransferFunction.h>
 
 #include <memory>
@@ -11,7 +12,7 @@ struct CPostscriptFunction;
 
 /// The opacity by a PostScript calculator text (ISO 32000-2, 7.10.5) of exactly one shape, `{ c exch sub }`, which
 /// gives c - x. Every other text gives x; that is no error.
-class CPostscriptPDFTransferFunction : public IPDFTransferFunction {
+class VANTU_API CPostscriptPDFTransferFunction : public IPDFTransferFunction {
 public:
     CPostscriptPDFTransferFunction(SourceType source, const std::string& code);
     CPostscriptPDFTransferFunction(const CPostscriptPDFTransferFunction& other);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <vantu/Export.h>
 #include <vantu/IQorImage.h>
 
 #include <cstddef>
@@ -11,7 +12,7 @@ namespace vantu {
 ///
 /// Images of 1, 4 and 8 bits are born with an opaque grey ramp of 2, 16 and 256 entries as palette, the others
 /// with none. No lock: one thread at a time, unless all of them only read.
-class CQorImage : public IQorImage {
+class VANTU_API CQorImage : public IQorImage {
 public:
     /// Allocates `RowStride(width, format, alignment) * height` zeroed bytes.
     ///

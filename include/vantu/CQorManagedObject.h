@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vantu/Export.h>
+
 #include <memory>
 
 namespace vantu {
@@ -11,7 +13,7 @@ class IQorMemoryManager;
 ///
 /// The library never calls these operations; they lead the virtual table that `IQorImage` extends, so their
 /// order is part of the contract.
-class CQorManagedObject {
+class VANTU_API CQorManagedObject {
 public:
     virtual ~CQorManagedObject() = default;
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vantu/Export.h>
+
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -11,7 +13,7 @@ namespace vantu {
 /// Numbers are little-endian; a byte string is preceded by its length in 4 bytes. Every operation returns the
 /// number of bytes it moved, 0 for none. All are virtual, so that a host may keep the bytes elsewhere. One
 /// thread at a time.
-class CQorStorage {
+class VANTU_API CQorStorage {
 public:
     CQorStorage() = default;
     /// A store that holds `bytes`, ready to be read.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vantu/Color.h>
+#include <vantu/Export.h>
 
 #include <vector>
 
@@ -9,7 +10,7 @@ namespace vantu {
 /// A palette: a fixed number of colours, addressed by the indices of a 1-, 4- or 8-bit image.
 ///
 /// Const operations may run on any number of threads at once; a writer needs the map to itself.
-class ColorMap {
+class VANTU_API ColorMap {
 public:
     /// @param size number of entries; all start opaque black.
     explicit ColorMap(unsigned int size);

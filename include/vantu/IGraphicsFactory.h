@@ -1,5 +1,6 @@
 #pragma once
 
+#include <vantu/Export.h>
 #include <vantu/IQorImage.h>
 
 #include <memory>
@@ -9,7 +10,7 @@ namespace vantu {
 /// The host's image factory. A host overrides `CreateImage`; the library calls nothing else.
 ///
 /// The library holds a factory only as a raw pointer that may be null; it must outlive the call it is given to.
-class IGraphicsFactory {
+class VANTU_API IGraphicsFactory {
 public:
     virtual ~IGraphicsFactory() = default;
 

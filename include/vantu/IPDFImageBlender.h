@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vantu/BlendMode.h>
+#include <vantu/Export.h>
 #include <vantu/Geometry.h>
 #include <vantu/IPDFTransferFunction.h>
 #include <vantu/IQorImage.h>
@@ -17,10 +18,10 @@ namespace vantu {
 /// CPU. A blender is used by one thread at a time; distinct blenders share nothing. Images handed in must stay
 /// alive and unmoved during the call. Ranges are never clipped: the caller keeps every position that a call reads
 /// or writes inside the images.
-class IPDFImageBlender {
+class VANTU_API IPDFImageBlender {
 public:
     /// A list of rectangles in destination pixels that says where a `Blend` paints. One thread at a time.
-    class Coverage {
+    class VANTU_API Coverage {
     public:
         virtual ~Coverage() = default;
 

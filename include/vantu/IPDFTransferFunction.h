@@ -2,6 +2,7 @@
 
 #include <vantu/CQorStorage.h>
 #include <vantu/Color.h>
+#include <vantu/Export.h>
 
 #include <memory>
 
@@ -12,7 +13,7 @@ namespace vantu {
 /// The source value x of a colour is A / 255 or ((R * 0.3 + G * 0.59) + B * 0.11) / 255, in double precision. Results
 /// are not clamped. `ComputeAlpha` may run on any number of threads at once; `Restore` and assignment need the
 /// object to themselves.
-class IPDFTransferFunction {
+class VANTU_API IPDFTransferFunction {
 public:
     /// What is taken from the colour. Persisted in one bit.
     enum class SourceType : unsigned int {

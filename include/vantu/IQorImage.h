@@ -2,6 +2,7 @@
 
 #include <vantu/CQorManagedObject.h>
 #include <vantu/ColorMap.h>
+#include <vantu/Export.h>
 
 namespace vantu {
 
@@ -11,7 +12,7 @@ namespace vantu {
 /// bottom-up image and the visually highest of a top-down one. Size, format, alignment and row order never
 /// change during an image's life. The library asks for them anew at each operation and takes no lock: an image
 /// is used by one thread at a time, unless all of them only read.
-class IQorImage : public CQorManagedObject {
+class VANTU_API IQorImage : public CQorManagedObject {
 public:
     /// Memory layout of a pixel. Colour bytes of formats 7 and 8 are premultiplied by alpha.
     enum class PixelFormat : unsigned int {

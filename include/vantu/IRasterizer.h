@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vantu/Color.h>
+#include <vantu/Export.h>
 
 #include <memory>
 
@@ -18,7 +19,7 @@ struct RasterSurface {
 };
 
 /// The host's rasterizer. A blender asks it for its surface once, when it is created without an image.
-class IRasterizer {
+class VANTU_API IRasterizer {
 public:
     virtual ~IRasterizer() = default;
 

@@ -2,6 +2,7 @@
 
 #include <vantu/Color.h>
 #include <vantu/ColorMap.h>
+#include <vantu/Export.h>
 #include <vantu/Geometry.h>
 #include <vantu/IGraphicsFactory.h>
 #include <vantu/IQorImage.h>
@@ -19,7 +20,7 @@ namespace vantu::ImageUtil {
 /// `Index8` without a palette is filled with zero bytes.
 /// @return false, with nothing touched, for an image with a palette, for `Index1` and `Index4` unless the rectangle
 ///         holds no whole byte, and for an image without memory unless the rectangle is empty.
-bool Clear(IQorImage& image, const Color& color, const Range<int, 2>& range);
+VANTU_API bool Clear(IQorImage& image, const Color& color, const Range<int, 2>& range);
 
 /// Fills a rectangle with a raw pixel value, most significant byte first in memory (so not the order of a colour).
 ///
@@ -27,18 +28,18 @@ bool Clear(IQorImage& image, const Color& color, const Range<int, 2>& range);
 /// @return false, with nothing touched, for a format of no depth, an image without memory unless the rectangle is
 ///         empty, and a rectangle of 1- or 4-bit pixels that starts and ends inside one byte with bits left over on
 ///         both sides.
-bool ClearIndex(IQorImage& image, unsigned int index, const Range<int, 2>& range);
+VANTU_API bool ClearIndex(IQorImage& image, unsigned int index, const Range<int, 2>& range);
 
 /// Sets the alpha of every pixel of a rectangle and leaves the colour bytes as they are, premultiplied or not.
 ///
 /// A range with x0 above x1 means the whole image.
 /// @return false, with nothing touched, for a format without alpha, and for an image without memory unless the
 ///         rectangle is empty.
-bool ClearPixelAlpha(IQorImage& image, unsigned char alpha, const Range<int, 2>& range);
+VANTU_API bool ClearPixelAlpha(IQorImage& image, unsigned char alpha, const Range<int, 2>& range);
 
 /// Sets the alpha of every entry; of a palette of 65,536 entries or more, of as many as the low 16 bits of its size.
 /// @return true.
-bool ClearPaletteAlpha(ColorMap& palette, unsigned char alpha);
+VANTU_API bool ClearPaletteAlpha(ColorMap& palette, unsigned char alpha);
 
 /// A new image with the size, format, row order and pixel bytes of `image`; its palette is the one it is born with.
 ///
@@ -47,7 +48,8 @@ bool ClearPaletteAlpha(ColorMap& palette, unsigned char alpha);
 /// @param factory makes the image; null for a `CQorImage` of the source's alignment.
 /// @param memory handed to the factory.
 /// @return empty if no image could be made, or if one of the two has pixels to copy but no memory.
-[[nodiscard]] std::shared_ptr<IQorImage> Clone(const IQorImage& image, IGraphicsFactory* factory, void** memory);
+VANTU_API [[nodiscard]] std::shared_ptr<IQorImage> Clone(const IQorImage& image, IGraphicsFactory* factory,
+                                                         void** memory);
 
 /// Copies a rectangle of `source` to `targetPoint` of `target`, row by row from the top left, pixel by pixel.
 ///
@@ -58,8 +60,8 @@ bool ClearPaletteAlpha(ColorMap& palette, unsigned char alpha);
 /// @return false, with nothing written, for a format that is none, for colours into an image with a palette, and for
 ///         1- or 4-bit images of one format where one has no palette or an image without memory, unless the rectangle
 ///         is empty.
-bool Copy(const IQorImage& source, const Range<int, 2>& sourceRange, IQorImage& target,
-          const Point<int, 2>& targetPoint);
+VANTU_API bool Copy(const IQorImage& source, const Range<int, 2>& sourceRange, IQorImage& target,
+                    const Point<int, 2>& targetPoint);
 
 /// A mirrored image: `horizontal` swaps left and right, `vertical` top and bottom; both are a half turn.
 ///
@@ -68,8 +70,8 @@ bool Copy(const IQorImage& source, const Range<int, 2>& sourceRange, IQorImage& 
 /// behind the last byte of the block). Bytes between rows are not written.
 /// @return the new image with the source's format and row order, or empty if none could be made or one of the two has
 ///         no memory.
-[[nodiscard]] std::shared_ptr<IQorImage> Flip(const IQorImage& image, bool horizontal, bool vertical,
-                                              IGraphicsFactory* factory, void** memory);
+VANTU_API [[nodiscard]] std::shared_ptr<IQorImage> Flip(const IQorImage& image, bool horizontal, bool vertical,
+                                                        IGraphicsFactory* factory, void** memory);
 
 /// An image turned by quarter turns, counter-clockwise for positive counts; 0 is `Clone`.
 ///
@@ -78,7 +80,7 @@ bool Copy(const IQorImage& source, const Range<int, 2>& sourceRange, IQorImage& 
 /// fits into its block.
 /// @return the new image with the source's format and row order, or empty if none could be made or one of the two has
 ///         no memory.
-[[nodiscard]] std::shared_ptr<IQorImage> Rotate(const IQorImage& image, int quarterTurns, IGraphicsFactory* factory,
-                                                void** memory);
+VANTU_API [[nodiscard]] std::shared_ptr<IQorImage> Rotate(const IQorImage& image, int quarterTurns,
+                                                          IGraphicsFactory* factory, void** memory);
 
 }  // namespace vantu::ImageUtil

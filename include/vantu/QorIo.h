@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vantu/Export.h>
+
 #include <string>
 
 namespace vantu {
@@ -11,27 +13,27 @@ inline constexpr int QOR_OPEN_READ = 0;
 inline constexpr int QOR_OPEN_CREATE = 0x101;
 
 /// Opens a file. @return non-zero and the descriptor in `*fd`, or 0 with `*fd` untouched.
-int QorOpenFile(const std::string& path, int* fd, int flags);
+VANTU_API int QorOpenFile(const std::string& path, int* fd, int flags);
 /// The same by a wide path.
-int QorOpenFileW(const std::wstring& path, int* fd, int flags);
+VANTU_API int QorOpenFileW(const std::wstring& path, int* fd, int flags);
 /// Reads up to `size` bytes. @return the number read, less than `size` only at the end or after an error.
-unsigned int QorReadFile(void* buffer, unsigned int size, int fd);
+VANTU_API unsigned int QorReadFile(void* buffer, unsigned int size, int fd);
 /// Moves the file position: origin 0 counts from the start, 1 from the current position, 2 from
 /// the end. @return the resulting absolute position, or -1.
-long long QorSeekFile(int fd, long long offset, int origin);
+VANTU_API long long QorSeekFile(int fd, long long offset, int origin);
 /// Closes a descriptor. @return non-zero on success.
-int QorCloseFile(int fd);
+VANTU_API int QorCloseFile(int fd);
 
 /// Writes `size` bytes. @return the number written, less than `size` only after an error.
-unsigned int QorWriteFile(const void* buffer, unsigned int size, int fd);
+VANTU_API unsigned int QorWriteFile(const void* buffer, unsigned int size, int fd);
 /// Writes a 16-bit value in little-endian order. @return the number of bytes written.
-unsigned int QorWriteIntelInt(int fd, unsigned short value);
+VANTU_API unsigned int QorWriteIntelInt(int fd, unsigned short value);
 /// Writes a 32-bit value in little-endian order. @return the number of bytes written.
-unsigned int QorWriteIntelLong(int fd, unsigned int value);
+VANTU_API unsigned int QorWriteIntelLong(int fd, unsigned int value);
 /// Writes a record of `size` bytes field by field in little-endian order.
 ///
 /// @param format comma-separated groups: `P1` fields packed without gaps, `I<n>` n 16-bit fields, `L<n>` n 32-bit
 /// fields, for example "P1,L3,I2,L6". @return the number of bytes written, 0 if the format does not fit `size`.
-unsigned int QorWriteIntelStruct(int fd, const void* record, unsigned int size, const char* format);
+VANTU_API unsigned int QorWriteIntelStruct(int fd, const void* record, unsigned int size, const char* format);
 
 }  // namespace vantu

@@ -15,6 +15,7 @@
 #include <vantu/CQorStorage.h>
 #include <vantu/Color.h>
 #include <vantu/ColorMap.h>
+#include <vantu/Export.h>
 #include <vantu/Geometry.h>
 #include <vantu/IGraphicsFactory.h>
 #include <vantu/IPDFImageBlender.h>
