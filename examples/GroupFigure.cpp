@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <stdexcept>
 
 #include "Pictures.h"
 
@@ -11,15 +10,6 @@ namespace examples {
 using namespace vantu;
 
 namespace {
-
-// The hues from red to magenta, mixed with a third of white: channel = 1/3 + 2/3 * clamp(|(h + o) mod 6 - 3| - 1).
-Color Rainbow(double position) {
-    const auto channel = [hue = 5 * position](double origin) {
-        const double pure = std::clamp(std::abs(std::fmod(hue + origin, 6.0) - 3) - 1, 0.0, 1.0);
-        return static_cast<unsigned int>(std::lround(255 * (1 + 2 * pure) / 3));
-    };
-    return Color(ARGB_BLACK | channel(0) << 16 | channel(4) << 8 | channel(2));
-}
 
 void PaintGroup(IPDFImageBlender& blender, const IQorImage& figure, const FigureSize& size, std::size_t number) {
     const GroupKind kind = kGroupKinds[number];
@@ -31,10 +21,19 @@ void PaintGroup(IPDFImageBlender& blender, const IQorImage& figure, const Figure
     for (const Point<int, 2>& middle : size.Discs())
         PaintEllipse(blender, kDiscColor, middle, {size.radius, size.radius}, BlendMode::Multiply);
     blender.EndGroup();
-    Paint(blender, group, cell, {-cell.x0, -cell.y0}, 255, BlendMode::Normal);
+    PaintAt(blender, group, {cell.x0, cell.y0}, 255, BlendMode::Normal);
 }
 
 }  // namespace
+
+// channel = 1/3 + 2/3 * clamp(|(h + o) mod 6 - 3| - 1).
+Color Rainbow(double position) {
+    const auto channel = [hue = 5 * position](double origin) {
+        const double pure = std::clamp(std::abs(std::fmod(hue + origin, 6.0) - 3) - 1, 0.0, 1.0);
+        return static_cast<unsigned int>(std::lround(255 * (1 + 2 * pure) / 3));
+    };
+    return Color(ARGB_BLACK | channel(0) << 16 | channel(4) << 8 | channel(2));
+}
 
 Range<int, 2> FigureSize::CellOf(std::size_t kind) const {
     const int x = gap + static_cast<int>(kind % 2) * (cell + gap);
@@ -49,9 +48,7 @@ std::array<Point<int, 2>, 4> FigureSize::Discs() const {
 }
 
 std::shared_ptr<CQorImage> MakeGradients(const FigureSize& size) {
-    const auto side = static_cast<unsigned int>(size.Side());
-    auto figure = std::make_shared<CQorImage>(side, side, PixelFormat::Bgr24, 4, true);
-    ImageUtil::Clear(*figure, 0xFFFFFFFF, {0, 0, size.Side(), size.Side()});
+    auto figure = MakeSheet(size.Side(), size.Side(), 0xFFFFFFFF);
     for (std::size_t number = 0; number < kGroupKinds.size(); ++number) {
         const Range<int, 2> cell = size.CellOf(number);
         for (int x = cell.x0; x < cell.x1; ++x)
@@ -75,24 +72,13 @@ std::shared_ptr<CQorImage> MakeGroupImage(const IQorImage& parent, const Range<i
 
 void PaintEllipse(IPDFImageBlender& blender, const Color& color, const Point<int, 2>& middle,
                   const Point<int, 2>& radii, BlendMode mode) {
-    const auto width = static_cast<unsigned int>(2 * radii.x);
-    const auto row = std::make_shared<CQorImage>(width, 1, PixelFormat::Bgr24, 4, true);
-    ImageUtil::Clear(*row, color, {0, 0, 2 * radii.x, 1});
+    const auto row = MakeSheet(2 * radii.x, 1, color);
     for (int y = -radii.y; y < radii.y; ++y) {
         const double height = (y + 0.5) / radii.y;
         const int half = static_cast<int>(std::lround(radii.x * std::sqrt(1 - height * height)));
         Paint(blender, row, {middle.x - half, middle.y + y, middle.x + half, middle.y + y + 1},
               {radii.x - middle.x, -middle.y - y}, 255, mode);
     }
-}
-
-void Paint(IPDFImageBlender& blender, const std::shared_ptr<IQorImage>& source, const Range<int, 2>& range,
-           const Point<int, 2>& offset, unsigned char alpha, BlendMode mode) {
-    const auto coverage = IPDFImageBlender::CreateCoverage();
-    coverage->AddRange(range);
-    auto painted = IPDFImageBlender::CreateCoverage();
-    if (!blender.Blend(source, coverage, offset, nullptr, nullptr, {0, 0}, alpha, mode, painted))
-        throw std::runtime_error("the blender refused a picture");
 }
 
 }  // namespace examples

@@ -35,6 +35,9 @@ struct FigureSize {
 
 inline constexpr vantu::Color kDiscColor{0xFFBFBFBF};
 
+/// The hues from red (0) to magenta (1), mixed with a third of white.
+[[nodiscard]] vantu::Color Rainbow(double position);
+
 /// White paper with four gradients, `Bgr24`, bottom-up, rows aligned to 4 bytes.
 [[nodiscard]] std::shared_ptr<vantu::CQorImage> MakeGradients(const FigureSize& size);
 
@@ -50,10 +53,5 @@ void PaintGroups(const std::shared_ptr<vantu::IQorImage>& figure, const FigureSi
 /// a knockout group. The image painted on must contain the ellipse.
 void PaintEllipse(vantu::IPDFImageBlender& blender, const vantu::Color& color, const vantu::Point<int, 2>& middle,
                   const vantu::Point<int, 2>& radii, vantu::BlendMode mode);
-
-/// One range of a source, painted. @throws std::runtime_error if the blender refuses.
-void Paint(vantu::IPDFImageBlender& blender, const std::shared_ptr<vantu::IQorImage>& source,
-           const vantu::Range<int, 2>& range, const vantu::Point<int, 2>& offset, unsigned char alpha,
-           vantu::BlendMode mode);
 
 }  // namespace examples

@@ -24,16 +24,27 @@ constexpr Range<int, 2> kWholeImage{1, 0, 0, 0};
     throw std::runtime_error("cannot read " + path + ": " + why);
 }
 
-unsigned char* Row(IQorImage& image, unsigned int memoryRow) {
-    return image.GetPixelData() +
-           std::size_t{memoryRow} * RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment());
+// Where a row, counted from the top of the picture, lies in the block.
+std::size_t OffsetOf(const IQorImage& image, unsigned int row) {
+    const std::size_t memoryRow = image.IsBottomUp() ? image.GetHeight() - 1 - row : row;
+    return memoryRow * RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment());
+}
+
+void Blend(IPDFImageBlender& blender, const Image& source, const Range<int, 2>& range, const Point<int, 2>& offset,
+           const Image& mask, const std::shared_ptr<IPDFTransferFunction>& transfer, unsigned char alpha,
+           BlendMode mode) {
+    const auto coverage = IPDFImageBlender::CreateCoverage();
+    coverage->AddRange(range);
+    auto painted = IPDFImageBlender::CreateCoverage();
+    if (!blender.Blend(source, coverage, offset, mask, transfer, {0, 0}, alpha, mode, painted))
+        throw std::runtime_error("the blender refused a picture");
 }
 
 // Calls change(pixel) with the four bytes of each pixel.
 template <typename Change>
 void ForEachPixel32(IQorImage& image, Change change) {
     for (unsigned int y = 0; y < image.GetHeight(); ++y) {
-        unsigned char* const row = Row(image, y);
+        unsigned char* const row = RowOf(image, y);
         for (std::size_t x = 0; x < image.GetWidth(); ++x) change(row + 4 * x);
     }
 }
@@ -133,15 +144,62 @@ std::vector<Taps> MakeTaps(unsigned int sourceSize, unsigned int targetSize, dou
     return taps;
 }
 
-unsigned int MemoryRow(const IQorImage& image, unsigned int visualRow) {
-    return image.IsBottomUp() ? image.GetHeight() - 1 - visualRow : visualRow;
-}
-
 }  // namespace
 
 std::shared_ptr<IPDFImageBlender> MakeBlender(const std::shared_ptr<IQorImage>& image) {
     std::shared_ptr<IRasterizer> rasterizer = std::make_shared<NoSurface>();
     return IPDFImageBlender::Create(rasterizer, image);
+}
+
+std::shared_ptr<CQorImage> MakeSheet(int width, int height, const Color& color) {
+    auto sheet = std::make_shared<CQorImage>(static_cast<unsigned int>(width), static_cast<unsigned int>(height),
+                                             PixelFormat::Bgr24, 4, true);
+    ImageUtil::Clear(*sheet, color, {0, 0, width, height});
+    return sheet;
+}
+
+void Paint(IPDFImageBlender& blender, const Image& source, const Range<int, 2>& range, const Point<int, 2>& offset,
+           unsigned char alpha, BlendMode mode) {
+    Blend(blender, source, range, offset, nullptr, nullptr, alpha, mode);
+}
+
+void PaintAt(IPDFImageBlender& blender, const Image& source, const Point<int, 2>& corner, unsigned char alpha,
+             BlendMode mode) {
+    const int right = corner.x + static_cast<int>(source->GetWidth());
+    const int bottom = corner.y + static_cast<int>(source->GetHeight());
+    Paint(blender, source, {corner.x, corner.y, right, bottom}, {-corner.x, -corner.y}, alpha, mode);
+}
+
+void PaintThrough(IPDFImageBlender& blender, const Image& source, const Image& mask,
+                  const std::shared_ptr<IPDFTransferFunction>& transfer, const Point<int, 2>& corner,
+                  unsigned char alpha, BlendMode mode) {
+    const Range<int, 2> whole{0, 0, static_cast<int>(mask->GetWidth()), static_cast<int>(mask->GetHeight())};
+    Blend(blender, source, whole, corner, mask, transfer, alpha, mode);
+}
+
+unsigned char* RowOf(IQorImage& image, unsigned int row) {
+    return image.GetPixelData() + OffsetOf(image, row);
+}
+
+const unsigned char* RowOf(const IQorImage& image, unsigned int row) {
+    return image.GetPixelData() + OffsetOf(image, row);
+}
+
+std::shared_ptr<CQorImage> MakeStencil(const IQorImage& picture) {
+    auto stencil = std::make_shared<CQorImage>(picture.GetWidth(), picture.GetHeight(), PixelFormat::Index1, 4, true);
+    for (unsigned int y = 0; y < picture.GetHeight(); ++y) {
+        const unsigned char* color = RowOf(picture, y);
+        unsigned char* const bits = RowOf(*stencil, y);
+        for (unsigned int x = 0; x < picture.GetWidth(); ++x, color += 3) {
+            const bool light = color[0] + color[1] + color[2] > 3 * 127;
+            if (light) bits[x / 8] = static_cast<unsigned char>(bits[x / 8] | (0x80 >> (x % 8)));
+        }
+    }
+    return stencil;
+}
+
+void Save(const IQorImage& image, const std::string& path) {
+    if (!CDIBSaver().Save(image, path)) throw std::runtime_error("cannot write " + path);
 }
 
 std::shared_ptr<IQorImage> ReadPicture(const std::string& path) {
@@ -161,16 +219,14 @@ std::shared_ptr<CQorImage> Fit(const IQorImage& picture, unsigned int width, uns
     const double step = framing == Framing::Fill ? filling : whole;
     const std::vector<Taps> columns = MakeTaps(picture.GetWidth(), width, step);
     const std::vector<Taps> rows = MakeTaps(picture.GetHeight(), height, step);
-    const std::size_t stride = RowStride(picture.GetWidth(), format, picture.GetAlignment());
 
     auto fitted = std::make_shared<CQorImage>(width, height, format, 4, true);
     for (unsigned int y = 0; y < height; ++y) {
-        unsigned char* const target = Row(*fitted, MemoryRow(*fitted, y));
+        unsigned char* const target = RowOf(*fitted, y);
         for (unsigned int x = 0; x < width; ++x) {
             std::array<double, 4> mixed{};
             for (unsigned int j = 0; j < rows[y].weights.size(); ++j) {
-                const unsigned char* pixel = picture.GetPixelData() + MemoryRow(picture, rows[y].first + j) * stride +
-                                             columns[x].first * channels;
+                const unsigned char* pixel = RowOf(picture, rows[y].first + j) + columns[x].first * channels;
                 for (const double weight : columns[x].weights) {
                     for (std::size_t c = 0; c < channels; ++c) mixed[c] += rows[y].weights[j] * weight * *pixel++;
                 }
