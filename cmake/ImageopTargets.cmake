@@ -19,10 +19,18 @@ function(imageop_library name)
     add_library(imageop::${name} ALIAS ${target})
     set_target_properties(${target} PROPERTIES
         EXPORT_NAME ${name}
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR}
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
     imageop_compile_options(${target})
     target_include_directories(${target} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "SHARED_LIBRARY" AND UNIX AND NOT APPLE)
+        target_link_options(${target} PRIVATE
+            LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/shown-symbols.map)
+        set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/shown-symbols.map)
+    endif()
 endfunction()
