@@ -8,8 +8,10 @@ namespace vantu {
 /// The opacity is the source value x itself.
 class VANTU_API CIdentityPDFTransferFunction : public IPDFTransferFunction {
 public:
+    /// @param source what x is taken from.
     explicit CIdentityPDFTransferFunction(SourceType source);
 
+    /// @return `Type::Identity`.
     [[nodiscard]] Type GetType() const override;
     [[nodiscard]] double ComputeAlpha(const Color& color) const override;
     /// Writes nothing. @return 0.

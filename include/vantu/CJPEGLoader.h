@@ -14,22 +14,40 @@ namespace vantu {
 /// files may run on different threads.
 class VANTU_API CJPEGLoader {
 public:
-    /// @param factory makes the images; null for `CQorImage`. Not owned.
+    /// @param factory makes the images; null for `CQorImage`. Not owned: it must outlive the loader's calls.
     explicit CJPEGLoader(IGraphicsFactory* factory = nullptr) : factory_(factory) {}
 
-    /// Reads the header only. @param width, height in pixels, @param format always `Bgr24`, also for files that `Load`
-    /// refuses. @return false if the header cannot be read; the arguments are then untouched.
+    /// Reads the header only.
+    /// @param path handed to `QorOpenFile` or `QorOpenFileW`.
+    /// @param[out] width, height in pixels.
+    /// @param[out] format always `Bgr24`, also for files that `Load` refuses.
+    /// @return false if the file cannot be opened or its header not be read; the arguments are then untouched.
+    /// @{
     [[nodiscard]] bool GetImageSize(const std::string& path, unsigned int& width, unsigned int& height,
                                     IQorImage::PixelFormat& format) const;
     [[nodiscard]] bool GetImageSize(const std::wstring& path, unsigned int& width, unsigned int& height,
                                     IQorImage::PixelFormat& format) const;
+    /// @}
+    /// The same from an open file at its position; the file stays open and its position moves.
+    /// @param fd descriptor of the file.
+    /// @param[out] width, height, format as above.
+    /// @return as above.
     [[nodiscard]] bool GetImageSize(int fd, unsigned int& width, unsigned int& height,
                                     IQorImage::PixelFormat& format) const;
 
-    /// @param memory handed to the factory. @return the image, or empty on any refusal.
+    /// Reads a file.
+    /// @param path handed to `QorOpenFile` or `QorOpenFileW`.
+    /// @param memory handed to the factory as it is; without a factory not looked at.
+    /// @return the image, owned by the caller, or empty if the file cannot be opened or is refused. No message.
+    /// @throws std::bad_alloc if memory runs out.
+    /// @{
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory) const;
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory) const;
+    /// @}
     /// Reads from an open file at its position; the file stays open.
+    /// @param fd descriptor of the file.
+    /// @param memory handed to the factory.
+    /// @return as above.
     [[nodiscard]] std::shared_ptr<IQorImage> Load(int fd, void** memory) const;
 
 private:

@@ -20,13 +20,22 @@ namespace vantu {
 /// Separate calls on separate files may run on different threads.
 class VANTU_API CPNGLoader {
 public:
-    /// @param factory makes the images; null for `CQorImage`. Not owned.
+    /// @param factory makes the images; null for `CQorImage`. Not owned: it must outlive the loader's calls.
     explicit CPNGLoader(IGraphicsFactory* factory = nullptr) : factory_(factory) {}
 
-    /// @param memory handed to the factory. @return the image, or empty on any refusal.
+    /// Reads a file.
+    /// @param path handed to `QorOpenFile` or `QorOpenFileW`.
+    /// @param memory handed to the factory as it is; without a factory not looked at.
+    /// @return the image, owned by the caller, or empty if the file cannot be opened or is refused. No message.
+    /// @throws std::bad_alloc if memory runs out.
+    /// @{
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory) const;
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory) const;
-    /// Reads from an open file at its position; the file stays open. Descriptor -1 is refused.
+    /// @}
+    /// Reads from an open file at its position; the file stays open.
+    /// @param fd descriptor of the file; -1 is refused.
+    /// @param memory handed to the factory.
+    /// @return as above.
     [[nodiscard]] std::shared_ptr<IQorImage> Load(int fd, void** memory) const;
 
 private:

@@ -32,9 +32,12 @@ public:
                             IQorMemoryManager* manager) const = 0;
 
 protected:
+    /// For implementations alone.
+    /// @{
     CQorManagedObject() = default;
     CQorManagedObject(const CQorManagedObject&) = default;
     CQorManagedObject& operator=(const CQorManagedObject&) = default;
+    /// @}
 };
 
 }  // namespace vantu

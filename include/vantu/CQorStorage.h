@@ -15,12 +15,16 @@ namespace vantu {
 /// thread at a time.
 class VANTU_API CQorStorage {
 public:
+    /// An empty store.
     CQorStorage() = default;
     /// A store that holds `bytes`, ready to be read.
     explicit CQorStorage(std::vector<unsigned char> bytes);
     virtual ~CQorStorage() = default;
+    /// Copies the bytes and the reading position.
+    /// @{
     CQorStorage(const CQorStorage&) = default;
     CQorStorage& operator=(const CQorStorage&) = default;
+    /// @}
 
     /// Appends one byte. @return 1.
     virtual unsigned int WriteByte(unsigned char value);

@@ -17,15 +17,21 @@ public:
     /// @param packed the colour as 0xAARRGGBB.
     constexpr Color(unsigned int packed) : packed_(packed) {}  // NOLINT: a packed word is a colour
 
+    /// One component, 0 to 255.
+    /// @{
     [[nodiscard]] constexpr unsigned char GetRed() const { return Byte(16); }
     [[nodiscard]] constexpr unsigned char GetGreen() const { return Byte(8); }
     [[nodiscard]] constexpr unsigned char GetBlue() const { return Byte(0); }
     [[nodiscard]] constexpr unsigned char GetAlpha() const { return Byte(24); }
+    /// @}
 
+    /// Replaces one component, 0 to 255, and leaves the others.
+    /// @{
     constexpr void SetRed(unsigned char red) { SetByte(16, red); }
     constexpr void SetGreen(unsigned char green) { SetByte(8, green); }
     constexpr void SetBlue(unsigned char blue) { SetByte(0, blue); }
     constexpr void SetAlpha(unsigned char alpha) { SetByte(24, alpha); }
+    /// @}
 
 private:
     [[nodiscard]] constexpr unsigned char Byte(unsigned int shift) const {

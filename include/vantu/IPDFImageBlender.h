@@ -15,9 +15,10 @@ namespace vantu {
 /// Paints images under the PDF transparency model (ISO 32000-2, clause 11) onto an image or a raster surface.
 ///
 /// All arithmetic is on 8-bit integers and truncates at fixed places: the same call gives the same bytes on every
-/// CPU. A blender is used by one thread at a time; distinct blenders share nothing. Images handed in must stay
-/// alive and unmoved during the call. Ranges are never clipped: the caller keeps every position that a call reads
-/// or writes inside the images.
+/// CPU. A blender is used by one thread at a time; distinct blenders share nothing, and any number of them may read one
+/// source or mask. Images handed in must stay alive and unmoved during the call. Ranges are never clipped: the caller
+/// keeps every position that a call reads or writes inside the images. A blender that is dropped with groups open drops
+/// them unresolved.
 class VANTU_API IPDFImageBlender {
 public:
     /// A list of rectangles in destination pixels that says where a `Blend` paints. One thread at a time.
@@ -37,9 +38,12 @@ public:
         [[nodiscard]] virtual const std::vector<Range<int, 2>>& GetRanges() const = 0;
     };
 
+    /// For implementations alone.
+    /// @{
     IPDFImageBlender() = default;
     IPDFImageBlender(const IPDFImageBlender&) = default;
     IPDFImageBlender& operator=(const IPDFImageBlender&) = default;
+    /// @}
     virtual ~IPDFImageBlender() = default;
 
     /// Paints `source` through `coverage` onto the top group's image, or else the destination.

@@ -58,11 +58,15 @@ public:
     virtual bool IsBottomUp() const = 0;
 
 protected:
+    /// For implementations alone.
+    /// @{
     IQorImage() = default;
     IQorImage(const IQorImage&) = default;
     IQorImage& operator=(const IQorImage&) = default;
+    /// @}
 };
 
+/// The short name.
 using PixelFormat = IQorImage::PixelFormat;
 
 /// Width of a pixel in bits: 1, 4, 8, 16, 24 or 32; 0 for a value that is no pixel format.

@@ -45,6 +45,7 @@ VANTU_API bool ClearPaletteAlpha(ColorMap& palette, unsigned char alpha);
 ///
 /// Rows are taken from the source at the new image's stride: with a factory that chooses another alignment the rows
 /// come out skewed. Bytes past the end of the source's block come out as 0.
+/// @param image only read.
 /// @param factory makes the image; null for a `CQorImage` of the source's alignment.
 /// @param memory handed to the factory.
 /// @return empty if no image could be made, or if one of the two has pixels to copy but no memory.

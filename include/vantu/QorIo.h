@@ -4,15 +4,22 @@
 
 #include <string>
 
+/// @file
+/// File access of the host system, by descriptor. The library only calls these. None of them reports why it failed; two
+/// threads may work on distinct descriptors at once.
+
 namespace vantu {
 
-/// File access of the host system, by descriptor. The library only calls these.
-
-/// Flags of `QorOpenFile`: 0 opens for reading, 0x101 opens for writing and creates or empties the file.
+/// Flags of `QorOpenFile`: to read a file that exists.
 inline constexpr int QOR_OPEN_READ = 0;
+/// Flags of `QorOpenFile`: to write; creates the file or empties it.
 inline constexpr int QOR_OPEN_CREATE = 0x101;
 
-/// Opens a file. @return non-zero and the descriptor in `*fd`, or 0 with `*fd` untouched.
+/// Opens a file.
+/// @param path of the file.
+/// @param[out] fd the descriptor, to be given to `QorCloseFile`; untouched on failure.
+/// @param flags `QOR_OPEN_READ` or `QOR_OPEN_CREATE`.
+/// @return non-zero on success, 0 on failure.
 VANTU_API int QorOpenFile(const std::string& path, int* fd, int flags);
 /// The same by a wide path.
 VANTU_API int QorOpenFileW(const std::wstring& path, int* fd, int flags);
@@ -30,10 +37,13 @@ VANTU_API unsigned int QorWriteFile(const void* buffer, unsigned int size, int f
 VANTU_API unsigned int QorWriteIntelInt(int fd, unsigned short value);
 /// Writes a 32-bit value in little-endian order. @return the number of bytes written.
 VANTU_API unsigned int QorWriteIntelLong(int fd, unsigned int value);
-/// Writes a record of `size` bytes field by field in little-endian order.
-///
+/// Writes a record field by field in little-endian order.
+/// @param fd descriptor of the file.
+/// @param record the fields in the order of the machine.
+/// @param size of the record in bytes.
 /// @param format comma-separated groups: `P1` fields packed without gaps, `I<n>` n 16-bit fields, `L<n>` n 32-bit
-/// fields, for example "P1,L3,I2,L6". @return the number of bytes written, 0 if the format does not fit `size`.
+///        fields, for example "P1,L3,I2,L6".
+/// @return the number of bytes written, 0 if the format does not fit `size`.
 VANTU_API unsigned int QorWriteIntelStruct(int fd, const void* record, unsigned int size, const char* format);
 
 }  // namespace vantu

@@ -1,6 +1,20 @@
 #pragma once
 
+/// @file
 /// All of the library's public names.
+
+/// @mainpage
+///
+/// Exact PDF transparency compositing, image utilities and codecs. The entries are vantu::IPDFImageBlender,
+/// vantu::IPDFTransferFunction, vantu::ImageUtil, vantu::CDIBLoader, vantu::CDIBSaver, vantu::CPNGLoader and
+/// vantu::CJPEGLoader; the other names are what they are called with, or what a host implements.
+///
+/// Everywhere: positions and sizes count pixels, y from the top of the picture; a byte of opacity or colour is 0 to
+/// 255; a failure is a false or empty result without a message, and exceptions leave only for exhausted memory and a
+/// list that grows too long; an object is used by one thread at a time unless its text says more.
+
+/// @namespace vantu
+/// All public names of the library and of the siblings that it calls.
 
 #include <vantu/BlendMode.h>
 #include <vantu/CDIBLoader.h>
