@@ -34,3 +34,12 @@ function(imageop_library name)
         set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/shown-symbols.map)
     endif()
 endfunction()
+
+# imageop_choose_vectors(<target>): gives a test program the means to run vector code on any instruction set of the build.
+function(imageop_choose_vectors target)
+    target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/VectorTargets.cpp)
+    if(NOT IMAGEOP_SCALAR)
+        target_compile_definitions(${target} PRIVATE IMAGEOP_TEST_VECTORS)
+        target_link_libraries(${target} PRIVATE hwy::hwy)
+    endif()
+endfunction()

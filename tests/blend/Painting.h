@@ -173,18 +173,22 @@ void PaintModel(const Call& call, const DynamicAccessor& source, Target target, 
             }
             if (write) target.Set(tx, ty, cd);
         };
-        const auto inside = [&](int x, int y) {
-            return meet && x >= mx && x < mx + maskWidth && y >= my && y < my + maskHeight;
+        // A range that meets the mask is painted in pieces: above, below, left and right of the mask, then through it.
+        const auto piece = [&](int x, int y) {
+            if (!meet || y < my) return 0;
+            if (y >= my + maskHeight) return 1;
+            return x < mx ? 2 : x >= mx + maskWidth ? 3 : 4;
         };
-        // Unmasked pixels by rows, then masked ones by columns.
-        for (int y = y0; y < y1; ++y) {
-            for (int x = x0; x < x1; ++x) {
-                if (!inside(x, y)) paint(x, y, false);
+        for (int part = 0; part < 4; ++part) {
+            for (int y = y0; y < y1; ++y) {
+                for (int x = x0; x < x1; ++x) {
+                    if (piece(x, y) == part) paint(x, y, false);
+                }
             }
         }
         for (int x = x0; x < x1; ++x) {
             for (int y = y0; y < y1; ++y) {
-                if (inside(x, y)) paint(x, y, true);
+                if (piece(x, y) == 4) paint(x, y, true);
             }
         }
     }
@@ -203,6 +207,17 @@ inline void PaintModel(const Call& call, IQorImage& image, ModelGroup* group = n
                            call.source->GetPixelFormat() == PixelFormat::Bgra32Inverted &&
                            call.mode == BlendMode::Multiply;
     PaintModel(call, *source, Target{*view}, keepClear, group);
+}
+
+/// The model on a surface: the source is seen through its palette.
+inline void PaintModel(const Call& call, TestSurface& surface) {
+    struct Target {
+        void Get(unsigned int x, unsigned int y, Color& out) const { out = At(x, y); }
+        void Set(unsigned int x, unsigned int y, const Color& in) const { At(x, y) = in; }
+        Color& At(unsigned int x, unsigned int y) const { return surface.At(static_cast<int>(x), static_cast<int>(y)); }
+        TestSurface& surface;
+    };
+    PaintModel(call, *MakeConstAccessor(*call.source), Target{surface}, false, nullptr);
 }
 
 }  // namespace vantu::test

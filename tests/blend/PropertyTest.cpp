@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "blend/GroupModel.h"
 #include "blend/Scene.h"
 
 // Random paintings by the blender against the model, byte for byte.
@@ -39,63 +40,19 @@ void ExpectImagePainted(std::uint32_t seed, Scene::Memory memory) {
     }
 }
 
-/// Resolves a group pixel in place: p of the image, b of the snapshot, group alpha a.
-void ResolvePixel(unsigned char* p, const unsigned char* b, std::uint32_t a, bool inverted, bool keep, bool plain) {
-    const auto alpha = [=](unsigned int byte) { return inverted ? 255 - byte : byte; };
-    const auto store = [](unsigned char& byte, std::uint32_t v) { byte = static_cast<unsigned char>(v); };
-    const std::uint32_t pa = alpha(p[3]), ba = alpha(b[3]), a8 = a % 256;
-    for (int c = 0; c < 3; ++c) {
-        if (plain && keep) {
-            store(p[c], ((255 - a8) * b[c] + a8 * p[c]) / 255);
-        } else if (plain) {
-            if (pa == 0) return;
-            store(p[c], p[c] * a / pa);
-        } else if (a == 0) {
-            p[c] = 0;
-        } else if (ba != 0) {
-            if (pa == 0) return;
-            const std::uint32_t n = p[c] * 255U / pa, o = b[c] * 255U / ba;
-            const std::uint32_t t = (n - o) * (ba - a * ba / 255) / a;
-            store(p[c], (n + t) * a / 255);
-        }
-    }
-    store(p[3], plain && keep ? a8 : alpha(a));
-}
-
 void ExpectGroupPainted(std::uint32_t seed, Scene::Memory memory) {
     const Scene painted(seed, memory), model(seed, memory);
-    const bool keep = model.keepBackdrop, plain = model.plainResolve;
-    TestImage& image = *model.destination;
-    const std::unique_ptr<TestImage> snapshot(new TestImage(image.GetShape()));
-    std::copy_n(image.GetPixelData(), snapshot->Bytes().size(), snapshot->GetPixelData());
-    const auto view = MakeConstDirectAccessor(*snapshot, image.GetPixelFormat());
-    const std::size_t pixels = std::size_t{image.GetWidth()} * image.GetHeight();
-    ModelGroup group{*view, model.knockout, image.GetWidth(), std::vector<std::uint32_t>(pixels)};
-    const auto covered = IPDFImageBlender::CreateCoverage();
-
     const auto blender = BlenderOn(nullptr);
-    ASSERT_TRUE(blender->BeginGroup(painted.destination, nullptr, model.knockout, keep, plain));
+    GroupModel group(*model.destination, model.knockout, model.keepBackdrop, model.plainResolve);
+    ASSERT_TRUE(
+        blender->BeginGroup(painted.destination, nullptr, model.knockout, model.keepBackdrop, model.plainResolve));
     for (std::size_t i = 0; i < model.calls.size(); ++i) {
         EXPECT_TRUE(Paint(*blender, painted.calls[i]));
-        PaintModel(model.calls[i], image, &group);
+        group.Paint(model.calls[i]);
         ExpectSame(painted, model, i);
-        covered->AddCoverage(*model.calls[i].coverage);
     }
     ASSERT_TRUE(blender->EndGroup());
-    const PixelFormat format = image.GetPixelFormat();
-    const bool premultiplied = format == PixelFormat::Bgra32Premultiplied || format == PixelFormat::Bgra32Inverted;
-    if (premultiplied && (plain || !keep)) {
-        const auto rows = ViewOf<Accessor<PixelFormat::Bgra32>>(image);
-        const auto before = ViewOf<Accessor<PixelFormat::Bgra32>>(*snapshot);
-        for (const auto& [x0, y0, x1, y1] : covered->GetRanges()) {
-            for (auto y = static_cast<unsigned int>(y0); y < static_cast<unsigned int>(y1); ++y) {
-                for (auto x = static_cast<unsigned int>(x0); x < static_cast<unsigned int>(x1); ++x) {
-                    ResolvePixel(rows.Address(x, y), before.Address(x, y), group.alpha[image.GetWidth() * y + x],
-                                 format == PixelFormat::Bgra32Inverted, keep, plain);
-                }
-            }
-        }
-    }
+    group.End();
     ExpectSame(painted, model, 0);
 }
 
@@ -116,12 +73,6 @@ TEST_P(Painting, InAGroupWhoseMemoryIsAlsoReadIsThePixelByPixelResult) {
 }
 
 TEST_P(Painting, OnASurfaceTakesEveryFormatThroughItsPalette) {
-    struct Target {
-        void Get(unsigned int x, unsigned int y, Color& out) const { out = At(x, y); }
-        void Set(unsigned int x, unsigned int y, const Color& in) const { At(x, y) = in; }
-        Color& At(unsigned int x, unsigned int y) const { return surface.At(static_cast<int>(x), static_cast<int>(y)); }
-        TestSurface& surface;
-    };
     ForSeeds(250, [](std::uint32_t seed) {
         const Scene painted(seed, Scene::Memory::Apart, true), model(seed, Scene::Memory::Apart, true);
         const auto surface =
@@ -132,8 +83,7 @@ TEST_P(Painting, OnASurfaceTakesEveryFormatThroughItsPalette) {
         const auto blender = BlenderOn(nullptr, surface);
         for (std::size_t i = 0; i < model.calls.size(); ++i) {
             EXPECT_TRUE(Paint(*blender, painted.calls[i]));
-            const auto source = MakeConstAccessor(*model.calls[i].source);
-            PaintModel(model.calls[i], *source, Target{expected}, false, nullptr);
+            PaintModel(model.calls[i], expected);
             EXPECT_TRUE(std::ranges::equal(surface->pixels, expected.pixels, {}, Argb, Argb)) << "call " << i;
         }
     });

@@ -21,6 +21,24 @@ private:
     std::size_t first_;
 };
 
+/// Makes runs of clear, full and mixed bytes or alphas, as pictures and stencils have them, in an image of 1 or 32
+/// bits.
+inline void AddRuns(TestImage& image, Random& random) {
+    const bool hasAlpha = BitsPerPixel(image.GetPixelFormat()) == 32;
+    const unsigned int step = hasAlpha ? 4 : 1;
+    if (!hasAlpha && image.GetPixelFormat() != PixelFormat::Index1) return;
+    for (unsigned int y = 0, run = 0, kind = 0; y < image.GetHeight(); ++y) {
+        unsigned char* const row = image.GetPixelData() + std::size_t{image.Stride()} * y;
+        for (unsigned int i = 0; i + step <= image.Stride(); i += step) {
+            if (run-- == 0) {
+                run = Between(random, 0, 30);
+                kind = Between(random, 0, 2);
+            }
+            if (kind < 2) row[i + step - 1] = static_cast<unsigned char>(kind * 255);
+        }
+    }
+}
+
 /// A random destination and random calls that paint on it. Two scenes of one seed are equal and share nothing, so that
 /// one may be painted by the blender and the other by the model.
 class Scene {
@@ -67,21 +85,7 @@ private:
         const Shape shape{width, height, format, kAlignments[random_() % kAlignments.size()], Chance(2)};
         if (inArena) return std::make_shared<Window>(arena, Chance(3) ? 0 : Between(random_, 0, 40), shape);
         auto image = std::make_shared<TestImage>(shape, random_);
-        if (Chance(3)) return image;
-        // Runs of clear, full and mixed bytes or alphas, as pictures and stencils have them.
-        const bool hasAlpha = BitsPerPixel(format) == 32;
-        const unsigned int step = hasAlpha ? 4 : 1;
-        if (!hasAlpha && format != PixelFormat::Index1) return image;
-        for (unsigned int y = 0, run = 0, kind = 0; y < height; ++y) {
-            unsigned char* const row = image->GetPixelData() + std::size_t{image->Stride()} * y;
-            for (unsigned int i = 0; i + step <= image->Stride(); i += step) {
-                if (run-- == 0) {
-                    run = Between(random_, 0, 30);
-                    kind = Between(random_, 0, 2);
-                }
-                if (kind < 2) row[i + step - 1] = static_cast<unsigned char>(kind * 255);
-            }
-        }
+        if (!Chance(3)) AddRuns(*image, random_);
         return image;
     }
 
@@ -105,8 +109,7 @@ private:
         if (Chance(3)) return call;
 
         const bool stencil = Chance(3);
-        // The order of the pieces can be seen in overlapping memory; the model does not know it.
-        const bool whole = overlapping_ || Chance(3);
+        const bool whole = Chance(3);
         call.maskOffset = {whole ? Signed(3, 0) : Signed(6, width_), whole ? Signed(3, 0) : Signed(3, height_)};
         const auto mask = Make(static_cast<PixelFormat>(stencil ? 1 : Between(random_, 1, 9)),
                                whole ? width_ + 6 : Between(random_, 0, width_ + 3),

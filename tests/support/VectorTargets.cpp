@@ -1,7 +1,6 @@
 #include "support/VectorTargets.h"
 
-#include <gtest/gtest.h>
-
+#include <cstdio>
 #include <cstdlib>
 
 #ifdef IMAGEOP_TEST_VECTORS
@@ -26,15 +25,11 @@ std::int64_t TargetOfEnvironment() {
     std::exit(1);
 }
 
-class KeepTarget : public testing::Environment {
-    void SetUp() override {
-        if (const std::int64_t id = TargetOfEnvironment()) hwy::SetSupportedTargetsForTest(id);
-    }
-};
-
-[[maybe_unused]] testing::Environment* const keepTarget = testing::AddGlobalTestEnvironment(new KeepTarget);
-
 }  // namespace
+
+void KeepTargetOfEnvironment() {
+    hwy::SetSupportedTargetsForTest(TargetOfEnvironment());
+}
 
 std::vector<VectorTarget> VectorTargets() {
     hwy::SetSupportedTargetsForTest(0);
@@ -47,11 +42,12 @@ ForcedTarget::ForcedTarget(const VectorTarget& target) {
     hwy::SetSupportedTargetsForTest(target.id);
 }
 ForcedTarget::~ForcedTarget() {
-    hwy::SetSupportedTargetsForTest(TargetOfEnvironment());
+    KeepTargetOfEnvironment();
 }
 
 #else
 
+void KeepTargetOfEnvironment() {}
 std::vector<VectorTarget> VectorTargets() {
     return {};
 }

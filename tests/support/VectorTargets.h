@@ -13,11 +13,14 @@ struct VectorTarget {
     std::string name;
 };
 
+/// Keeps the library on the instruction set that the environment variable IMAGEOP_TEST_TARGET names, if it names one,
+/// for example AVX2.
+void KeepTargetOfEnvironment();
+
 /// Those that this build has and this machine runs, the slowest last; none in a build without vector code.
 std::vector<VectorTarget> VectorTargets();
 
-/// Makes the library use one of them until the scope ends. The whole test program can be kept on one by the environment
-/// variable IMAGEOP_TEST_TARGET with its name, for example AVX2.
+/// Makes the library use one of them until the scope ends.
 class ForcedTarget {
 public:
     explicit ForcedTarget(const VectorTarget& target);
