@@ -1,14 +1,18 @@
-#include "MemoryFile.h"
+#include "fuzz/MemoryFile.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <cstdlib>
+namespace vantu::fuzz {
 
-MemoryFile::MemoryFile(const std::uint8_t* data, std::size_t size) : fd_(memfd_create("input", 0)) {
-    if (fd_ < 0 || write(fd_, data, size) != static_cast<ssize_t>(size) || lseek(fd_, 0, SEEK_SET) != 0) std::abort();
+MemoryFile::MemoryFile(Bytes bytes) : fd_(memfd_create("input", 0)) {
+    Require(fd_ >= 0 && write(fd_, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()) &&
+                lseek(fd_, 0, SEEK_SET) == 0,
+            "the system has files in memory");
 }
 
 MemoryFile::~MemoryFile() {
     close(fd_);
 }
+
+}  // namespace vantu::fuzz

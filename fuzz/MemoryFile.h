@@ -1,12 +1,13 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include "fuzz/Fuzz.h"
+
+namespace vantu::fuzz {
 
 /// A file in memory that holds an input, open at its start.
 class MemoryFile {
 public:
-    MemoryFile(const std::uint8_t* data, std::size_t size);
+    explicit MemoryFile(Bytes bytes);
     ~MemoryFile();
     MemoryFile(const MemoryFile&) = delete;
     MemoryFile& operator=(const MemoryFile&) = delete;
@@ -17,4 +18,4 @@ private:
     int fd_;
 };
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+}  // namespace vantu::fuzz

@@ -15,8 +15,9 @@ SOURCE = HERE.parent.parent / "examples/data/chelsea.png"
 CROP = "-crop 37x23+130+90 +repage"
 
 
-def run(command, **options):
-    return subprocess.run(command, shell=True, check=True, stdout=subprocess.PIPE, cwd=OUT, **options).stdout
+def run(command, folder=OUT, **options):
+    """What a shell command prints that runs in `folder`, where source.ppm is."""
+    return subprocess.run(command, shell=True, check=True, stdout=subprocess.PIPE, cwd=folder, **options).stdout
 
 
 def png_rows(data):
@@ -73,9 +74,9 @@ def bgr_rows(command):
     return 24, width, height, bytes(pixels)
 
 
-def bitmap(bits):
+def bitmap(bits, folder=OUT):
     """A bitmap of 16 (5-5-5) or 32 bits without compression, which the tools at hand do not write."""
-    _, width, height, pixels = bgr_rows("cat source.ppm")
+    _, width, height, pixels = bgr_rows(f"cat {folder}/source.ppm")
     triples = zip(pixels[0::3], pixels[1::3], pixels[2::3])
     if bits == 16:
         words = [struct.pack("<H", r >> 3 << 10 | g >> 3 << 5 | b >> 3) for b, g, r in triples]

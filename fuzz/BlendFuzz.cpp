@@ -1,0 +1,258 @@
+#include <optional>
+
+#include "blend/GroupModel.h"
+#include "blend/Scene.h"
+#include "fuzz/Fuzz.h"
+#include "support/VectorTargets.h"
+
+// Random paintings with valid arguments: images of all formats, row orders and alignments, coverages inside of what is
+// read and written, masks, transfer functions, nested groups, images painted on themselves and groups painted into what
+// is below. The blender paints one set of images, the scalar model an equal one; after each step all bytes are
+// compared.
+
+using namespace vantu;
+using namespace vantu::test;
+using namespace vantu::fuzz;
+
+namespace {
+
+using Rect = Range<int, 2>;
+
+Rect Intersect(const Rect& a, const Rect& b) {
+    return {std::max(a.x0, b.x0), std::max(a.y0, b.y0), std::min(a.x1, b.x1), std::min(a.y1, b.y1)};
+}
+
+Rect Move(const Rect& r, int dx, int dy) {
+    return {r.x0 + dx, r.y0 + dy, r.x1 + dx, r.y1 + dy};
+}
+
+/// Two equal images: one for the blender, one for the model.
+struct Twins {
+    std::shared_ptr<TestImage> painted;
+    std::shared_ptr<TestImage> model;
+
+    [[nodiscard]] Rect Bounds() const {
+        return {0, 0, static_cast<int>(painted->GetWidth()), static_cast<int>(painted->GetHeight())};
+    }
+    void RequireSame() const {
+        Require(painted->Bytes() == model->Bytes(), "the blender paints what the scalar steps paint");
+        Require(painted->GuardsIntact(), "the blender writes inside the image");
+    }
+};
+
+class Painting {
+public:
+    explicit Painting(Bytes bytes) : choices_(bytes), destination_(MakeTwins(MakeFormat(true))) {
+        if (choices_.Byte() % 4 == 0) {
+            surface_ = std::make_shared<TestSurface>(destination_.painted->GetWidth(),
+                                                     destination_.painted->GetHeight(), 0x80FF4020);
+            Random random(choices_.Word());
+            for (Color& color : surface_->pixels) color = Color(static_cast<unsigned int>(random()));
+            modelSurface_ = std::make_unique<TestSurface>(*surface_);
+        }
+        blender_ = surface_ ? BlenderOn(nullptr, surface_) : BlenderOn(destination_.painted);
+    }
+
+    void Run() {
+        for (int steps = 0; choices_.Any() && steps < 8; ++steps) {
+            const unsigned int action = choices_.Byte() % 6;
+            if (action == 0 && groups_.size() < 4) {
+                Begin();
+            } else if (action == 1) {
+                End();
+            } else {
+                Blend();
+            }
+            RequireSame();
+        }
+        while (!groups_.empty()) {
+            End();
+            RequireSame();
+        }
+        Require(!blender_->EndGroup(), "no group is open after the last one was closed");
+    }
+
+private:
+    struct Group {
+        Twins image;
+        GroupModel model;
+    };
+
+    PixelFormat MakeFormat(bool any) {
+        // One in 32 is of a format that is not painted from.
+        any = any || choices_.Byte() % 32 == 0;
+        return static_cast<PixelFormat>(any ? choices_.Between(1, 9) : choices_.Between(5, 8));
+    }
+
+    Twins MakeTwins(PixelFormat format, int least = 1) {
+        const bool wide = choices_.Byte() % 8 == 0;
+        const auto width = static_cast<unsigned int>(wide ? choices_.Between(200, 700) : choices_.Between(least, 48));
+        const auto height = static_cast<unsigned int>(wide ? choices_.Between(1, 2) : choices_.Between(least, 12));
+        const Shape shape{width, height, format, static_cast<unsigned char>(choices_.Between(0, 8)), choices_.Flag()};
+        const unsigned int content = choices_.Byte() % 4;
+        Random random(choices_.Word());
+        const auto image = std::make_shared<TestImage>(shape, random);
+        if (content == 1) AddRuns(*image, random);
+        if (content == 2) {
+            const std::array<unsigned int, 4> bytes{choices_.Byte(), choices_.Byte(), choices_.Byte(), choices_.Byte()};
+            for (unsigned int i = 0; i < image->Stride() * height; ++i) {
+                image->GetPixelData()[i] = static_cast<unsigned char>(bytes[i % 4]);
+            }
+        }
+        const Twins twins{image, std::make_shared<TestImage>(shape)};
+        std::copy_n(image->GetPixelData(), std::size_t{image->Stride()} * height, twins.model->GetPixelData());
+        if (choices_.Byte() % 3 == 0) {
+            const auto size = static_cast<unsigned int>(choices_.Flag() ? 256 : choices_.Between(0, 20));
+            Random same(random);
+            image->SetPalette(RandomPalette(size, random));
+            twins.model->SetPalette(RandomPalette(size, same));
+        }
+        return twins;
+    }
+
+    double MakeNumber() {
+        static constexpr std::array kNumbers{0.0, 1.0, 0.5, 0.25, -1.0, 2.0, 1.5, -0.25, 1e-9, 1e9, -1e300, 0.999};
+        return kNumbers.at(choices_.Byte() % kNumbers.size());
+    }
+
+    std::shared_ptr<IPDFTransferFunction> MakeTransfer() {
+        const auto source = choices_.Flag() ? TransferSource::Alpha : TransferSource::Luminosity;
+        switch (choices_.Between(0, 7)) {
+            case 0: return nullptr;
+            case 1: {
+                const double c0 = MakeNumber(), c1 = MakeNumber();
+                return std::make_shared<CExponentialPDFTransferFunction>(source, c0, c1, MakeNumber());
+            }
+            case 2:
+                return std::make_shared<CPostscriptPDFTransferFunction>(source,
+                                                                        choices_.Flag() ? "{ 1 exch sub }" : "");
+            case 3: {
+                const double scale = MakeNumber(), shift = MakeNumber();
+                return std::make_shared<HostFunction>([=](const Color& color) {
+                    return (color.GetRed() + 3 * color.GetAlpha()) / 1020.0 * scale + shift;
+                });
+            }
+            default: return std::make_shared<CIdentityPDFTransferFunction>(source);
+        }
+    }
+
+    /// The image that is painted on: the top group's, or the destination, whose size is also the surface's.
+    [[nodiscard]] const Twins& Target() const { return groups_.empty() ? destination_ : groups_.back()->image; }
+
+    Twins MakeSource() {
+        switch (choices_.Between(0, 5)) {
+            case 0: return Target();
+            case 1: return closed_ ? *closed_ : destination_;
+            default: return MakeTwins(MakeFormat(surface_ && groups_.empty()));
+        }
+    }
+
+    void Begin() {
+        Twins image = choices_.Byte() % 4 == 0 ? Target() : MakeTwins(MakeFormat(choices_.Byte() % 4 == 0));
+        const bool knockout = choices_.Flag(), keepBackdrop = choices_.Flag(), plainResolve = choices_.Flag();
+        Require(blender_->BeginGroup(image.painted, nullptr, knockout, keepBackdrop, plainResolve),
+                "a group is opened");
+        groups_.push_back(std::make_unique<Group>(Group{image, {*image.model, knockout, keepBackdrop, plainResolve}}));
+    }
+
+    void End() {
+        Require(blender_->EndGroup() == !groups_.empty(), "a group that is open is closed");
+        if (groups_.empty()) return;
+        groups_.back()->model.End();
+        closed_ = groups_.back()->image;
+        groups_.pop_back();
+        closed_->RequireSame();
+    }
+
+    void Blend() {
+        const Twins source = MakeSource();
+        Call call;
+        call.offset = {choices_.Between(-20, 20), choices_.Between(-6, 6)};
+        call.alpha = static_cast<unsigned char>(choices_.Flag() ? 255 : choices_.Byte());
+        call.mode = static_cast<BlendMode>(choices_.Between(0, 12));
+        std::optional<Twins> mask;
+        if (choices_.Flag()) {
+            const bool self = choices_.Byte() % 8 == 0;
+            mask =
+                self ? Target() : MakeTwins(static_cast<PixelFormat>(choices_.Flag() ? 1 : choices_.Between(1, 9)), 0);
+            call.maskOffset = {choices_.Between(-30, 40), choices_.Between(-8, 10)};
+            call.transfer = MakeTransfer();
+            if (!self && choices_.Byte() % 32 == 0) {
+                mask->painted->HideMemory();
+                mask->model->HideMemory();
+            }
+        }
+        call.coverage = MakeCoverage(source, call, mask);
+
+        call.source = source.painted;
+        if (mask) call.mask = mask->painted;
+        std::shared_ptr<Coverage> blended;
+        const bool done = Paint(*blender_, call, blended);
+        const bool onSurface = surface_ && groups_.empty();
+        const auto format = static_cast<unsigned int>(source.painted->GetPixelFormat());
+        const bool valid =
+            static_cast<unsigned int>(call.mode) < kBlendModeCount && (onSurface || (format >= 5 && format <= 8));
+        Require(done == (valid || call.alpha == 0), "a call is refused if and only if its format or mode is");
+        if (!valid || call.alpha == 0) return;
+        const auto ends = [](const Rect& r) { return std::array{r.x0, r.y0, r.x1, r.y1}; };
+        Require(blended != call.coverage &&
+                    std::ranges::equal(blended->GetRanges(), call.coverage->GetRanges(), {}, ends, ends),
+                "what was painted is told in a coverage of its own");
+
+        call.source = source.model;
+        if (mask) call.mask = mask->model;
+        if (!groups_.empty()) {
+            groups_.back()->model.Paint(call);
+        } else if (onSurface) {
+            PaintModel(call, *modelSurface_);
+        } else {
+            PaintModel(call, *destination_.model);
+        }
+    }
+
+    /// Ranges for which all that is read and written lies inside the images, whether they meet the mask or not.
+    std::shared_ptr<Coverage> MakeCoverage(const Twins& source, const Call& call, const std::optional<Twins>& mask) {
+        const int dx = call.offset.x, dy = call.offset.y;
+        Rect inside = Intersect(Target().Bounds(), Move(source.Bounds(), -dx, -dy));
+        if (mask) inside = Intersect(inside, Intersect(source.Bounds(), Move(Target().Bounds(), -dx, -dy)));
+        auto coverage = IPDFImageBlender::CreateCoverage();
+        if (inside.x0 >= inside.x1 || inside.y0 >= inside.y1) return coverage;
+        for (unsigned int count = choices_.Byte() % 4; count > 0; --count) {
+            if (choices_.Flag()) {
+                coverage->AddRange(inside);
+                continue;
+            }
+            const int x0 = choices_.Between(inside.x0, inside.x1), y0 = choices_.Between(inside.y0, inside.y1);
+            coverage->AddRange({x0, y0, choices_.Between(x0, inside.x1), choices_.Between(y0, inside.y1)});
+        }
+        return coverage;
+    }
+
+    void RequireSame() const {
+        destination_.RequireSame();
+        for (const auto& group : groups_) group->image.RequireSame();
+        if (surface_) {
+            Require(std::ranges::equal(surface_->pixels, modelSurface_->pixels, {}, Argb, Argb),
+                    "the blender paints on a surface what the scalar steps paint");
+        }
+    }
+
+    Choices choices_;
+    Twins destination_;
+    std::shared_ptr<TestSurface> surface_;
+    std::unique_ptr<TestSurface> modelSurface_;
+    std::shared_ptr<IPDFImageBlender> blender_;
+    std::vector<std::unique_ptr<Group>> groups_;
+    std::optional<Twins> closed_;  ///< the image of the last group that was closed
+};
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0) return 0;
+    static const std::vector<VectorTarget> targets = VectorTargets();
+    std::optional<ForcedTarget> forced;
+    if (!targets.empty()) forced.emplace(targets[data[0] % targets.size()]);
+    Painting(Bytes(data, size).subspan(1)).Run();
+    return 0;
+}

@@ -1,0 +1,4 @@
+/// Read by the address sanitizer: more memory than this is not to be had, as it would be on a small machine.
+extern "C" const char* __asan_default_options() {
+    return "allocator_may_return_null=1:max_allocation_size_mb=256";
+}
