@@ -67,7 +67,7 @@ TEST_P(SpanCodecs, ReadPixelsAsTheyAre) {
 TEST_P(SpanCodecs, WriteSelectedPixelsByTheRuleOfTheFormat) {
     ForCodecs([](const SpanCodec& codec, Random& random, TestImage& image, TestImage& packed) {
         const auto pixels = static_cast<unsigned int>(packed.Bytes().size() / 4);
-        const bool hasAlpha = codec.bytesPerPixel == 4;
+        const bool hasAlpha = HasAlpha(image.GetPixelFormat());
         for (unsigned int i = 0; i < pixels && !hasAlpha; ++i) packed.GetPixelData()[4 * i + 3] = 255;
         for (const bool all : {false, true}) {
             std::vector<unsigned char> select(pixels + 1);
