@@ -69,8 +69,8 @@ VANTU_API bool Copy(const IQorImage& source, const Range<int, 2>& sourceRange, I
 /// The horizontal flip of 1- and 4-bit images takes target pixel x from source position width - x, one further than the
 /// mirror image: the source's first pixel is not used and target pixel 0 gets the bits behind the row's last pixel (0
 /// behind the last byte of the block). Bytes between rows are not written.
-/// @return the new image with the source's format and row order, or empty if none could be made or one of the two has
-///         no memory.
+/// @return the new image with the source's format and row order, or empty if none could be made, one of the two has no
+///         memory, or rows of one hold more bits than `RowStride` counts.
 VANTU_API [[nodiscard]] std::shared_ptr<IQorImage> Flip(const IQorImage& image, bool horizontal, bool vertical,
                                                         IGraphicsFactory* factory, void** memory);
 
@@ -79,8 +79,8 @@ VANTU_API [[nodiscard]] std::shared_ptr<IQorImage> Flip(const IQorImage& image, 
 /// A multiple of four other than 0 gives a new image whose pixels are not written. Rows of 8 bits and more are laid by
 /// the source's alignment: an image of another alignment, which a factory may make, shows them skewed and keeps what
 /// fits into its block.
-/// @return the new image with the source's format and row order, or empty if none could be made or one of the two has
-///         no memory.
+/// @return the new image with the source's format and row order, or empty if none could be made, one of the two has no
+///         memory, or rows of one hold more bits than `RowStride` counts.
 VANTU_API [[nodiscard]] std::shared_ptr<IQorImage> Rotate(const IQorImage& image, int quarterTurns,
                                                           IGraphicsFactory* factory, void** memory);
 

@@ -62,7 +62,7 @@ std::shared_ptr<IQorImage> ImageUtil::Flip(const IQorImage& image, bool horizont
     const auto source = BlockOf(image);
     Target target{nullptr, RowStride(width, format, flipped->GetAlignment()), source.rows};
     if (source.Size() == 0) return flipped;
-    if (source.data == nullptr) return nullptr;
+    if (source.data == nullptr || !RowIsCounted(width, format)) return nullptr;
     const bool painted = PaintBlock(*flipped, target.Size(), [&](unsigned char* bytes) {
         target.data = bytes;
         if (vertical) {

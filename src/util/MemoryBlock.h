@@ -3,6 +3,7 @@
 #include <vantu/IQorImage.h>
 
 #include <cstddef>
+#include <limits>
 #include <type_traits>
 
 namespace vantu {
@@ -35,6 +36,12 @@ private:
     [[nodiscard]] RowWalk<Byte> Downward() const { return {data, static_cast<std::ptrdiff_t>(stride)}; }
     [[nodiscard]] RowWalk<Byte> Upward() const { return {Row(rows - 1), -static_cast<std::ptrdiff_t>(stride)}; }
 };
+
+/// Whether `RowStride` counts a row of pixels in full. It counts bits in 32 bits: the stride of a row that is too long
+/// for that has wrapped, and so has the memory that an image gives it.
+inline bool RowIsCounted(std::size_t width, PixelFormat format) {
+    return width * BitsPerPixel(format) + 7 <= std::numeric_limits<unsigned int>::max();
+}
 
 /// The block of an image, read-only for a const one.
 template <typename Image>

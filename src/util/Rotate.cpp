@@ -1,5 +1,7 @@
 #include <vantu/ImageUtil.h>
 
+#include <algorithm>
+
 #include "pixel/MakeImage.h"
 #include "util/MemoryBlock.h"
 #include "util/PaintBlock.h"
@@ -79,7 +81,7 @@ std::shared_ptr<IQorImage> ImageUtil::Rotate(const IQorImage& image, int quarter
     const Target target{nullptr, RowStride(width, format, alignment), height};
     const auto source = BlockOf(image);
     if (source.Size() == 0) return rotated;
-    if (source.data == nullptr) return nullptr;
+    if (source.data == nullptr || !RowIsCounted(std::max(width, image.GetWidth()), format)) return nullptr;
     const bool painted = PaintBlock(*rotated, target.Size(), [&](unsigned char* bytes) {
         RotateBlock({source, {bytes, target.stride, target.rows}, width, image.IsBottomUp(), turns}, bits);
     });

@@ -22,7 +22,7 @@ struct RowExtent {
 /// A range with x0 above x1 is the whole image, the unused bits of each row's last byte included. A range without
 /// columns or without rows, or with y0 above y1, has no rows.
 inline RowExtent ComputeRowExtent(const IQorImage& image, const Range<int, 2>& range) {
-    const std::size_t bits = BitsPerPixel(image.GetPixelFormat());
+    const unsigned int bits = BitsPerPixel(image.GetPixelFormat());
     RowExtent extent;
     if (range.x0 > range.x1) {
         extent.byteCount = RowStride(image.GetWidth(), image.GetPixelFormat(), 0);
@@ -31,17 +31,20 @@ inline RowExtent ComputeRowExtent(const IQorImage& image, const Range<int, 2>& r
     }
     if (range.x0 == range.x1 || range.y0 >= range.y1) return extent;
 
-    const std::size_t startBit = static_cast<unsigned int>(range.x0) * bits;
-    const std::size_t endBit = static_cast<unsigned int>(range.x1) * bits;
-    extent.rowCount = static_cast<unsigned int>(range.y1) - static_cast<unsigned int>(range.y0);
-    extent.firstRow =
-        static_cast<unsigned int>(image.IsBottomUp() ? static_cast<int>(image.GetHeight()) - range.y1 : range.y0);
+    const auto x0 = static_cast<unsigned int>(range.x0), x1 = static_cast<unsigned int>(range.x1);
+    const auto y0 = static_cast<unsigned int>(range.y0), y1 = static_cast<unsigned int>(range.y1);
+    // Bits are counted in 32 bits, as the stride is: if a row's length wraps, a fill of its width does too.
+    const unsigned int startBit = x0 * bits;
+    const unsigned int bitCount = (x1 - x0) * bits;
+    const unsigned int leadBits = (0U - startBit) & 7;
+    extent.rowCount = y1 - y0;
+    extent.firstRow = image.IsBottomUp() ? image.GetHeight() - y1 : y0;
     extent.byteStart = (startBit + 7) >> 3;
-    extent.insideOneByte = endBit >> 3 < extent.byteStart;
+    extent.insideOneByte = bitCount < leadBits;
     if (extent.insideOneByte) return extent;
-    extent.byteCount = (endBit >> 3) - extent.byteStart;
-    extent.leadBits = static_cast<unsigned int>(extent.byteStart * 8 - startBit);
-    extent.trailBits = static_cast<unsigned int>(endBit & 7);
+    extent.byteCount = (bitCount - leadBits) >> 3;
+    extent.leadBits = leadBits;
+    extent.trailBits = x1 * bits & 7;
     return extent;
 }
 
