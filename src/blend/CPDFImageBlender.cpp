@@ -41,11 +41,13 @@ bool CPDFImageBlender::Blend(const std::shared_ptr<IQorImage>& source, const std
     if (alpha == 0) return true;
     if (!blended) blended = CreateCoverage();
 
+    // What may lack memory comes before the first pixel, so that an exception finds nothing half recorded.
+    std::shared_ptr<Coverage> painted(coverage->Clone());
     const BlendRequestBase common{coverage.get(), &offset, &mask, &maskTransfer, &maskOffset, &alpha};
     if (!inGroup) {
         BlendRequest<BlendingTraits> request{common, blended.get()};
         if (!BlendOnDestination(*source, request, mode)) return false;
-        blended.reset(coverage->Clone());
+        blended = std::move(painted);
         return true;
     }
 
@@ -55,10 +57,12 @@ bool CPDFImageBlender::Blend(const std::shared_ptr<IQorImage>& source, const std
     if (!backdrop) return false;
     BlendRequest<GroupBlendingTraits> request{common, backdrop.get(), &top.groupAlpha,
                                               &width, &top.knockout,  blended.get()};
+    std::shared_ptr<Coverage> total =
+        top.coverage ? std::shared_ptr<Coverage>(top.coverage->Clone()) : CreateCoverage();
+    total->AddCoverage(*painted);
     if (!BlendInGroup(top, *source, request, mode)) return false;
-    blended.reset(coverage->Clone());
-    if (!top.coverage) top.coverage = CreateCoverage();
-    top.coverage->AddCoverage(*blended);
+    blended = std::move(painted);
+    top.coverage = std::move(total);
     return true;
 }
 

@@ -90,6 +90,7 @@ void Resolve(GroupState& group) {
 }  // namespace
 
 void ResolveGroup(GroupState& group) {
+    if (group.image->GetPixelData() == nullptr) return;  // the host has taken its memory away meanwhile
     const IQorImage& decisive = group.plainResolve ? *group.image : *group.backdrop;
     switch (decisive.GetPixelFormat()) {
         case PixelFormat::Bgra32Premultiplied: Resolve<PixelFormat::Bgra32Premultiplied>(group); break;
