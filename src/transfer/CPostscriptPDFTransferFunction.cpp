@@ -31,6 +31,7 @@ bool IsKeyword(std::string_view word, std::string_view keyword) {
 /// Recognises `{ c exch sub }` and puts c in `constant`. What follows the closing brace is not looked at.
 bool RecogniseInversion(const std::string& code, double& constant) {
     std::istringstream stream(code);
+    stream.exceptions(std::ios::badbit);  // or exhausted memory would pass for a text that is not recognised
     char brace = '\0';
     stream >> brace;
     if (brace != '{') return false;
