@@ -40,42 +40,21 @@ inline std::ostream& operator<<(std::ostream& out, const Shape& shape) {
                << (shape.bottomUp ? " bottom-up" : " top-down");
 }
 
-/// An image over a block with guard bytes on both sides; without a palette until it is given one. Its pixels start as
-/// the byte 0xCD, so that what an operation leaves alone can be told from what it clears.
-class TestImage : public IQorImage {
+/// An image of a shape, for tests to give a block of pixels. Without a palette until it is given one.
+class ShapedImage : public IQorImage {
 public:
-    explicit TestImage(const Shape& shape)
-        : shape_(shape), size_(std::size_t{Stride()} * shape.height), memory_(size_ + 2 * kGuard, kGuardByte) {
-        std::fill_n(GetPixelData(), size_, kFreshByte);
-    }
-    TestImage(const Shape& shape, Random& random) : TestImage(shape) { Randomize(random); }
+    explicit ShapedImage(const Shape& shape) : shape_(shape) {}
 
-    /// Fills the whole block, bytes between rows included.
-    void Randomize(Random& random) {
-        std::generate_n(GetPixelData(), size_, [&] { return static_cast<unsigned char>(random()); });
-    }
     void SetPalette(std::unique_ptr<ColorMap> palette) { palette_ = std::move(palette); }
-    /// From now on the image reports null pixel data.
-    void HideMemory() { hidden_ = true; }
-
     [[nodiscard]] const Shape& GetShape() const { return shape_; }
     [[nodiscard]] unsigned int Stride() const { return RowStride(shape_.width, shape_.format, shape_.alignment); }
-    /// A copy of the whole block.
-    [[nodiscard]] std::vector<unsigned char> Bytes() const {
-        return {memory_.begin() + kGuard, memory_.end() - kGuard};
-    }
-    [[nodiscard]] bool GuardsIntact() const {
-        const auto isGuard = [](unsigned char byte) { return byte == kGuardByte; };
-        return std::all_of(memory_.begin(), memory_.begin() + kGuard, isGuard) &&
-               std::all_of(memory_.end() - kGuard, memory_.end(), isGuard);
-    }
+    /// Bytes of the block.
+    [[nodiscard]] std::size_t Size() const { return std::size_t{Stride()} * shape_.height; }
 
     unsigned int GetWidth() const override { return shape_.width; }
     unsigned int GetHeight() const override { return shape_.height; }
     PixelFormat GetPixelFormat() const override { return shape_.format; }
     unsigned char GetAlignment() const override { return shape_.alignment; }
-    const unsigned char* GetPixelData() const override { return hidden_ ? nullptr : memory_.data() + kGuard; }
-    unsigned char* GetPixelData() override { return hidden_ ? nullptr : memory_.data() + kGuard; }
     const ColorMap* GetPalette() const override { return palette_.get(); }
     ColorMap* GetPalette() override { return palette_.get(); }
     bool IsBottomUp() const override { return shape_.bottomUp; }
@@ -87,22 +66,53 @@ public:
     bool NeedsManagement() const override { return false; }
     bool SetStorage(std::shared_ptr<CQorStorage>, unsigned int, IQorMemoryManager*) const override { return false; }
 
-    static constexpr unsigned char kFreshByte = 0xCD;
-
 protected:
     bool Serialize(CQorStorage&) const override { return false; }
     bool Deserialize(CQorStorage&) const override { return false; }
     void FreeMemory() const override {}
-    unsigned int GetDataSizeImpl() const override { return static_cast<unsigned int>(size_); }
+    unsigned int GetDataSizeImpl() const override { return static_cast<unsigned int>(Size()); }
+
+private:
+    Shape shape_;
+    std::unique_ptr<ColorMap> palette_;
+};
+
+/// An image over a block with guard bytes on both sides. Its pixels start as the byte 0xCD, so that what an operation
+/// leaves alone can be told from what it clears.
+class TestImage : public ShapedImage {
+public:
+    explicit TestImage(const Shape& shape) : ShapedImage(shape), memory_(Size() + 2 * kGuard, kGuardByte) {
+        std::fill_n(GetPixelData(), Size(), kFreshByte);
+    }
+    TestImage(const Shape& shape, Random& random) : TestImage(shape) { Randomize(random); }
+
+    /// Fills the whole block, bytes between rows included.
+    void Randomize(Random& random) {
+        std::generate_n(GetPixelData(), Size(), [&] { return static_cast<unsigned char>(random()); });
+    }
+    /// From now on the image reports null pixel data.
+    void HideMemory() { hidden_ = true; }
+
+    /// A copy of the whole block.
+    [[nodiscard]] std::vector<unsigned char> Bytes() const {
+        return {memory_.begin() + kGuard, memory_.end() - kGuard};
+    }
+    [[nodiscard]] bool GuardsIntact() const {
+        const auto isGuard = [](unsigned char byte) { return byte == kGuardByte; };
+        return std::all_of(memory_.begin(), memory_.begin() + kGuard, isGuard) &&
+               std::all_of(memory_.end() - kGuard, memory_.end(), isGuard);
+    }
+
+    const unsigned char* GetPixelData() const override { return hidden_ ? nullptr : memory_.data() + kGuard; }
+    unsigned char* GetPixelData() override { return hidden_ ? nullptr : memory_.data() + kGuard; }
+
+    static constexpr unsigned char kFreshByte = 0xCD;
 
 private:
     static constexpr std::ptrdiff_t kGuard = 64;
     static constexpr unsigned char kGuardByte = 0xA7;
 
-    Shape shape_;
-    std::size_t size_;
     std::vector<unsigned char> memory_;
-    std::unique_ptr<ColorMap> palette_;
     bool hidden_ = false;
 };
 
