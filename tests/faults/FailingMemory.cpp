@@ -3,16 +3,38 @@
 #include <atomic>
 #include <cstdlib>
 
-#include <dlfcn.h>
+// A sanitizer's own malloc has to stay. Then only operator new fails, and the sanitizer refuses what is too large.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define OWN_MALLOC 0
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define OWN_MALLOC 0
+#endif
+#endif
+#ifndef OWN_MALLOC
+#define OWN_MALLOC 1
+#endif
+
+#if OWN_MALLOC
+// The C library's own allocator by its other names.
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void __libc_free(void* block);
+}
+#else
+extern "C" const char* __asan_default_options() {
+    return "allocator_may_return_null=1:max_allocation_size_mb=4096";
+}
+#endif
 
 namespace {
-
-constexpr auto kNever = std::numeric_limits<unsigned long>::max();
 
 std::atomic<long> live{0};
 std::atomic<std::size_t> limit{std::numeric_limits<std::size_t>::max()};
 thread_local unsigned long countdown = 0;  // 0: not armed
-thread_local unsigned long failFrom = kNever;
+thread_local unsigned long failFrom = 0;
 thread_local bool failOn = false;
 thread_local bool failed = false;
 
@@ -25,52 +47,63 @@ bool MayAllocate(std::size_t size) {
     return false;
 }
 
-template <typename Function>
-Function* Next(Function* /*type*/, const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 void* Counted(void* block) {
     if (block != nullptr) live.fetch_add(1, std::memory_order_relaxed);
     return block;
 }
 
+void* Allocate(std::size_t size) {
+    if (!MayAllocate(size)) return nullptr;
+#if OWN_MALLOC
+    return Counted(__libc_malloc(size));
+#else
+    return Counted(std::malloc(size));
+#endif
+}
+
+void Free(void* block) {
+    if (block == nullptr) return;
+    live.fetch_sub(1, std::memory_order_relaxed);
+#if OWN_MALLOC
+    __libc_free(block);
+#else
+    std::free(block);
+#endif
+}
+
 void* New(std::size_t size) {
-    if (void* const block = std::malloc(size == 0 ? 1 : size)) return block;
+    if (void* const block = Allocate(size == 0 ? 1 : size)) return block;
     throw std::bad_alloc();
 }
 
 }  // namespace
 
+#if OWN_MALLOC
 extern "C" {
 
 void* malloc(std::size_t size) noexcept {
-    static const auto next = Next(&malloc, "malloc");
-    return MayAllocate(size) ? Counted(next(size)) : nullptr;
+    return Allocate(size);
 }
 
 void* calloc(std::size_t count, std::size_t size) noexcept {
-    static const auto next = Next(&calloc, "calloc");
     const bool fits = size == 0 || count <= std::numeric_limits<std::size_t>::max() / size;
-    return fits && MayAllocate(count * size) ? Counted(next(count, size)) : nullptr;
+    return fits && MayAllocate(count * size) ? Counted(__libc_calloc(count, size)) : nullptr;
 }
 
 void* realloc(void* block, std::size_t size) noexcept {
-    static const auto next = Next(&realloc, "realloc");
+    if (block == nullptr) return Allocate(size);
     if (!MayAllocate(size)) return nullptr;
-    void* const moved = next(block, size);
-    if (block == nullptr) return Counted(moved);
+    void* const moved = __libc_realloc(block, size);
     if (size == 0 && moved == nullptr) live.fetch_sub(1, std::memory_order_relaxed);
     return moved;
 }
 
 void free(void* block) noexcept {
-    static const auto next = Next(&free, "free");
-    if (block != nullptr) live.fetch_sub(1, std::memory_order_relaxed);
-    next(block);
+    Free(block);
 }
 
 }  // extern "C"
+#endif
 
 // All forms but those of over-aligned types, so that a block is freed by the family that gave it.
 void* operator new(std::size_t size) {
@@ -80,28 +113,28 @@ void* operator new[](std::size_t size) {
     return New(size);
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return std::malloc(size == 0 ? 1 : size);
+    return Allocate(size == 0 ? 1 : size);
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return std::malloc(size == 0 ? 1 : size);
+    return Allocate(size == 0 ? 1 : size);
 }
 void operator delete(void* block) noexcept {
-    std::free(block);
+    Free(block);
 }
 void operator delete[](void* block) noexcept {
-    std::free(block);
+    Free(block);
 }
 void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
+    Free(block);
 }
 void operator delete[](void* block, std::size_t) noexcept {
-    std::free(block);
+    Free(block);
 }
 void operator delete(void* block, const std::nothrow_t&) noexcept {
-    std::free(block);
+    Free(block);
 }
 void operator delete[](void* block, const std::nothrow_t&) noexcept {
-    std::free(block);
+    Free(block);
 }
 
 namespace vantu::test {

@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 // Memory that runs out on command. The program's own malloc and operator new stand before everybody's: the library's,
-// the C++ library's and those of the C libraries that decode files.
+// the C++ library's and those of the C libraries that decode files. (Under a sanitizer operator new alone.)
 
 namespace vantu::test {
 
