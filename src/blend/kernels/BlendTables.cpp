@@ -25,25 +25,33 @@ std::uint16_t Slope(int first, std::int64_t least, Step step) {
     return static_cast<std::uint16_t>(std::min(least, greatest));
 }
 
-SoftLightTable Make() {
-    SoftLightTable table{};
+SoftLightSlopes MakeSoftLightSlopes() {
+    SoftLightSlopes slopes{};
     for (int cb = 0; cb < 256; ++cb) {
         const auto b = [cb](int cs) {
             return static_cast<int>(SoftLight(static_cast<std::uint32_t>(cb), static_cast<std::uint32_t>(cs)));
         };
         const auto backdrop = static_cast<std::size_t>(cb);
-        for (int cs = 0; cs < 256; ++cs) {
-            table.bytes[256 * backdrop + static_cast<std::size_t>(cs)] = static_cast<unsigned char>(b(cs));
-        }
-        table.above[backdrop] = Slope(128, 0, [&](int cs) { return b(cs) - cb; });
-        if (cb != 0 && cb != 255) table.below[backdrop] = Slope(0, 1, [&](int cs) { return cb - 1 - b(cs); });
+        slopes.above[backdrop] = Slope(128, 0, [&](int cs) { return b(cs) - cb; });
+        if (cb != 0 && cb != 255) slopes.below[backdrop] = Slope(0, 1, [&](int cs) { return cb - 1 - b(cs); });
     }
-    for (const unsigned int cb : SoftLightTable::kUneven) {
+    for (const unsigned int cb : SoftLightSlopes::kUneven) {
         for (unsigned int cs = 0; cs < 128; ++cs) {
             const auto w = static_cast<std::uint32_t>(Weight(static_cast<int>(cs)));
-            if (cb - 1 - (w * table.below[cb] >> 16) == SoftLight(cb, cs)) continue;
-            std::uint16_t& word = table.lower[8 * (cb / 32) + w / 32];
+            if (cb - 1 - (w * slopes.below[cb] >> 16) == SoftLight(cb, cs)) continue;
+            std::uint16_t& word = slopes.lower[8 * (cb / 32) + w / 32];
             word = static_cast<std::uint16_t>(word | 1U << w / 2 % 16);
+        }
+    }
+    return slopes;
+}
+
+template <BlendMode Mode>
+PairTable MakePairTable() {
+    PairTable table{};
+    for (std::uint32_t cb = 0; cb < 256; ++cb) {
+        for (std::uint32_t cs = 0; cs < 256; ++cs) {
+            table[256 * cb + cs] = static_cast<unsigned char>(BlendChannel<Mode>(cb, cs));
         }
     }
     return table;
@@ -51,9 +59,19 @@ SoftLightTable Make() {
 
 }  // namespace
 
-const SoftLightTable& GetSoftLightTable() {
-    static const SoftLightTable table = Make();
+template <BlendMode Mode>
+const PairTable& GetPairTable() {
+    static const PairTable table = MakePairTable<Mode>();
     return table;
+}
+
+template const PairTable& GetPairTable<BlendMode::ColorDodge>();
+template const PairTable& GetPairTable<BlendMode::ColorBurn>();
+template const PairTable& GetPairTable<BlendMode::SoftLight>();
+
+const SoftLightSlopes& GetSoftLightSlopes() {
+    static const SoftLightSlopes slopes = MakeSoftLightSlopes();
+    return slopes;
 }
 
 }  // namespace vantu

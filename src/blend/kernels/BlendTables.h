@@ -1,19 +1,26 @@
 #pragma once
 
+#include <vantu/BlendMode.h>
+
 #include <array>
 #include <cstdint>
 
 #include "blend/kernels/WordTables.h"
 
+// Tables for vector code, made at first use from the functions that define the modes.
+
 namespace vantu {
 
-/// SoftLight for vector code, made from the function that defines it.
-struct SoftLightTable {
-    /// B(cb, cs) at 256*cb + cs, and three bytes more, so that four can be read at each entry.
-    std::array<unsigned char, 65536 + 3> bytes;
+/// B(cb, cs) of a mode at 256*cb + cs.
+using PairTable = std::array<unsigned char, 65536>;
 
-    // The same in slopes. With w = |2*cs - 255|: B = cb + w*above[cb] / 65536 from cs = 128 on, and below that
-    // B = cb - 1 - w*below[cb] / 65536, or cb where below[cb] is 0.
+/// The table of a mode that costs more to compute than to look up: ColorDodge, ColorBurn or SoftLight.
+template <BlendMode Mode>
+const PairTable& GetPairTable();
+
+/// SoftLight in slopes. With w = |2*cs - 255|: B = cb + w*above[cb] / 65536 from cs = 128 on, and below that
+/// B = cb - 1 - w*below[cb] / 65536, or cb where below[cb] is 0.
+struct SoftLightSlopes {
     alignas(64) WordTable above;
     alignas(64) WordTable below;
 
@@ -24,7 +31,6 @@ struct SoftLightTable {
     alignas(64) std::array<std::uint16_t, 64> lower;
 };
 
-/// The table, made at first use.
-const SoftLightTable& GetSoftLightTable();
+const SoftLightSlopes& GetSoftLightSlopes();
 
 }  // namespace vantu

@@ -1,7 +1,6 @@
 // Pixels in vectors of 16-bit words, for any instruction set. Included once per target.
 
 #if defined(IMAGEOP_VECTOR_WORDS_INL_H) == defined(HWY_TARGET_TOGGLE)
-#undef IMAGEOP_HAS_WORD_TABLES
 #ifdef IMAGEOP_VECTOR_WORDS_INL_H
 #undef IMAGEOP_VECTOR_WORDS_INL_H
 #else
@@ -13,7 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "blend/kernels/WordTables.h"
+#include "pixel/Spans.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
@@ -29,6 +28,7 @@ using TagByte = hn::Rebind<std::uint8_t, Tag32>;
 using Words = hn::Vec<Tag16>;
 using Pixels = hn::Vec<Tag32>;
 using WordMask = hn::Mask<Tag16>;
+using PixelMask = hn::Mask<Tag32>;
 
 constexpr Tag16 kWords;
 constexpr Tag32 kPixels;
@@ -79,23 +79,23 @@ struct Block {
     HWY_INLINE Words Alpha() const { return hn::ShiftRight<8>(redAlpha); }
 };
 
-HWY_INLINE Block LoadBlock(const unsigned char* packed) {
-    const auto load = [](const unsigned char* p) {
-        const hn::Repartition<std::uint8_t, Tag32> bytes;
-        return hn::BitCast(kPixels, hn::LoadU(bytes, p));
-    };
-    const Pixels first = load(packed);
-    const Pixels second = load(packed + 4 * hn::Lanes(kPixels));
-    return {LowHalves(first, second), HighHalves(first, second)};
+HWY_INLINE Pixels LoadPixels(const unsigned char* packed) {
+    const hn::Repartition<std::uint8_t, Tag32> bytes;
+    return hn::BitCast(kPixels, hn::LoadU(bytes, packed));
+}
+HWY_INLINE void StorePixels(Pixels v, unsigned char* packed) {
+    const hn::Repartition<std::uint8_t, Tag32> bytes;
+    hn::StoreU(hn::BitCast(bytes, v), bytes, packed);
 }
 
+HWY_INLINE Block LoadBlock(const unsigned char* packed) {
+    const Pixels first = LoadPixels(packed);
+    const Pixels second = LoadPixels(packed + kPackedBytes * hn::Lanes(kPixels));
+    return {LowHalves(first, second), HighHalves(first, second)};
+}
 HWY_INLINE void StoreBlock(const Block& block, unsigned char* packed) {
-    const auto store = [](Pixels v, unsigned char* p) {
-        const hn::Repartition<std::uint8_t, Tag32> bytes;
-        hn::StoreU(hn::BitCast(bytes, v), bytes, p);
-    };
-    store(FirstLanes(block.blueGreen, block.redAlpha), packed);
-    store(SecondLanes(block.blueGreen, block.redAlpha), packed + 4 * hn::Lanes(kPixels));
+    StorePixels(FirstLanes(block.blueGreen, block.redAlpha), packed);
+    StorePixels(SecondLanes(block.blueGreen, block.redAlpha), packed + kPackedBytes * hn::Lanes(kPixels));
 }
 
 /// One byte per pixel of a block.
@@ -131,72 +131,6 @@ HWY_INLINE Words UniteAlpha(Words p, Words q) {
     return hn::Add(hn::Sub(p, Div255(hn::Mul(p, q))), q);
 }
 
-/// A 32-bit fixed-point factor per word: hi + lo / 65536.
-struct Factor {
-    Words hi;
-    Words lo;
-};
-
-/// trunc(numerator / d) per word, as for d = 1 where d is 0. The division is correctly rounded, and a quotient that is
-/// no integer is at least 1/255 away from one, further than half a unit in the last place below 2^24: so the truncation
-/// is exact.
-HWY_INLINE Factor TruncatedQuotient(float numerator, Words d) {
-    const TagFloat floats;
-    const TagInt ints;
-    const auto divide = [&](Pixels lanes) {
-        const auto quotient = hn::Div(hn::Set(floats, numerator), hn::ConvertTo(floats, hn::BitCast(ints, lanes)));
-        return hn::BitCast(kPixels, hn::ConvertTo(ints, quotient));
-    };
-    const Words divisor = hn::Max(d, Constant(1));
-    const Pixels first = divide(hn::And(AsPixels(divisor), hn::Set(kPixels, 0xFFFF)));
-    const Pixels second = divide(hn::ShiftRight<16>(AsPixels(divisor)));
-    return {HighHalves(first, second), LowHalves(first, second)};
-}
-
-#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL  // the latter where the whole build is for it
-#define IMAGEOP_HAS_WORD_TABLES 1
-
-/// The entries of a table of 64 at words below 64.
-HWY_INLINE Words LookUp64(const std::uint16_t* table, Words index) {
-    return Words{_mm512_permutex2var_epi16(_mm512_load_si512(table), index.raw, _mm512_load_si512(table + 32))};
-}
-
-/// The entries of a table at words below 256: its four quarters, of which bits 6 and 7 choose one.
-HWY_INLINE Words LookUp(const WordTable& table, Words index) {
-    const WordMask odd = hn::TestBit(index, Constant(64));
-    const WordMask upper = hn::TestBit(index, Constant(128));
-    const std::uint16_t* const entries = table.data();
-    return hn::IfThenElse(upper, hn::IfThenElse(odd, LookUp64(entries + 192, index), LookUp64(entries + 128, index)),
-                          hn::IfThenElse(odd, LookUp64(entries + 64, index), LookUp64(entries, index)));
-}
-#else
-#define IMAGEOP_HAS_WORD_TABLES 0
-#endif
-
-/// The factor of floor(255 * c / a) for every byte c: ceil(255 * 65536 / a), which trunc(16711935 / a) is. Of no use
-/// where a is 0.
-HWY_INLINE Factor UnpremultiplyFactor(Words a) {
-#if IMAGEOP_HAS_WORD_TABLES
-    return {LookUp(kUnpremultiplyHigh, a), LookUp(kUnpremultiplyLow, a)};
-#else
-    return TruncatedQuotient(16711935.0F, a);
-#endif
-}
-
-/// floor(255 * c / a), not cut to 8 bits, with the factor of a.
-HWY_INLINE Words Scale(Words c, const Factor& factor) {
-    return hn::Add(hn::Mul(c, factor.hi), hn::MulHigh(c, factor.lo));
-}
-
-/// floor(65535 / d); of no use where d is 0.
-HWY_INLINE Words Reciprocal(Words d) {
-#if IMAGEOP_HAS_WORD_TABLES
-    return LookUp(kReciprocal, d);
-#else
-    return TruncatedQuotient(65535.0F, d).lo;
-#endif
-}
-
 /// The three colour channels of a block, straight.
 struct Channels {
     Words blue;
@@ -206,14 +140,6 @@ struct Channels {
 
 HWY_INLINE Channels StoredChannels(const Block& block) {
     return {block.Blue(), block.Green(), block.Red()};
-}
-
-/// The straight channels of premultiplied ones: floor(255 * c / alpha) cut to 8 bits, 0 at alpha 0.
-HWY_INLINE Channels Unpremultiplied(const Block& block, Words alpha) {
-    const Factor factor = UnpremultiplyFactor(alpha);
-    const Words low = hn::IfThenZeroElse(hn::Eq(alpha, hn::Zero(kWords)), Constant(255));
-    const auto channel = [&](Words c) { return hn::And(Scale(c, factor), low); };
-    return {channel(block.Blue()), channel(block.Green()), channel(block.Red())};
 }
 
 /// A block of three channels and an alpha, each below 256.

@@ -1,0 +1,120 @@
+// Words divided by words. Included once per target.
+
+#if defined(IMAGEOP_VECTOR_DIVISION_INL_H) == defined(HWY_TARGET_TOGGLE)
+#undef IMAGEOP_HAS_WORD_TABLES
+#ifdef IMAGEOP_VECTOR_DIVISION_INL_H
+#undef IMAGEOP_VECTOR_DIVISION_INL_H
+#else
+#define IMAGEOP_VECTOR_DIVISION_INL_H
+#endif
+
+#include <hwy/highway.h>
+
+#include <cstdint>
+
+#include "blend/kernels/VectorWords-inl.h"
+#include "blend/kernels/WordTables.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace vantu::HWY_NAMESPACE {
+
+/// A 32-bit fixed-point factor per word: hi + lo / 65536.
+struct Factor {
+    Words hi;
+    Words lo;
+};
+
+/// Floats truncated to integers that they are within the range of.
+HWY_INLINE Pixels Truncated(hn::Vec<TagFloat> v) {
+#if HWY_TARGET == HWY_SSE4
+    return Pixels{_mm_cvttps_epi32(v.raw)};  // without the care that hn::ConvertTo takes of what is out of range
+#elif HWY_TARGET == HWY_AVX2
+    return Pixels{_mm256_cvttps_epi32(v.raw)};
+#else
+    return hn::BitCast(kPixels, hn::ConvertTo(TagInt(), v));
+#endif
+}
+
+/// trunc(numerator / d) per word, as for d = 1 where d is 0. The division is correctly rounded, and a quotient that is
+/// no integer is at least 1/255 away from one, further than half a unit in the last place below 2^24: so the truncation
+/// is exact.
+HWY_INLINE Factor TruncatedQuotient(float numerator, Words d) {
+    const TagFloat floats;
+    const TagInt ints;
+    const auto divide = [&](Pixels lanes) {
+        return Truncated(hn::Div(hn::Set(floats, numerator), hn::ConvertTo(floats, hn::BitCast(ints, lanes))));
+    };
+    const Words divisor = hn::Max(d, Constant(1));
+    const Pixels first = divide(hn::And(AsPixels(divisor), hn::Set(kPixels, 0xFFFF)));
+    const Pixels second = divide(hn::ShiftRight<16>(AsPixels(divisor)));
+    return {HighHalves(first, second), LowHalves(first, second)};
+}
+
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL  // the latter where the whole build is for it
+#define IMAGEOP_HAS_WORD_TABLES 1
+
+/// The entries of a table of 64 at words below 64.
+HWY_INLINE Words LookUp64(const std::uint16_t* table, Words index) {
+    return Words{_mm512_permutex2var_epi16(_mm512_load_si512(table), index.raw, _mm512_load_si512(table + 32))};
+}
+
+/// The entries of a table at words below 256: its four quarters, of which bits 6 and 7 choose one.
+HWY_INLINE Words LookUp(const WordTable& table, Words index) {
+    const WordMask odd = hn::TestBit(index, Constant(64));
+    const WordMask upper = hn::TestBit(index, Constant(128));
+    const std::uint16_t* const entries = table.data();
+    return hn::IfThenElse(upper, hn::IfThenElse(odd, LookUp64(entries + 192, index), LookUp64(entries + 128, index)),
+                          hn::IfThenElse(odd, LookUp64(entries + 64, index), LookUp64(entries, index)));
+}
+#else
+#define IMAGEOP_HAS_WORD_TABLES 0
+#endif
+
+/// The factor of floor(255 * c / a) for every byte c: ceil(255 * 65536 / a), which trunc(16711935 / a) is. Anything for
+/// an a of 0.
+HWY_INLINE Factor UnpremultiplyFactor(Words a) {
+#if IMAGEOP_HAS_WORD_TABLES
+    return {LookUp(kUnpremultiplyHigh, a), LookUp(kUnpremultiplyLow, a)};
+#else
+    return TruncatedQuotient(16711935.0F, a);
+#endif
+}
+
+/// floor(255 * c / a), not cut to 8 bits, with the factor of a.
+HWY_INLINE Words Scale(Words c, const Factor& factor) {
+    return hn::Add(hn::Mul(c, factor.hi), hn::MulHigh(c, factor.lo));
+}
+
+/// floor(65535 / d); of no use where d is 0.
+HWY_INLINE Words Reciprocal(Words d) {
+#if IMAGEOP_HAS_WORD_TABLES
+    return LookUp(kReciprocal, d);
+#else
+    return TruncatedQuotient(65535.0F, d).lo;
+#endif
+}
+
+HWY_INLINE Channels Scaled(const Block& block, const Factor& factor) {
+    const auto channel = [&](Words c) { return hn::And(Scale(c, factor), Constant(255)); };
+    return {channel(block.Blue()), channel(block.Green()), channel(block.Red())};
+}
+
+/// The straight channels of premultiplied ones: floor(255 * c / alpha) cut to 8 bits, 0 at alpha 0.
+HWY_INLINE Channels Unpremultiplied(const Block& block, Words alpha) {
+    Factor factor = UnpremultiplyFactor(alpha);
+#if !IMAGEOP_HAS_WORD_TABLES
+    const WordMask clear = hn::Eq(alpha, hn::Zero(kWords));
+    factor = {hn::IfThenZeroElse(clear, factor.hi), hn::IfThenZeroElse(clear, factor.lo)};
+#endif
+    return Scaled(block, factor);
+}
+
+/// The same, but any bytes at alpha 0: for colours that do not count there.
+HWY_INLINE Channels UnpremultipliedWhereSeen(const Block& block, Words alpha) {
+    return Scaled(block, UnpremultiplyFactor(alpha));
+}
+
+}  // namespace vantu::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,86 @@
+// Spans painted in blocks. Included once per target.
+
+#if defined(IMAGEOP_VECTOR_RUNS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef IMAGEOP_VECTOR_RUNS_INL_H
+#undef IMAGEOP_VECTOR_RUNS_INL_H
+#else
+#define IMAGEOP_VECTOR_RUNS_INL_H
+#endif
+
+#include <cstddef>
+#include <cstring>
+
+#include "blend/kernels/Stages.h"
+#include "blend/kernels/VectorSparse-inl.h"
+#include "blend/kernels/VectorWords-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace vantu::HWY_NAMESPACE {
+
+/// The pixels of a span behind its last whole block, in buffers of a whole block.
+template <bool Group>
+class Tail {
+public:
+    Tail(const CompositeSpan& span, std::size_t first) : span_(span), first_(first), padded_(span) {
+        padded_.source = Copy(span.source, source_, kPackedBytes);
+        padded_.target = Copy(span.target, target_, kPackedBytes);
+        padded_.opacity = Copy(span.opacity, opacity_, 1);
+        padded_.select = Copy(span.select, select_, 1);
+        if constexpr (Group) {
+            padded_.snapshot = Copy(span.snapshot, snapshot_, kPackedBytes);
+            padded_.groupAlpha = Copy(span.groupAlpha, groupAlpha_, 1);
+        }
+    }
+
+    [[nodiscard]] const CompositeSpan& Padded() const { return padded_; }
+
+    void Store() const {
+        const std::size_t rest = span_.count - first_;
+        std::memcpy(span_.target + first_ * kPackedBytes, target_, rest * kPackedBytes);
+        if constexpr (Group) std::memcpy(span_.groupAlpha + first_, groupAlpha_, rest * sizeof *groupAlpha_);
+    }
+
+private:
+    static constexpr std::size_t kMostPixels = HWY_MAX_BYTES / 2;
+
+    template <typename T>
+    T* Copy(const T* from, T* to, std::size_t perPixel) const {
+        if (from == nullptr) return nullptr;
+        std::memcpy(to, from + first_ * perPixel, (span_.count - first_) * perPixel * sizeof *to);
+        return to;
+    }
+
+    const CompositeSpan& span_;
+    std::size_t first_;
+    CompositeSpan padded_;
+    unsigned char source_[kMostPixels * kPackedBytes] = {};
+    unsigned char target_[kMostPixels * kPackedBytes] = {};
+    unsigned char snapshot_[Group ? kMostPixels * kPackedBytes : 1] = {};
+    unsigned char opacity_[kMostPixels] = {};
+    unsigned char select_[kMostPixels] = {};
+    std::uint32_t groupAlpha_[Group ? kMostPixels : 1] = {};
+};
+
+/// Runs a stage over a span in blocks. There is one place that paints a block, whatever it is of: the code is large.
+template <BlendMode Mode, typename Stage, bool Group>
+void Run(const CompositeSpan& span) {
+    const Blend<Mode> blend;
+    const std::size_t whole = span.count - span.count % BlockPixels();
+    std::size_t done = 0;
+    while (done < whole) {
+        done = PaintBlocks<Stage>(span, done, whole, blend);
+        if constexpr (!Group) {
+            if (done < whole && span.opacity == nullptr) done = PaintSparse<Stage>(span, done, whole, blend);
+        }
+    }
+    if (done < span.count) {
+        Tail<Group> tail(span, done);
+        PaintBlocks<Stage>(tail.Padded(), 0, BlockPixels(), blend);
+        tail.Store();
+    }
+}
+
+}  // namespace vantu::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,175 @@
+// Spans of which many pixels stay as they are. Included once per target.
+
+#if defined(IMAGEOP_VECTOR_SPARSE_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef IMAGEOP_VECTOR_SPARSE_INL_H
+#undef IMAGEOP_VECTOR_SPARSE_INL_H
+#else
+#define IMAGEOP_VECTOR_SPARSE_INL_H
+#endif
+
+#include <vantu/BlendMode.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "blend/kernels/LaneTables.h"
+#include "blend/kernels/Stages.h"
+#include "blend/kernels/VectorForms-inl.h"
+#include "blend/kernels/VectorWords-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace vantu::HWY_NAMESPACE {
+
+/// The bits of a mask, the first pixel's lowest.
+HWY_INLINE unsigned int Bits(PixelMask mask) {
+    std::uint8_t bytes[8] = {};
+    hn::StoreMaskBits(kPixels, mask, bytes);
+    return bytes[0] | static_cast<unsigned int>(bytes[1]) << 8;
+}
+
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+
+/// The pixels whose bits are set, in order, ahead of the others.
+HWY_INLINE Pixels Packed(Pixels v, unsigned int bits) {
+    return Pixels{_mm512_maskz_compress_epi32(static_cast<__mmask16>(bits), v.raw)};
+}
+
+/// Packed pixels back in their places, and those `below` where bits are not set.
+HWY_INLINE Pixels Unpacked(Pixels packed, unsigned int bits, Pixels below) {
+    return Pixels{_mm512_mask_expand_epi32(below.raw, static_cast<__mmask16>(bits), packed.raw)};
+}
+
+#else
+
+HWY_INLINE Pixels Ordered(Pixels v, const std::array<std::uint8_t, 8>& order) {
+    const Pixels lanes = hn::PromoteTo(kPixels, hn::LoadU(TagByte(), order.data()));
+    return hn::TableLookupLanes(v, hn::IndicesFromVec(kPixels, lanes));
+}
+HWY_INLINE Pixels Packed(Pixels v, unsigned int bits) {
+    return Ordered(v, kPackLanes[bits]);
+}
+HWY_INLINE Pixels Unpacked(Pixels packed, unsigned int bits, Pixels below) {
+    const std::uint8_t byte[8] = {static_cast<std::uint8_t>(bits)};
+    return hn::IfThenElse(hn::LoadMaskBits(kPixels, byte), Ordered(packed, kUnpackLanes[bits]), below);
+}
+
+#endif
+
+/// Paints whole blocks of a span from pixel `first` to `end`, or to one behind which it pays to gather.
+/// @return the pixel to go on with.
+template <typename Stage, typename BlendFunction>
+HWY_NOINLINE std::size_t PaintBlocks(const CompositeSpan& span, std::size_t first, std::size_t end,
+                                     const BlendFunction& blend) {
+    for (; first < end; first += BlockPixels()) {
+        if (Stage::Paint(span, first, blend)) return first + BlockPixels();
+    }
+    return first;
+}
+
+/// A span with many pixels that stay as they are, outside groups and without opacities. Those that need painting are
+/// gathered, painted and put back.
+template <typename Stage>
+class Sparse;
+
+template <BlendMode Mode, PackedForm Form>
+class Sparse<PlainStage<Mode, Form>> {
+public:
+    static constexpr std::size_t kMostPixels = 1024;
+
+    explicit Sparse(const CompositeSpan& span) : span_(span), gathered_(span) {
+        gathered_.source = source_;
+        gathered_.target = target_;
+        gathered_.select = nullptr;
+    }
+
+    /// Paints `count` pixels, whole vectors.
+    /// @return how many needed painting.
+    std::size_t Paint(std::size_t first, std::size_t count, const Blend<Mode>& blend) {
+        const std::size_t gathered = Gather(first, count);
+        if (gathered == 0) return 0;
+        // What fills up the last block is transparent.
+        std::memset(source_ + gathered * kPackedBytes, 0, BlockPixels() * kPackedBytes);
+        std::memset(target_ + gathered * kPackedBytes, 0, BlockPixels() * kPackedBytes);
+        for (std::size_t done = 0; done < gathered;) {
+            done = PaintBlocks<PlainStage<Mode, Form>>(gathered_, done, gathered, blend);
+        }
+        PutBack(first, count);
+        return gathered;
+    }
+
+private:
+    /// Collects the pixels that need painting. Where Normal at full alpha replaces pixels it does so at once.
+    std::size_t Gather(std::size_t first, std::size_t count) {
+        const Pixels opaque = hn::Set(kPixels, 0xFF000000);
+        const unsigned char* const HWY_RESTRICT select = span_.select != nullptr ? span_.select + first : nullptr;
+        const unsigned char* HWY_RESTRICT from = span_.source + first * kPackedBytes;
+        unsigned char* HWY_RESTRICT onto = span_.target + first * kPackedBytes;
+        const bool replaces = Mode == BlendMode::Normal && span_.alpha == 255;
+        std::size_t gathered = 0;
+        for (std::size_t i = 0, v = 0; i < count; i += hn::Lanes(kPixels), ++v) {
+            const Pixels source = LoadPixels(from + i * kPackedBytes);
+            const Pixels target = LoadPixels(onto + i * kPackedBytes);
+            const Pixels alpha = hn::And(source, opaque);
+            PixelMask live = hn::Ne(alpha, hn::Zero(kPixels));
+            if (select != nullptr) {
+                const Pixels selected = hn::PromoteTo(kPixels, hn::LoadU(TagByte(), select + i));
+                live = hn::And(live, hn::Ne(selected, hn::Zero(kPixels)));
+            }
+            if (replaces) {
+                const PixelMask replaced = hn::And(live, hn::Eq(alpha, opaque));
+                StorePixels(hn::IfThenElse(replaced, source, target), onto + i * kPackedBytes);
+                live = hn::AndNot(replaced, live);
+            }
+            const unsigned int bits = Bits(live);
+            live_[v] = static_cast<std::uint16_t>(bits);
+            if (bits == 0) continue;
+            StorePixels(Packed(source, bits), source_ + gathered * kPackedBytes);
+            StorePixels(Packed(target, bits), target_ + gathered * kPackedBytes);
+            gathered += static_cast<std::size_t>(std::popcount(bits));
+        }
+        return gathered;
+    }
+
+    void PutBack(std::size_t first, std::size_t count) const {
+        const unsigned char* from = target_;
+        unsigned char* HWY_RESTRICT onto = span_.target + first * kPackedBytes;
+        for (std::size_t v = 0; v < count / hn::Lanes(kPixels); ++v, onto += hn::Lanes(kPixels) * kPackedBytes) {
+            const unsigned int bits = live_[v];
+            if (bits == 0) continue;
+            StorePixels(Unpacked(LoadPixels(from), bits, LoadPixels(onto)), onto);
+            from += kPackedBytes * static_cast<std::size_t>(std::popcount(bits));
+        }
+    }
+
+    static constexpr std::size_t kMostBlock = HWY_MAX_BYTES / 2;
+
+    const CompositeSpan& span_;
+    CompositeSpan gathered_;
+    alignas(64) unsigned char source_[(kMostPixels + kMostBlock) * kPackedBytes];
+    alignas(64) unsigned char target_[(kMostPixels + kMostBlock) * kPackedBytes];
+    std::uint16_t live_[kMostPixels / 4];
+};
+
+/// Paints pixels of a span while few of them need it.
+/// @return the pixel to go on with.
+template <typename Stage, BlendMode Mode>
+HWY_NOINLINE std::size_t PaintSparse(const CompositeSpan& span, std::size_t first, std::size_t end,
+                                     const Blend<Mode>& blend) {
+    Sparse<Stage> sparse(span);
+    while (first < end) {
+        const std::size_t count = std::min(sparse.kMostPixels, end - first);
+        const std::size_t painted = sparse.Paint(first, count, blend);
+        first += count;
+        if (painted > count - count / 4) break;
+    }
+    return first;
+}
+
+}  // namespace vantu::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif
