@@ -30,6 +30,9 @@ constexpr unsigned int kSpanPixels = SoftMaskReader::kMostPixels;
 constexpr unsigned int kNarrowInPlace = 64;
 constexpr unsigned int kNarrow = 256;
 
+/// Most pixels that are taken for one row.
+constexpr std::uint64_t kMostJoined = 1U << 30;
+
 template <typename Byte>
 RowsFromTop<Byte> RowsOf(Byte* block, const IQorImage& image, PixelFormat format) {
     return {block, image.GetWidth(), image.GetHeight(), format, image.GetAlignment(), image.IsBottomUp()};
@@ -108,7 +111,7 @@ public:
             inOrder(area, 0, 0);
         } else {
             PaintSpans(
-                area, false, [](const Piece&, Span&) { return Verdict::Composite; }, inOrder);
+                RowsJoined(area), false, [](const Piece&, Span&) { return Verdict::Composite; }, inOrder);
         }
     }
 
@@ -163,6 +166,23 @@ private:
         return InsideBlock(source_, kernel_.source, area.sourceX, area.sourceY, area) &&
                (targetCodec_ == nullptr ||
                 InsideBlock(destination_, kernel_.destination, area.targetX, area.targetY, area));
+    }
+
+    /// The same pixels as one row, if the rows of target and source follow each other without gaps: outside groups, of
+    /// which each row has its place among the group's alphas.
+    [[nodiscard]] PaintArea RowsJoined(const PaintArea& area) const {
+        const std::uint64_t pixels = std::uint64_t{area.width} * area.height;
+        const auto gapless = [&](std::ptrdiff_t rowStep, const SpanCodec& codec) {
+            return rowStep == static_cast<std::ptrdiff_t>(area.width * std::uint64_t{codec.bytesPerPixel});
+        };
+        if (Traits::kGroup || targetCodec_ == nullptr || pixels > kMostJoined ||
+            !gapless(targetRows_.rowStep, *targetCodec_) || !gapless(sourceRows_.rowStep, sourceCodec_)) {
+            return area;
+        }
+        PaintArea joined = area;
+        joined.width = static_cast<unsigned int>(pixels);
+        joined.height = 1;
+        return joined;
     }
 
     /// What is to be done with a span.
