@@ -86,7 +86,9 @@ TEST_P(StagesOn, CompositeAsTheStepsDo) {
         const auto mode = static_cast<BlendMode>(round % kBlendModeCount);
         const auto form = static_cast<CompositeForm>(round / kBlendModeCount % 3);
         const auto packed = static_cast<PackedForm>(round / kBlendModeCount / 3 % 2);
-        const std::size_t width = 1 + round / (kBlendModeCount * 6) % 130;
+        const std::size_t step = round / (kBlendModeCount * 6);
+        const std::size_t width =
+            step % 50 == 49 ? 900 + 3 * step : 1 + step % 130;  // also more than is gathered at once
         Scene expected(width, random);
         Scene actual = expected;
         const std::uint32_t alpha = random() % 2 != 0 ? kAlphas[random() % 5] : AnyAlpha(random);
@@ -131,6 +133,33 @@ TEST_P(StagesOn, BlendEveryPairOfChannels) {
                 ASSERT_EQ(expected, target) << "mode " << m << " cb " << cb << " ab " << ab;
             }
         }
+    }
+}
+
+TEST_P(StagesOn, MixOpaquePixelsAtEveryAlpha) {
+    const ForcedTarget forced(GetParam());
+    Bytes source, backdrop;
+    for (unsigned int s = 0; s < 256; ++s) {
+        for (unsigned int b = 0; b < 256; b += 3) {
+            for (unsigned int c = 0; c < 3; ++c) {
+                source.push_back(static_cast<unsigned char>(s));
+                backdrop.push_back(static_cast<unsigned char>(std::min(b + c, 255U)));
+            }
+            source.push_back(255);
+            backdrop.push_back(255);
+        }
+    }
+    for (std::uint32_t alpha = 1; alpha < 256; ++alpha) {
+        Bytes expected = backdrop, actual = backdrop;
+        CompositeSpan span{};
+        span.source = source.data();
+        span.count = source.size() / kPackedBytes;
+        span.alpha = alpha;
+        span.target = expected.data();
+        ScalarStages().Of(BlendMode::Normal, CompositeForm::Plain, PackedForm::Premultiplied)(span);
+        span.target = actual.data();
+        ActiveStages().Of(BlendMode::Normal, CompositeForm::Plain, PackedForm::Premultiplied)(span);
+        ASSERT_EQ(expected, actual) << "alpha " << alpha;
     }
 }
 
