@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -12,6 +12,10 @@ struct VectorTarget {
     std::int64_t id;
     std::string name;
 };
+
+inline std::ostream& operator<<(std::ostream& out, const VectorTarget& target) {
+    return out << target.name;
+}
 
 /// Keeps the library on the instruction set that the environment variable IMAGEOP_TEST_TARGET names, if it names one,
 /// for example AVX2.
