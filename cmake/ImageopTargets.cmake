@@ -19,6 +19,7 @@ function(imageop_library name)
     add_library(imageop::${name} ALIAS ${target})
     set_target_properties(${target} PROPERTIES
         EXPORT_NAME ${name}
+        DEFINE_SYMBOL ""
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR}
         CXX_VISIBILITY_PRESET hidden
