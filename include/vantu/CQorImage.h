@@ -26,7 +26,8 @@ public:
     CQorImage(const CQorImage&) = delete;
     CQorImage& operator=(const CQorImage&) = delete;
 
-    /// Replaces the palette; null removes it. Any format takes one.
+    /// Replaces the palette; pointers to the former one become invalid.
+    /// @param palette of any size, for any format; null removes it.
     void SetPalette(std::unique_ptr<ColorMap> palette);
 
     bool Store() const override;

@@ -27,7 +27,11 @@ public:
     virtual bool Unload() const = 0;
     /// Whether a manager should take care of the object.
     virtual bool NeedsManagement() const = 0;
-    /// Gives the object a storage, its key there and its manager. @return false if it takes none.
+    /// Gives the object a place to be paged out to.
+    /// @param storage held by the object.
+    /// @param key of the object in the storage.
+    /// @param manager not owned; may be null.
+    /// @return false if it takes none.
     virtual bool SetStorage(std::shared_ptr<CQorStorage> storage, unsigned int key,
                             IQorMemoryManager* manager) const = 0;
 

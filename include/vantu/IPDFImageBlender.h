@@ -28,10 +28,13 @@ public:
 
         /// A copy, owned by the caller.
         [[nodiscard]] virtual Coverage* Clone() const = 0;
-        /// Adds each range of `other` in list order.
+        /// Adds each range of another coverage in list order.
+        /// @param other may be this one.
+        /// @throws std::length_error, std::bad_alloc; the ranges before it are then added.
         virtual void AddCoverage(const Coverage& other) = 0;
         /// Adds a range. In one pass over the list, each range that touches it (a shared edge or corner is enough)
         /// is replaced by the bounding box of both; the result becomes the last of the list. Empty ranges count.
+        /// @param range in pixels, anywhere; a reversed one is not detected.
         /// @throws std::length_error, std::bad_alloc; the list is then as it was.
         virtual void AddRange(const Range<int, 2>& range) = 0;
         /// The list, valid until the next change. Ranges may overlap; a pixel in two of them is painted twice.

@@ -38,12 +38,16 @@ public:
     [[nodiscard]] virtual Type GetType() const = 0;
     /// The opacity of a mask colour: 0 protects, 1 paints. The library's own classes never throw here; a host's own
     /// class is called once per pixel in walking order.
+    /// @param color straight.
+    /// @return the opacity, not clamped.
     [[nodiscard]] virtual double ComputeAlpha(const Color& color) const = 0;
     /// Writes the payload of the record.
     /// @param storage may be null to measure.
     /// @return bytes written, or the size.
     virtual unsigned int Save(CQorStorage* storage) const = 0;
-    /// Reads the payload into this object. @return false on a short read; what was read until then stays.
+    /// Reads the payload into this object.
+    /// @param storage read from its present position.
+    /// @return false on a short read; what was read until then stays.
     virtual bool Restore(CQorStorage& storage) = 0;
 
     /// What the values are taken from.

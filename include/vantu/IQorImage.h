@@ -46,7 +46,8 @@ public:
     virtual PixelFormat GetPixelFormat() const = 0;
     /// Row alignment in bytes, 0 for none; see `RowStride`.
     virtual unsigned char GetAlignment() const = 0;
-    /// First byte of the pixel block: `GetHeight()` rows at `RowStride`. Null for an image without memory.
+    /// First byte of the pixel block: `GetHeight()` rows at `RowStride`, owned by the image. Null for an image without
+    /// memory. It stays where it is during every call that is given the image.
     virtual const unsigned char* GetPixelData() const = 0;
     /// The same block, writable.
     virtual unsigned char* GetPixelData() = 0;
@@ -85,8 +86,12 @@ using PixelFormat = IQorImage::PixelFormat;
     return 0;
 }
 
-/// Bytes from one row to the next: the bits of `width` pixels in whole bytes, rounded up to a multiple of
-/// `alignment` (any value from 1 to 255, no power of two needed; 0 and 1 change nothing). 32-bit arithmetic.
+/// Bytes from one row to the next: the bits of a row in whole bytes, rounded up to a multiple of the alignment. 32-bit
+/// arithmetic that wraps.
+/// @param width in pixels.
+/// @param format layout of a pixel.
+/// @param alignment in bytes, 0 to 255, no power of two needed; 0 and 1 change nothing.
+/// @return bytes.
 [[nodiscard]] constexpr unsigned int RowStride(unsigned int width, PixelFormat format, unsigned char alignment) {
     const unsigned int bytes = (width * BitsPerPixel(format) + 7U) >> 3;
     if (alignment == 0) return bytes;

@@ -23,15 +23,26 @@ inline constexpr int QOR_OPEN_CREATE = 0x101;
 VANTU_API int QorOpenFile(const std::string& path, int* fd, int flags);
 /// The same by a wide path.
 VANTU_API int QorOpenFileW(const std::wstring& path, int* fd, int flags);
-/// Reads up to `size` bytes. @return the number read, less than `size` only at the end or after an error.
+/// Reads bytes at the file position and moves it.
+/// @param buffer room for `size` bytes.
+/// @param size number of bytes wanted.
+/// @param fd descriptor of the file.
+/// @return the number read, less than `size` only at the end or after an error.
 VANTU_API unsigned int QorReadFile(void* buffer, unsigned int size, int fd);
-/// Moves the file position: origin 0 counts from the start, 1 from the current position, 2 from
-/// the end. @return the resulting absolute position, or -1.
+/// Moves the file position.
+/// @param fd descriptor of the file.
+/// @param offset in bytes.
+/// @param origin 0 counts from the start, 1 from the current position, 2 from the end.
+/// @return the resulting absolute position, or -1.
 VANTU_API long long QorSeekFile(int fd, long long offset, int origin);
 /// Closes a descriptor. @return non-zero on success.
 VANTU_API int QorCloseFile(int fd);
 
-/// Writes `size` bytes. @return the number written, less than `size` only after an error.
+/// Writes bytes at the file position and moves it.
+/// @param buffer the bytes.
+/// @param size their number.
+/// @param fd descriptor of the file.
+/// @return the number written, less than `size` only after an error.
 VANTU_API unsigned int QorWriteFile(const void* buffer, unsigned int size, int fd);
 /// Writes a 16-bit value in little-endian order. @return the number of bytes written.
 VANTU_API unsigned int QorWriteIntelInt(int fd, unsigned short value);
