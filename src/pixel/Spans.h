@@ -3,6 +3,7 @@
 #include <vantu/IQorImage.h>
 
 #include <array>
+#include <bit>
 #include <cstddef>
 
 // Rectangles of pixels as packed pixels: four bytes blue, green, red, alpha each, of which every blending stage works.
@@ -13,6 +14,10 @@ namespace vantu {
 enum class PackedForm { Premultiplied, Straight };
 
 inline constexpr std::size_t kPackedBytes = 4;
+
+/// Where a packed pixel's alpha lies in the pixel read as one word.
+inline constexpr auto kPackedAlpha =
+    std::bit_cast<std::uint32_t>(std::array<unsigned char, kPackedBytes>{0, 0, 0, 255});
 
 /// A rectangle of pixels of whole bytes in memory.
 template <typename Byte>

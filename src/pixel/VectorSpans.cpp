@@ -62,21 +62,38 @@ struct VectorRow<PixelFormat::Bgra32Inverted> : WordRow<PixelFormat::Bgra32Inver
 template <>
 struct VectorRow<PixelFormat::Bgra32> : WordRow<PixelFormat::Bgra32> {};
 
-/// 24-bit pixels, four to a vector of 16 bytes.
+/// 24-bit pixels: the 32-bit words they lie in are dealt out to the 16-byte blocks of a vector, four pixels to each,
+/// and spread there.
 template <>
 struct VectorRow<PixelFormat::Bgr24> {
+    static constexpr hn::ScalableTag<std::uint32_t> kWords{};
+    static constexpr hn::Repartition<std::uint8_t, decltype(kWords)> kBytes{};
+
+    /// Word i of a block comes from the vector's word 3 * (its block) + i, and back.
+    static HWY_INLINE auto Dealt(hn::Vec<decltype(kWords)> v) {
+        alignas(64) static constexpr std::uint32_t kFrom[16] = {0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0};
+        if constexpr (HWY_MAX_BYTES == 16) return v;
+        return hn::TableLookupLanes(v, hn::IndicesFromVec(kWords, hn::Load(kWords, kFrom)));
+    }
+    static HWY_INLINE auto Collected(hn::Vec<decltype(kWords)> v) {
+        alignas(64) static constexpr std::uint32_t kFrom[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0};
+        alignas(64) static constexpr std::uint32_t kFrom8[8] = {0, 1, 2, 4, 5, 6, 0, 0};
+        if constexpr (HWY_MAX_BYTES == 16) return v;
+        return hn::TableLookupLanes(v,
+                                    hn::IndicesFromVec(kWords, hn::Load(kWords, HWY_MAX_BYTES == 64 ? kFrom : kFrom8)));
+    }
+
     static void Read(const unsigned char* pixels, unsigned char* packed, std::size_t count) {
         alignas(16) static constexpr std::uint8_t kSpread[16] = {0, 1, 2, 128, 3, 4,  5,  128,
                                                                  6, 7, 8, 128, 9, 10, 11, 128};
-        const hn::FixedTag<std::uint8_t, 16> bytes;
-        const hn::FixedTag<std::uint32_t, 4> words;
-        const auto spread = hn::Load(bytes, kSpread);
-        const auto opaque = hn::BitCast(bytes, hn::Set(words, 0xFF000000U));
+        const auto spread = hn::LoadDup128(kBytes, kSpread);
+        const auto opaque = hn::BitCast(kBytes, hn::Set(kWords, 0xFF000000U));
+        const std::size_t lanes = hn::Lanes(kWords);
         std::size_t i = 0;
-        // A load of 16 bytes reaches into the sixth pixel.
-        for (; i + 6 <= count; i += 4) {
-            const auto four = hn::TableLookupBytesOr0(hn::LoadU(bytes, pixels + i * 3), spread);
-            hn::StoreU(hn::Or(four, opaque), bytes, packed + i * 4);
+        // A load reaches a third of a vector beyond the pixels that it is for.
+        for (; i + lanes + (lanes + 2) / 3 <= count; i += lanes) {
+            const auto dealt = hn::BitCast(kBytes, Dealt(hn::BitCast(kWords, hn::LoadU(kBytes, pixels + i * 3))));
+            hn::StoreU(hn::Or(hn::TableLookupBytesOr0(dealt, spread), opaque), kBytes, packed + i * 4);
         }
         ScalarRow<PixelFormat::Bgr24>::Read(pixels + i * 3, packed + i * 4, count - i);
     }
@@ -85,78 +102,87 @@ struct VectorRow<PixelFormat::Bgr24> {
                       std::size_t count) {
         alignas(16) static constexpr std::uint8_t kGather[16] = {0,  1,  2,  4,  5,   6,   8,   9,
                                                                  10, 12, 13, 14, 128, 128, 128, 128};
-        const hn::FixedTag<std::uint8_t, 16> bytes;
-        const auto gather = hn::Load(bytes, kGather);
+        const auto gather = hn::LoadDup128(kBytes, kGather);
+        const std::size_t lanes = hn::Lanes(kWords);
         std::size_t i = 0;
-        // Sixteen pixels make three whole vectors: stores of exact length, none that the next load would wait for.
-        for (; select == nullptr && i + 16 <= count; i += 16) {
-            const auto four = [&](std::size_t first) {
-                return hn::TableLookupBytesOr0(hn::LoadU(bytes, packed + (i + first) * 4), gather);
-            };
-            const auto p0 = four(0), p1 = four(4), p2 = four(8), p3 = four(12);
-            unsigned char* const to = pixels + i * 3;
-            hn::StoreU(hn::Or(p0, hn::ShiftLeftBytes<12>(bytes, p1)), bytes, to);
-            hn::StoreU(hn::Or(hn::ShiftRightBytes<4>(bytes, p1), hn::ShiftLeftBytes<8>(bytes, p2)), bytes, to + 16);
-            hn::StoreU(hn::Or(hn::ShiftRightBytes<8>(bytes, p2), hn::ShiftLeftBytes<4>(bytes, p3)), bytes, to + 32);
+        for (; select == nullptr && i + lanes <= count; i += lanes) {
+            const auto three = hn::TableLookupBytesOr0(hn::LoadU(kBytes, packed + i * 4), gather);
+            StoreThreeQuarters(Collected(hn::BitCast(kWords, three)), pixels + i * 3);
         }
         ScalarRow<PixelFormat::Bgr24>::Write(pixels + i * 3, packed + i * 4, select != nullptr ? select + i : nullptr,
                                              count - i);
     }
+
+    /// Stores of exact length: a longer one would keep the next load waiting.
+    static HWY_INLINE void StoreThreeQuarters(hn::Vec<decltype(kWords)> v, unsigned char* to) {
+        const hn::Half<decltype(kWords)> half;
+        const hn::Repartition<std::uint8_t, decltype(half)> halfBytes;
+        const hn::Half<decltype(half)> quarter;
+        const hn::Repartition<std::uint8_t, decltype(quarter)> quarterBytes;
+        hn::StoreU(hn::BitCast(halfBytes, hn::LowerHalf(half, v)), halfBytes, to);
+        hn::StoreU(hn::BitCast(quarterBytes, hn::LowerHalf(quarter, hn::UpperHalf(half, v))), quarterBytes,
+                   to + 2 * hn::Lanes(kWords));
+    }
 };
 
-/// 16-bit pixels, eight to a vector of words. `RedShift` is where the red field starts.
+/// 16-bit pixels in 32-bit lanes, blue and red worked on at once in the two words of a lane. `RedShift` is where the
+/// red field starts.
 template <PixelFormat F, int RedShift>
 struct FieldRow {
+    static constexpr hn::ScalableTag<std::uint32_t> kLanes{};
+    static constexpr hn::Repartition<std::uint16_t, decltype(kLanes)> kWords{};
+    static constexpr hn::Repartition<std::uint8_t, decltype(kLanes)> kBytes{};
+    static constexpr hn::Rebind<std::uint16_t, decltype(kLanes)> kPixels{};
+    static constexpr hn::Repartition<std::uint8_t, decltype(kPixels)> kPixelBytes{};
+
+    /// v*255/31 of a 5-bit field is (v*1053) >> 7.
+    static HWY_INLINE auto Expanded(hn::Vec<decltype(kWords)> v) {
+        return hn::ShiftRight<7>(hn::Mul(v, hn::Set(kWords, 1053)));
+    }
+    /// v*31/255 is (v*249) >> 11.
+    static HWY_INLINE auto Reduced(hn::Vec<decltype(kWords)> v) {
+        return hn::ShiftRight<11>(hn::Mul(v, hn::Set(kWords, 249)));
+    }
+
     static void Read(const unsigned char* pixels, unsigned char* packed, std::size_t count) {
-        const hn::FixedTag<std::uint8_t, 16> bytes;
-        const hn::FixedTag<std::uint16_t, 8> words;
-        const auto five = hn::Set(words, 31);
-        // v*255/31 of a 5-bit field is (v*1053) >> 7.
-        const auto expand = [&](auto v) { return hn::ShiftRight<7>(hn::Mul(v, hn::Set(words, 1053))); };
+        const auto five = hn::Set(kWords, 31);
         std::size_t i = 0;
-        for (; i + 8 <= count; i += 8) {
-            const auto p = hn::BitCast(words, hn::LoadU(bytes, pixels + i * 2));
-            const auto blue = expand(hn::And(p, five));
-            const auto red = expand(hn::And(hn::ShiftRight<RedShift>(p), five));
-            auto green = blue;
+        for (; i + hn::Lanes(kLanes) <= count; i += hn::Lanes(kLanes)) {
+            const auto lanes = hn::PromoteTo(kLanes, hn::BitCast(kPixels, hn::LoadU(kPixelBytes, pixels + i * 2)));
+            const auto p = hn::BitCast(kWords, lanes);
+            const auto red = hn::BitCast(kWords, hn::ShiftLeft<16 - RedShift>(lanes));
+            const auto blueRed = Expanded(hn::And(hn::OddEven(red, p), five));
+            auto green = p;  // in the low words; the high ones are 0
             if constexpr (F == PixelFormat::Rgb565) {
                 // The six-bit field is scaled by 255/31 and cut to 8 bits: (p & 0x7E0) * 16847 >> 16.
-                green =
-                    hn::And(hn::MulHigh(hn::And(p, hn::Set(words, 0x7E0)), hn::Set(words, 16847)), hn::Set(words, 255));
+                green = hn::MulHigh(hn::And(p, hn::Set(kWords, 0x7E0)), hn::Set(kWords, 16847));
             } else {
-                green = expand(hn::And(hn::ShiftRight<5>(p), five));
+                green = Expanded(hn::And(hn::ShiftRight<5>(p), five));
             }
-            const auto blueGreen = hn::Or(blue, hn::ShiftLeft<8>(green));
-            const auto redAlpha = hn::Or(red, hn::Set(words, 0xFF00));
-            hn::StoreU(hn::BitCast(bytes, hn::InterleaveLower(words, blueGreen, redAlpha)), bytes, packed + i * 4);
-            hn::StoreU(hn::BitCast(bytes, hn::InterleaveUpper(words, blueGreen, redAlpha)), bytes, packed + i * 4 + 16);
+            const auto opaque = hn::BitCast(kWords, hn::Set(kLanes, 0xFF000000U));
+            const auto all = hn::Or(hn::Or(blueRed, hn::ShiftLeft<8>(green)), opaque);
+            hn::StoreU(hn::BitCast(kBytes, all), kBytes, packed + i * 4);
         }
         ScalarRow<F>::Read(pixels + i * 2, packed + i * 4, count - i);
     }
 
     static void Write(unsigned char* pixels, const unsigned char* packed, const unsigned char* select,
                       std::size_t count) {
-        const hn::FixedTag<std::uint8_t, 16> bytes;
-        const hn::FixedTag<std::uint16_t, 8> words;
-        const hn::FixedTag<std::uint8_t, 8> eight;
-        const auto low = hn::Set(words, 255);
-        // v*31/255 is (v*249) >> 11.
-        const auto reduce = [&](auto v) { return hn::ShiftRight<11>(hn::Mul(v, hn::Set(words, 249))); };
+        const hn::Rebind<std::int32_t, decltype(kLanes)> ints;
+        const hn::Rebind<std::uint8_t, decltype(kPixels)> flags;
         std::size_t i = 0;
-        for (; i + 8 <= count; i += 8) {
-            const auto first = hn::BitCast(words, hn::LoadU(bytes, packed + i * 4));
-            const auto second = hn::BitCast(words, hn::LoadU(bytes, packed + i * 4 + 16));
-            const auto blueGreen = hn::ConcatEven(words, second, first);
-            const auto redAlpha = hn::ConcatOdd(words, second, first);
-            auto p = hn::Or(hn::Or(hn::ShiftLeft<RedShift>(reduce(hn::And(redAlpha, low))),
-                                   hn::ShiftLeft<5>(reduce(hn::ShiftRight<8>(blueGreen)))),
-                            reduce(hn::And(blueGreen, low)));
+        for (; i + hn::Lanes(kLanes) <= count; i += hn::Lanes(kLanes)) {
+            const auto bytes = hn::BitCast(kWords, hn::LoadU(kBytes, packed + i * 4));
+            const auto blueRed = hn::BitCast(kLanes, Reduced(hn::And(bytes, hn::Set(kWords, 255))));
+            const auto green = hn::BitCast(kLanes, hn::ShiftLeft<5>(Reduced(hn::ShiftRight<8>(bytes))));
+            const auto fields = hn::Or(hn::Or(blueRed, green), hn::ShiftRight<16 - RedShift>(blueRed));
+            auto p = hn::DemoteTo(kPixels, hn::BitCast(ints, hn::And(fields, hn::Set(kLanes, 0xFFFF))));
             if (select != nullptr) {
-                const auto chosen = hn::PromoteTo(words, hn::LoadU(eight, select + i));
-                const auto before = hn::BitCast(words, hn::LoadU(bytes, pixels + i * 2));
-                p = hn::IfThenElse(hn::Ne(chosen, hn::Zero(words)), p, before);
+                const auto chosen = hn::PromoteTo(kPixels, hn::LoadU(flags, select + i));
+                const auto before = hn::BitCast(kPixels, hn::LoadU(kPixelBytes, pixels + i * 2));
+                p = hn::IfThenElse(hn::Ne(chosen, hn::Zero(kPixels)), p, before);
             }
-            hn::StoreU(hn::BitCast(bytes, p), bytes, pixels + i * 2);
+            hn::StoreU(hn::BitCast(kPixelBytes, p), kPixelBytes, pixels + i * 2);
         }
         ScalarRow<F>::Write(pixels + i * 2, packed + i * 4, select != nullptr ? select + i : nullptr, count - i);
     }

@@ -139,7 +139,8 @@ public:
                 },
                 inOrder);
         } else {
-            SoftMaskReader reader(mask, *transfer, *request_.alpha, Traits::kGroup);
+            SoftMaskReader reader(mask, *transfer, *request_.alpha, Traits::kGroup,
+                                  std::size_t{area.width} * area.height);
             PaintSpans(
                 area, true,
                 [&](const Piece& piece, Span& span) {
@@ -332,8 +333,10 @@ private:
         const CompositeSpan& composite = span.composite;
         if (!targetCodec_->keepsUnwritten || Traits::kGroup || !HasAlpha(kernel_.source)) return composite.select;
         for (std::size_t i = 0; i < composite.count; ++i) {
-            const bool selected = composite.select == nullptr || composite.select[i] != 0;
-            span.select[i] = selected && composite.source[i * kPackedBytes + 3] != 0;
+            std::uint32_t pixel = 0;
+            std::memcpy(&pixel, composite.source + i * kPackedBytes, kPackedBytes);
+            const bool seen = (pixel & kPackedAlpha) != 0;
+            span.select[i] = composite.select == nullptr ? seen : seen & (composite.select[i] != 0);
         }
         return span.select;
     }

@@ -19,6 +19,30 @@ bool InRange(double opacity) {
     return opacity >= -0.001 && opacity <= 1.001;
 }
 
+bool AllOpaque(const unsigned char* packed, std::size_t count) {
+    std::uint32_t common = kPackedAlpha;
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint32_t pixel = 0;
+        std::memcpy(&pixel, packed + i * kPackedBytes, kPackedBytes);
+        common &= pixel;
+    }
+    return common == kPackedAlpha;
+}
+
+/// Entries by keys, several to a turn: the loop itself would take as long as the look-up.
+template <typename T>
+void LookUpKeys(const std::array<T, 256>& entries, const unsigned char* keys, std::size_t count, T* out) {
+    std::size_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        const T a = entries[keys[i]], b = entries[keys[i + 1]], c = entries[keys[i + 2]], d = entries[keys[i + 3]];
+        out[i] = a;
+        out[i + 1] = b;
+        out[i + 2] = c;
+        out[i + 3] = d;
+    }
+    for (; i < count; ++i) out[i] = entries[keys[i]];
+}
+
 }  // namespace
 
 bool IsOwnTransferFunction(const IPDFTransferFunction& transfer) {
@@ -31,13 +55,14 @@ bool IsOwnTransferFunction(const IPDFTransferFunction& transfer) {
 }
 
 SoftMaskReader::SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction& transfer, std::uint32_t alpha,
-                               bool group)
+                               bool group, std::size_t pixels)
     : transfer_(transfer),
       palette_(mask.GetPalette()),
       format_(mask.GetPixelFormat()),
       rows_(mask.GetPixelData(), mask.GetWidth(), mask.GetHeight(), format_, mask.GetAlignment(), mask.IsBottomUp()),
       alpha_(alpha),
       group_(group) {
+    known_.fill(Known::No);
     if (palette_ != nullptr) {
         if (BitsPerPixel(format_) <= 8) key_ = Key::Index;  // every index of a wider format is 0
     } else if (HasColors(format_)) {
@@ -50,6 +75,7 @@ SoftMaskReader::SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction
             key_ = Key::Alpha;
         }
     }
+    if (key_ != Key::Color && pixels >= kManyPixels) LearnAllKeys();
 }
 
 /// A colour whose opacity all pixels of a key have.
@@ -83,22 +109,29 @@ const unsigned char* SoftMaskReader::ReadKeys(const unsigned char* row, unsigned
 void SoftMaskReader::LearnKey(unsigned int key) {
     const double opacity = transfer_.ComputeAlpha(ColorOfKey(key));
     known_[key] = InRange(opacity) ? Known::InRange : Known::OutOfRange;
+    if (known_[key] == Known::OutOfRange) return;
     opacityOfKey_[key] = opacity;
     byteOfKey_[key] = static_cast<unsigned char>(GroupMaskByte(opacity));
+    effectiveOfKey_[key] = static_cast<unsigned char>(group_ ? GroupMaskOpacity(alpha_, 255, byteOfKey_[key])
+                                                             : PlainMaskOpacity(alpha_, 255, opacity));
 }
 
-bool SoftMaskReader::ReadOpacitiesOfKeys(const unsigned char* keys, std::size_t count) {
+void SoftMaskReader::LearnAllKeys() {
+    const unsigned int count = key_ == Key::Index ? 1U << BitsPerPixel(format_) : key_ == Key::Alpha ? 256 : 1;
+    if (palette_ != nullptr && palette_->GetSize() < count) return;
+    allInRange_ = true;
+    for (unsigned int key = 0; key < count; ++key) {
+        LearnKey(key);
+        allInRange_ = allInRange_ && known_[key] == Known::InRange;
+    }
+}
+
+bool SoftMaskReader::LearnKeys(const unsigned char* keys, std::size_t count) {
+    if (allInRange_) return true;
     for (std::size_t i = 0; i < count; ++i) {
-        const unsigned int key = keys[i];
-        if (known_[key] != Known::InRange) {
-            if (known_[key] == Known::No) LearnKey(key);
-            if (known_[key] == Known::OutOfRange) return false;
-        }
-        if (group_) {
-            bytes_[i] = byteOfKey_[key];
-        } else {
-            opacities_[i] = opacityOfKey_[key];
-        }
+        if (known_[keys[i]] == Known::InRange) continue;
+        if (known_[keys[i]] == Known::No) LearnKey(keys[i]);
+        if (known_[keys[i]] == Known::OutOfRange) return false;
     }
     return true;
 }
@@ -130,9 +163,21 @@ bool SoftMaskReader::ReadOpacitiesOfColors(const unsigned char* row, unsigned in
 bool SoftMaskReader::Read(unsigned int x, unsigned int y, std::size_t count, const unsigned char* source,
                           unsigned char* effective) {
     const unsigned char* const row = rows_.Row(y);
-    const bool inRange =
-        key_ == Key::Color ? ReadOpacitiesOfColors(row, x, count) : ReadOpacitiesOfKeys(ReadKeys(row, x, count), count);
-    if (!inRange) return false;
+    if (key_ == Key::Color) {
+        if (!ReadOpacitiesOfColors(row, x, count)) return false;
+    } else {
+        const unsigned char* const keys = ReadKeys(row, x, count);
+        if (!LearnKeys(keys, count)) return false;
+        if (AllOpaque(source, count)) {
+            LookUpKeys(effectiveOfKey_, keys, count, effective);
+            return true;
+        }
+        if (group_) {
+            LookUpKeys(byteOfKey_, keys, count, bytes_.data());
+        } else {
+            LookUpKeys(opacityOfKey_, keys, count, opacities_.data());
+        }
+    }
     const MaskSpan span{opacities_.data(), bytes_.data(), source, effective, count, alpha_};
     (group_ ? ActiveStages().groupMask : ActiveStages().plainMask)(span);
     return true;

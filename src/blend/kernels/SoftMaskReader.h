@@ -24,8 +24,9 @@ public:
     static constexpr std::size_t kMostPixels = 512;
 
     /// @param mask has memory and one of the nine formats. @param alpha the constant alpha. @param group whether the
-    /// opacities are those of a group.
-    SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction& transfer, std::uint32_t alpha, bool group);
+    /// opacities are those of a group. @param pixels how many will be read, about.
+    SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction& transfer, std::uint32_t alpha, bool group,
+                   std::size_t pixels);
 
     /// Stores the effective source alpha of `count` packed source pixels under the mask pixels from (x, y) on.
     /// @return false if an opacity leaves 0 to 1; `effective` is then of no use.
@@ -47,10 +48,15 @@ private:
     };
     static constexpr std::size_t kRemembered = 1024;
 
+    /// From here on all keys are learnt at once, which saves looking for unknown ones.
+    static constexpr std::size_t kManyPixels = 8192;
+
     [[nodiscard]] Color ColorOfKey(unsigned int key) const;
     const unsigned char* ReadKeys(const unsigned char* row, unsigned int x, std::size_t count);
     void LearnKey(unsigned int key);
-    bool ReadOpacitiesOfKeys(const unsigned char* keys, std::size_t count);
+    void LearnAllKeys();
+    /// @return false if the opacity of a key leaves 0 to 1.
+    bool LearnKeys(const unsigned char* keys, std::size_t count);
     bool ReadOpacitiesOfColors(const unsigned char* row, unsigned int x, std::size_t count);
     double OpacityOfColor(const unsigned char* bgr);
 
@@ -60,12 +66,14 @@ private:
     RowsFromTop<const unsigned char> rows_;
     std::uint32_t alpha_;
     bool group_;
+    bool allInRange_ = false;  ///< all keys are known, and their opacities within 0 to 1
     Key key_ = Key::Nothing;
 
-    enum class Known : unsigned char { No, InRange, OutOfRange };
-    std::array<Known, 256> known_{};
+    enum class Known : unsigned char { InRange = 0, No = 1, OutOfRange = 2 };
+    std::array<Known, 256> known_;
     std::array<double, 256> opacityOfKey_;
-    std::array<unsigned char, 256> byteOfKey_;  ///< the opacity cut to 8 bits
+    std::array<unsigned char, 256> byteOfKey_;       ///< the opacity cut to 8 bits
+    std::array<unsigned char, 256> effectiveOfKey_;  ///< the effective alpha of an opaque source
     std::unique_ptr<Remembered[]> remembered_;
 
     std::array<unsigned char, kMostPixels> keys_;

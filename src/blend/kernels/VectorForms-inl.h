@@ -174,6 +174,17 @@ struct KnockoutStage {
         const Block snapshot = LoadBlock(span.snapshot + i * kPackedBytes);
         const Words ad = target.Alpha();
         const Words a0 = snapshot.Alpha();
+        // Where as is 0 the group's own colour stays; the alpha is new all the same, but under a stencil.
+        const WordMask unpainted = hn::Eq(as, hn::Zero(kWords));
+        const Words full = Constant(255);
+        if (All(hn::Eq(hn::And(ad, a0), full))) {
+            const Channels painted = EachChannel(StoredChannels(snapshot), source.Colors(), OnOpaque<Mode>{as, blend});
+            const Channels result = EachChannel(StoredChannels(target), painted, [&](Words old, Words fresh) {
+                return hn::IfThenElse(unpainted, old, fresh);
+            });
+            StoreWhereNot(keep, target, MakeBlock(result, full), packed);
+            return false;
+        }
         const Product v(as, a0);
         const Words ar = hn::Add(hn::Sub(a0, v.v1), as);
         const Words r = Reciprocal(ar);
@@ -181,8 +192,6 @@ struct KnockoutStage {
         const Channels painted = EachChannel(StraightChannels<Form>(snapshot, a0), source.Colors(),
                                              Divided<PackedForm::Straight, PlainNumerator<Mode>>{numerator, ar, r});
 
-        // Where as is 0 the group's own colour stays; the alpha is new all the same, but under a stencil.
-        const WordMask unpainted = hn::Eq(as, hn::Zero(kWords));
         const Words alpha = span.stencil ? ad : ar;
         const Channels result = EachChannel(StraightChannels<Form>(target, ad), painted, [&](Words old, Words fresh) {
             const Words channel = hn::IfThenElse(unpainted, old, fresh);

@@ -18,7 +18,7 @@ namespace vantu::HWY_NAMESPACE {
 namespace {
 
 /// trunc(k * (sa * t) / 255) as floor(trunc(k * (sa * t)) / 255), which is the same: the product is formed in double
-/// precision in this order, and floor(n / 255) is n * 32897 >> 23 below 2^16.
+/// precision in this order, and floor(n / 255) is (m + m/256) / 256 with m = n + 1 for n below 2^16.
 void PlainMask(const MaskSpan& span) {
     const hn::ScalableTag<double> doubles;
     const hn::Rebind<std::int32_t, decltype(doubles)> ints;
@@ -32,7 +32,8 @@ void PlainMask(const MaskSpan& span) {
         const auto sa = hn::PromoteTo(doubles, hn::BitCast(ints, hn::ShiftRight<24>(packed)));
         const auto product = hn::Mul(k, hn::Mul(sa, hn::LoadU(doubles, span.opacity + i)));
         const auto whole = hn::BitCast(pixels, hn::DemoteTo(ints, hn::Max(product, hn::Zero(doubles))));
-        const auto quotient = hn::ShiftRight<23>(hn::Mul(whole, hn::Set(pixels, 32897)));
+        const auto m = hn::Add(whole, hn::Set(pixels, 1));
+        const auto quotient = hn::ShiftRight<8>(hn::Add(m, hn::ShiftRight<8>(m)));
         hn::StoreU(hn::DemoteTo(bytes, hn::BitCast(ints, quotient)), bytes, span.effective + i);
     }
     MaskSpan tail = span;
