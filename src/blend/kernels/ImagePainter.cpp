@@ -1,19 +1,17 @@
 #include "blend/kernels/ImagePainter.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <cstring>
-#include <functional>
 #include <new>
 #include <optional>
 
 #include "blend/RangeWalk.h"
+#include "blend/kernels/ImageBlocks.h"
 #include "blend/kernels/SoftMaskReader.h"
 #include "blend/kernels/Stages.h"
 #include "blend/kernels/StencilReader.h"
 #include "blend/kernels/SurfacePainter.h"
-#include "pixel/FormatDispatch.h"
 #include "pixel/Spans.h"
 
 namespace vantu {
@@ -32,48 +30,6 @@ constexpr unsigned int kNarrow = 256;
 
 /// Most pixels that are taken for one row.
 constexpr std::uint64_t kMostJoined = 1U << 30;
-
-template <typename Byte>
-RowsFromTop<Byte> RowsOf(Byte* block, const IQorImage& image, PixelFormat format) {
-    return {block, image.GetWidth(), image.GetHeight(), format, image.GetAlignment(), image.IsBottomUp()};
-}
-
-/// Bytes of an image's block.
-std::size_t BlockSize(const IQorImage& image) {
-    return std::size_t{RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment())} * image.GetHeight();
-}
-
-/// Whether two images share bytes of their blocks.
-bool Overlap(const IQorImage& a, const IQorImage& b) {
-    const std::less<const unsigned char*> before;
-    const unsigned char* const pa = a.GetPixelData();
-    const unsigned char* const pb = b.GetPixelData();
-    return pa != nullptr && pb != nullptr && before(pa, pb + BlockSize(b)) && before(pb, pa + BlockSize(a));
-}
-
-/// Whether a rectangle of an image, taken to be of format `format`, lies inside the image's block.
-bool InsideBlock(const IQorImage& image, PixelFormat format, int x, int y, const PaintArea& area) {
-    const std::int64_t stride = RowStride(image.GetWidth(), format, image.GetAlignment());
-    const std::int64_t endX = std::int64_t{x} + area.width;
-    const std::int64_t endY = std::int64_t{y} + area.height;
-    const std::int64_t lastRow = image.IsBottomUp() ? std::int64_t{image.GetHeight()} - 1 - y : endY - 1;
-    return x >= 0 && y >= 0 && endY <= image.GetHeight() &&
-           lastRow * stride + (endX * BitsPerPixel(format) + 7) / 8 <= static_cast<std::int64_t>(BlockSize(image));
-}
-
-/// The rows behind an accessor record of pixels of format `format` themselves; nothing if it goes through a palette.
-std::optional<RowsFromTop<const unsigned char>> DirectRows(const DynamicAccessor& record, PixelFormat format,
-                                                           const RowsFromTop<unsigned char>& like) {
-    const unsigned char* const pixels =
-        DispatchFormat<const unsigned char*>(format, nullptr, [&]<PixelFormat F>() -> const unsigned char* {
-            const auto* const view = dynamic_cast<const Accessor<F>*>(record.accessor.get());
-            return view != nullptr && view->rowStep == like.rowStep ? view->pixels : nullptr;
-        });
-    if (pixels == nullptr) return std::nullopt;
-    RowsFromTop<const unsigned char> rows(pixels, 0, 0, format, 0, false);
-    rows.rowStep = like.rowStep;
-    return rows;
-}
 
 /// Paints the rectangles of one call as spans, or pixel by pixel where the order of the pixels can be seen.
 template <typename Traits>
@@ -332,11 +288,11 @@ private:
     const unsigned char* WrittenPixels(Span& span) const {
         const CompositeSpan& composite = span.composite;
         if (!targetCodec_->keepsUnwritten || Traits::kGroup || !HasAlpha(kernel_.source)) return composite.select;
-        for (std::size_t i = 0; i < composite.count; ++i) {
-            std::uint32_t pixel = 0;
-            std::memcpy(&pixel, composite.source + i * kPackedBytes, kPackedBytes);
-            const bool seen = (pixel & kPackedAlpha) != 0;
-            span.select[i] = composite.select == nullptr ? seen : seen & (composite.select[i] != 0);
+        const auto alpha = [&](std::size_t i) { return composite.source[i * kPackedBytes + 3]; };
+        if (composite.select == nullptr) {
+            for (std::size_t i = 0; i < composite.count; ++i) span.select[i] = alpha(i);
+        } else {
+            for (std::size_t i = 0; i < composite.count; ++i) span.select[i] = composite.select[i] != 0 ? alpha(i) : 0;
         }
         return span.select;
     }
