@@ -121,7 +121,8 @@ define the result. memcpy copies as many bytes as the destination has. – means
 Contents: a opaque source at constant alpha 128 over opaque; b random source alpha over opaque; c random over random;
 d sprite (60 % transparent, 30 % opaque, 10 % edge pixels, in runs) over opaque; e the same over alpha 128. Pairs are
 the numbers of the destination's and the source's `PixelFormat`. Without another word: 256×256 pixels of 32-bit
-premultiplied colour onto the same.
+premultiplied colour onto the same. Images are painted whole, so that without a mask all rows make one span; a
+rectangle inside a wider image is painted row by row.
 
 ![Speed by mode and content](speed.png)
 """
