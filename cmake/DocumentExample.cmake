@@ -1,5 +1,5 @@
-# document_block(<document> <language> <variable>): joins the blocks of a language in a Markdown document of this project
-# in a file, and gives its path.
+# document_block(<document> <language> <variable>): joins the blocks of a language in a Markdown document of this
+# project in a file, and gives its path.
 function(document_block document language variable)
     set(path ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/../${document})
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${path})
