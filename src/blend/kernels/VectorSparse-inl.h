@@ -7,6 +7,7 @@
 #define IMAGEOP_VECTOR_SPARSE_INL_H
 #endif
 
+#include <hwy/cache_control.h>
 #include <vantu/BlendMode.h>
 
 #include <algorithm>
@@ -126,7 +127,6 @@ private:
             }
             const unsigned int bits = Bits(live);
             live_[v] = static_cast<std::uint16_t>(bits);
-            if (bits == 0) continue;
             StorePixels(Packed(source, bits), source_ + gathered * kPackedBytes);
             StorePixels(Packed(target, bits), target_ + gathered * kPackedBytes);
             gathered += static_cast<std::size_t>(std::popcount(bits));
@@ -136,10 +136,17 @@ private:
 
     void PutBack(std::size_t first, std::size_t count) const {
         const unsigned char* from = target_;
+        const unsigned char* source = span_.source + first * kPackedBytes;
         unsigned char* HWY_RESTRICT onto = span_.target + first * kPackedBytes;
-        for (std::size_t v = 0; v < count / hn::Lanes(kPixels); ++v, onto += hn::Lanes(kPixels) * kPackedBytes) {
+        // Painting what was gathered leaves memory idle: the pixels after the next ones are asked for already here.
+        const std::size_t ahead = std::min(2 * count, span_.count - first - count) * kPackedBytes;
+        const std::size_t step = hn::Lanes(kPixels) * kPackedBytes;
+        for (std::size_t v = 0; v < count / hn::Lanes(kPixels); ++v, source += step, onto += step) {
+            hwy::Prefetch(source + ahead);
+            hwy::Prefetch(onto + ahead);
+            // No branch leaves out vectors without a pixel to paint: where their pattern is new to the processor, wrong
+            // guesses cost more than the work.
             const unsigned int bits = live_[v];
-            if (bits == 0) continue;
             StorePixels(Unpacked(LoadPixels(from), bits, LoadPixels(onto)), onto);
             from += kPackedBytes * static_cast<std::size_t>(std::popcount(bits));
         }
