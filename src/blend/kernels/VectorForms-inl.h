@@ -88,17 +88,22 @@ struct PlainStage {
         const Source source(span, i);
         WordMask keep = hn::Eq(source.alpha, zero);
         if (All(keep)) return false;
+        unsigned char* const packed = span.target + i * kPackedBytes;
+        const Words as = source.opacity;
+        const bool opaqueSource = All(hn::Eq(hn::And(source.alpha, as), full));
+        const bool replaces = Mode == BlendMode::Normal && opaqueSource;
+        if (replaces && span.select == nullptr) {
+            StoreBlock(source.block, packed);
+            return false;
+        }
         keep = hn::Or(keep, Unselected(span, i));
         const bool sparse = hn::CountTrue(kWords, keep) > BlockPixels() / 4;
-        unsigned char* const packed = span.target + i * kPackedBytes;
         const Block target = LoadBlock(packed);
-        const Words as = source.opacity;
-        const Words ab = target.Alpha();
-        const bool opaqueSource = All(hn::Eq(hn::And(source.alpha, as), full));
-        if (Mode == BlendMode::Normal && opaqueSource) {
+        if (replaces) {
             StoreWhereNot(keep, target, source.block, packed);
             return sparse;
         }
+        const Words ab = target.Alpha();
         const Channels cs = source.Colors();
         if (All(hn::Eq(ab, full))) {
             const Channels result = EachChannel(StoredChannels(target), cs, OnOpaque<Mode>{as, blend});
