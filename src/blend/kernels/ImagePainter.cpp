@@ -65,6 +65,8 @@ public:
         };
         if (inOrder_) {
             inOrder(area, 0, 0);
+        } else if (CopiesBytes()) {
+            CopyRows(RowsJoined(area));
         } else {
             PaintSpans(
                 RowsJoined(area), false, [](const Piece&, Span&) { return Verdict::Composite; }, inOrder);
@@ -123,6 +125,21 @@ private:
         return InsideBlock(source_, kernel_.source, area.sourceX, area.sourceY, area) &&
                (targetCodec_ == nullptr ||
                 InsideBlock(destination_, kernel_.destination, area.targetX, area.targetY, area));
+    }
+
+    /// Whether the source's bytes replace the target's as they are: Normal at full alpha between images of a format
+    /// that has no alpha and stores channels whole.
+    [[nodiscard]] bool CopiesBytes() const {
+        return !Traits::kGroup && kernel_.mode == BlendMode::Normal && *request_.alpha == 255 &&
+               kernel_.source == PixelFormat::Bgr24 && kernel_.destination == PixelFormat::Bgr24;
+    }
+
+    void CopyRows(const PaintArea& area) {
+        const std::size_t bytes = std::size_t{area.width} * sourceCodec_.bytesPerPixel;
+        for (int j = 0; j < static_cast<int>(area.height); ++j) {
+            std::memcpy(At(targetRows_, *targetCodec_, area.targetX, area.targetY + j, area).pixels,
+                        At(sourceRows_, sourceCodec_, area.sourceX, area.sourceY + j, area).pixels, bytes);
+        }
     }
 
     /// The same pixels as one row, if the rows of target and source follow each other without gaps: outside groups, of
