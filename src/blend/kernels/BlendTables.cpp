@@ -65,7 +65,6 @@ const PairTable& GetPairTable() {
     return table;
 }
 
-template const PairTable& GetPairTable<BlendMode::ColorDodge>();
 template const PairTable& GetPairTable<BlendMode::ColorBurn>();
 template const PairTable& GetPairTable<BlendMode::SoftLight>();
 

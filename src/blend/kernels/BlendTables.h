@@ -14,7 +14,7 @@ namespace vantu {
 /// B(cb, cs) of a mode at 256*cb + cs.
 using PairTable = std::array<unsigned char, 65536>;
 
-/// The table of a mode that costs more to compute than to look up: ColorDodge, ColorBurn or SoftLight.
+/// The table of a mode that costs more to compute than to look up: ColorBurn or SoftLight.
 template <BlendMode Mode>
 const PairTable& GetPairTable();
 
