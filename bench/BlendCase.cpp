@@ -3,7 +3,7 @@
 #include <array>
 #include <string_view>
 
-#include "blend/kernels/ModeTable.h"
+#include "blend/definition/ModeTable.h"
 
 namespace vantu::bench {
 namespace {

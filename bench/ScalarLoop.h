@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "blend/kernels/CompositeSteps.h"
+#include "blend/definition/CompositeSteps.h"
 #include "pixel/PixelCodec.h"
 
 namespace vantu::bench {

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "blend/GroupResolve.h"
-#include "blend/kernels/KernelTables.h"
+#include "blend/painting/KernelTables.h"
 
 namespace vantu {
 

@@ -1,4 +1,4 @@
-#include "blend/kernels/BlendFunctions.h"
+#include "blend/definition/BlendFunctions.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-#include "blend/kernels/ModeTable.h"
+#include "blend/definition/ModeTable.h"
 
 namespace vantu::test {
 namespace {

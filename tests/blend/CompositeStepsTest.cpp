@@ -1,10 +1,10 @@
-#include "blend/kernels/CompositeSteps.h"
+#include "blend/definition/CompositeSteps.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 
-#include "blend/kernels/ModeTable.h"
+#include "blend/definition/ModeTable.h"
 #include "support/Picture.h"
 
 namespace vantu::test {

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "blend/kernels/CompositeSteps.h"
-#include "blend/kernels/ModeTable.h"
+#include "blend/definition/CompositeSteps.h"
+#include "blend/definition/ModeTable.h"
 #include "pixel/DynamicAccessor.h"
 #include "support/Picture.h"
 

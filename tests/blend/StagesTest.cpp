@@ -1,4 +1,4 @@
-#include "blend/kernels/Stages.h"
+#include "blend/stages/Stages.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <random>
 #include <vector>
 
-#include "blend/kernels/CompositeSteps.h"
+#include "blend/definition/CompositeSteps.h"
 #include "support/VectorTargets.h"
 
 namespace vantu::test {

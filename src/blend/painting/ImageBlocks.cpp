@@ -1,4 +1,4 @@
-#include "blend/kernels/ImageBlocks.h"
+#include "blend/painting/ImageBlocks.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "blend/kernels/SurfacePainter.h"
+#include "blend/painting/SurfacePainter.h"
 
 namespace vantu {
 namespace {

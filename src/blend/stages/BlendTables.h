@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdint>
 
-#include "blend/kernels/WordTables.h"
+#include "blend/stages/WordTables.h"
 
 // Tables for vector code, made at first use from the functions that define the modes.
 

@@ -1,17 +1,17 @@
-#include "blend/kernels/Stages.h"
+#include "blend/stages/Stages.h"
 
 #include "pixel/VectorTargets.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "blend/kernels/VectorStages.cpp"
+#define HWY_TARGET_INCLUDE "blend/stages/VectorStages.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "blend/kernels/ModeTable.h"
+#include "blend/definition/ModeTable.h"
 
 #if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
-#include "blend/kernels/VectorRuns-inl.h"
-#include "blend/kernels/VectorWords-inl.h"
+#include "blend/stages/VectorRuns-inl.h"
+#include "blend/stages/VectorWords-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "blend/kernels/Stages.h"
+#include "blend/stages/Stages.h"
 #include "pixel/Accessor.h"
 
 namespace vantu {

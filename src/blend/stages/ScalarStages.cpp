@@ -1,6 +1,6 @@
-#include "blend/kernels/CompositeSteps.h"
-#include "blend/kernels/ModeTable.h"
-#include "blend/kernels/Stages.h"
+#include "blend/definition/CompositeSteps.h"
+#include "blend/definition/ModeTable.h"
+#include "blend/stages/Stages.h"
 #include "pixel/PixelCodec.h"
 
 namespace vantu {

@@ -1,4 +1,4 @@
-#include "blend/kernels/SoftMaskReader.h"
+#include "blend/painting/SoftMaskReader.h"
 
 #include <vantu/CExponentialPDFTransferFunction.h>
 #include <vantu/CIdentityPDFTransferFunction.h>
@@ -7,7 +7,7 @@
 #include <cstring>
 #include <typeinfo>
 
-#include "blend/kernels/CompositeSteps.h"
+#include "blend/definition/CompositeSteps.h"
 #include "pixel/PixelCodec.h"
 
 namespace vantu {

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "blend/kernels/BlendFunctions.h"
+#include "blend/definition/BlendFunctions.h"
 
 // What happens to one pixel, on straight colours in unsigned 32-bit arithmetic. These steps are the definition:
 // surfaces and every fallback run them pixel by pixel, and all faster code is tested against them.

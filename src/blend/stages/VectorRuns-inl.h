@@ -10,9 +10,9 @@
 #include <cstddef>
 #include <cstring>
 
-#include "blend/kernels/Stages.h"
-#include "blend/kernels/VectorSparse-inl.h"
-#include "blend/kernels/VectorWords-inl.h"
+#include "blend/stages/Stages.h"
+#include "blend/stages/VectorSparse-inl.h"
+#include "blend/stages/VectorWords-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {

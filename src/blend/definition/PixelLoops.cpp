@@ -1,7 +1,7 @@
-#include "blend/kernels/PixelLoops.h"
+#include "blend/definition/PixelLoops.h"
 
-#include "blend/kernels/CompositeSteps.h"
-#include "blend/kernels/ModeTable.h"
+#include "blend/definition/CompositeSteps.h"
+#include "blend/definition/ModeTable.h"
 
 namespace vantu {
 namespace {

@@ -17,10 +17,10 @@
 #include <cstdint>
 #include <cstring>
 
-#include "blend/kernels/LaneTables.h"
-#include "blend/kernels/Stages.h"
-#include "blend/kernels/VectorForms-inl.h"
-#include "blend/kernels/VectorWords-inl.h"
+#include "blend/stages/LaneTables.h"
+#include "blend/stages/Stages.h"
+#include "blend/stages/VectorForms-inl.h"
+#include "blend/stages/VectorWords-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "blend/kernels/PixelLoops.h"
+#include "blend/definition/PixelLoops.h"
 
 namespace vantu {
 

@@ -1,9 +1,9 @@
-#include "blend/kernels/BlendTables.h"
+#include "blend/stages/BlendTables.h"
 
 #include <algorithm>
 #include <cstdint>
 
-#include "blend/kernels/BlendFunctions.h"
+#include "blend/definition/BlendFunctions.h"
 
 namespace vantu {
 namespace {

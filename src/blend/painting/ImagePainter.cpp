@@ -1,4 +1,4 @@
-#include "blend/kernels/ImagePainter.h"
+#include "blend/painting/ImagePainter.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -7,11 +7,11 @@
 #include <optional>
 
 #include "blend/RangeWalk.h"
-#include "blend/kernels/ImageBlocks.h"
-#include "blend/kernels/SoftMaskReader.h"
-#include "blend/kernels/Stages.h"
-#include "blend/kernels/StencilReader.h"
-#include "blend/kernels/SurfacePainter.h"
+#include "blend/painting/ImageBlocks.h"
+#include "blend/painting/SoftMaskReader.h"
+#include "blend/painting/StencilReader.h"
+#include "blend/painting/SurfacePainter.h"
+#include "blend/stages/Stages.h"
 #include "pixel/Spans.h"
 
 namespace vantu {

@@ -1,4 +1,4 @@
-#include "blend/kernels/Stages.h"
+#include "blend/stages/Stages.h"
 
 namespace vantu {
 

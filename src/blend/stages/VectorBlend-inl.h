@@ -9,9 +9,9 @@
 
 #include <vantu/BlendMode.h>
 
-#include "blend/kernels/BlendTables.h"
-#include "blend/kernels/VectorDivision-inl.h"
-#include "blend/kernels/VectorWords-inl.h"
+#include "blend/stages/BlendTables.h"
+#include "blend/stages/VectorDivision-inl.h"
+#include "blend/stages/VectorWords-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {

@@ -1,10 +1,10 @@
-#include "blend/kernels/KernelTables.h"
+#include "blend/painting/KernelTables.h"
 
 #include <array>
 
-#include "blend/kernels/ImagePainter.h"
-#include "blend/kernels/ModeTable.h"
-#include "blend/kernels/SurfacePainter.h"
+#include "blend/definition/ModeTable.h"
+#include "blend/painting/ImagePainter.h"
+#include "blend/painting/SurfacePainter.h"
 #include "pixel/FormatDispatch.h"
 
 namespace vantu {

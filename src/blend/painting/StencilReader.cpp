@@ -1,4 +1,4 @@
-#include "blend/kernels/StencilReader.h"
+#include "blend/painting/StencilReader.h"
 
 #include <array>
 #include <bit>

@@ -12,8 +12,8 @@
 
 #include <cstdint>
 
-#include "blend/kernels/VectorWords-inl.h"
-#include "blend/kernels/WordTables.h"
+#include "blend/stages/VectorWords-inl.h"
+#include "blend/stages/WordTables.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {

@@ -11,11 +11,11 @@
 
 #include <cstddef>
 
-#include "blend/kernels/Stages.h"
-#include "blend/kernels/VectorBlend-inl.h"
-#include "blend/kernels/VectorComposite-inl.h"
-#include "blend/kernels/VectorDivision-inl.h"
-#include "blend/kernels/VectorWords-inl.h"
+#include "blend/stages/Stages.h"
+#include "blend/stages/VectorBlend-inl.h"
+#include "blend/stages/VectorComposite-inl.h"
+#include "blend/stages/VectorDivision-inl.h"
+#include "blend/stages/VectorWords-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
