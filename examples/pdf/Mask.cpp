@@ -1,0 +1,74 @@
+#include "Mask.h"
+
+#include <vantu/CQorImage.h>
+
+namespace pdf {
+
+namespace {
+
+// round(a * b / 255)
+unsigned char Product(unsigned int a, unsigned int b) {
+    return static_cast<unsigned char>((a * b * 2 + 255) / 510);
+}
+
+// The sample of a mask, also where it has none.
+unsigned char SampleAt(const Mask& mask, int x, int y) {
+    const Pixels& box = mask.box;
+    if (x < box.x0 || x >= box.x1 || y < box.y0 || y >= box.y1) return 0;
+    return mask.image ? RowOf(mask, y)[x - box.x0] : 255;
+}
+
+// The part of a mask in a box inside its own.
+Mask Cut(const Mask& mask, const Pixels& box) {
+    if (!mask.image) return {box, nullptr};
+    Mask out = MakeMask(box);
+    for (int y = box.y0; y < box.y1; ++y) {
+        const unsigned char* const row = RowOf(mask, y) + (box.x0 - mask.box.x0);
+        std::copy(row, row + Width(box), RowOf(out, y));
+    }
+    return out;
+}
+
+bool IsSame(const Pixels& a, const Pixels& b) {
+    return a.x0 == b.x0 && a.y0 == b.y0 && a.x1 == b.x1 && a.y1 == b.y1;
+}
+
+}  // namespace
+
+Mask MakeMask(const Pixels& box) {
+    if (IsEmpty(box)) return {};
+    return {box, std::make_shared<vantu::CQorImage>(static_cast<unsigned int>(Width(box)),
+                                                    static_cast<unsigned int>(Height(box)), vantu::PixelFormat::Index8,
+                                                    static_cast<unsigned char>(1), false)};
+}
+
+unsigned char* RowOf(const Mask& mask, int y) {
+    return mask.image->GetPixelData() + static_cast<std::size_t>(y - mask.box.y0) * mask.image->GetWidth();
+}
+
+Mask Intersect(const Mask& a, const Mask& b) {
+    const Pixels box = Intersect(a.box, b.box);
+    if (IsEmpty(box)) return {};
+    if (!b.image) return IsSame(box, a.box) ? a : Cut(a, box);
+    if (!a.image) return IsSame(box, b.box) ? b : Cut(b, box);
+    Mask out = Cut(a, box);
+    for (int y = box.y0; y < box.y1; ++y) {
+        unsigned char* const row = RowOf(out, y);
+        const unsigned char* const other = RowOf(b, y) + (box.x0 - b.box.x0);
+        for (int x = 0; x < Width(box); ++x) row[x] = Product(row[x], other[x]);
+    }
+    return out;
+}
+
+Mask Subtract(const Mask& a, const Mask& b) {
+    if (IsEmpty(Intersect(a.box, b.box))) return a;
+    Mask out = MakeMask(a.box);
+    for (int y = a.box.y0; y < a.box.y1; ++y) {
+        unsigned char* const row = RowOf(out, y);
+        for (int x = a.box.x0; x < a.box.x1; ++x)
+            row[x - a.box.x0] = Product(SampleAt(a, x, y), 255U - SampleAt(b, x, y));
+    }
+    return out;
+}
+
+}  // namespace pdf

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <vantu/IQorImage.h>
+
+#include <memory>
+
+#include "Geometry.h"
+
+namespace pdf {
+
+// Where on the page something is, and how much of each pixel: 8-bit samples with a grey ramp as palette, 0 outside, 255
+// inside. Outside of `box` nothing is inside; without an image all of `box` is. Read only once it is made, so that
+// graphics states may share it.
+struct Mask {
+    Pixels box{0, 0, 0, 0};
+    std::shared_ptr<vantu::IQorImage> image;  // top-down, as large as `box`
+};
+
+// A mask of `box` with the samples 0.
+Mask MakeMask(const Pixels& box);
+
+// The first sample of a row of the page. REQUIRES: `mask` has an image and `y` is a row of its box.
+unsigned char* RowOf(const Mask& mask, int y);
+
+// What lies in both: round(a * b / 255) in each pixel.
+Mask Intersect(const Mask& a, const Mask& b);
+
+// What of `a` is not in `b`: round(a * (255 - b) / 255) in each pixel.
+Mask Subtract(const Mask& a, const Mask& b);
+
+}  // namespace pdf

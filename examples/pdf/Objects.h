@@ -1,0 +1,46 @@
+#pragma once
+
+#include <qpdf/QPDFObjectHandle.hh>
+#include <string>
+#include <vector>
+
+#include "Geometry.h"
+
+namespace pdf {
+
+// Readers of PDF objects that answer for objects of any type, as damaged files need it.
+
+// The entry of a dictionary or of a stream's dictionary; null of anything else.
+QPDFObjectHandle Entry(QPDFObjectHandle object, const std::string& key);
+
+// The first of two entries that is there: long and short names in inline images.
+QPDFObjectHandle Entry(QPDFObjectHandle object, const std::string& key, const std::string& otherKey);
+
+// The item of an array; null of anything else and outside of it.
+QPDFObjectHandle Item(QPDFObjectHandle array, int index);
+
+// A finite number, or the fallback.
+double ToNumber(QPDFObjectHandle object, double fallback);
+
+// A number that is whole after truncation and that an int can hold, or the fallback.
+int ToInteger(QPDFObjectHandle object, int fallback);
+
+// true or false, or the fallback.
+bool ToBool(QPDFObjectHandle object, bool fallback);
+
+// A name with its slash; empty for anything else.
+std::string ToName(QPDFObjectHandle object);
+
+// The numbers of an array, 0 for an item that is none; empty for anything else.
+std::vector<double> ToNumbers(QPDFObjectHandle array);
+
+// The rectangle of an array of four numbers, its corners put in order; the fallback for anything else.
+Box ToBox(QPDFObjectHandle array, const Box& fallback);
+
+// The matrix of an array of six numbers; the identity for anything else.
+Matrix ToMatrix(QPDFObjectHandle array);
+
+// The bytes of a stream with its filters undone, but for those of pictures; empty if they cannot be.
+std::string ToBytes(QPDFObjectHandle stream);
+
+}  // namespace pdf
