@@ -1,8 +1,8 @@
 #include <vantu/CDIBLoader.h>
 #include <vantu/CDIBSaver.h>
 
+#include "fuzz/Files.h"
 #include "fuzz/LoadAndCheck.h"
-#include "fuzz/MemoryFile.h"
 
 using namespace vantu;
 using namespace vantu::fuzz;
@@ -10,14 +10,14 @@ using namespace vantu::fuzz;
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     for (const bool skipFileHeader : {false, true}) {
         const auto [own, made] = LoadEachWay([&](IGraphicsFactory* factory) {
-            const MemoryFile file({data, size});
+            const InputFile file({data, size});
             return CDIBLoader(factory).Load(file.Descriptor(), nullptr, skipFileHeader);
         });
         Require(!made || made->IsBottomUp(), "a factory is asked for bottom-up images");
         const std::uint64_t stride = own ? RowStride(own->GetWidth(), own->GetPixelFormat(), 4) : 0;
         if (!own || stride * own->GetHeight() > 1 << 20) continue;
 
-        const MemoryFile saved({});
+        const OutputFile saved;
         Require(CDIBSaver().Save(*own, saved.Descriptor()), "an image is saved");
         const auto again = CDIBLoader().Load(saved.Descriptor(), nullptr, false);
         Require(again && SameRows(*own, *again), "an image that is saved and loaded is the same");

@@ -1,7 +1,7 @@
 #include <vantu/CJPEGLoader.h>
 
+#include "fuzz/Files.h"
 #include "fuzz/LoadAndCheck.h"
-#include "fuzz/MemoryFile.h"
 
 using namespace vantu;
 using namespace vantu::fuzz;
@@ -10,14 +10,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     unsigned int width = 0;
     unsigned int height = 0;
     auto format = PixelFormat::Index1;
-    const MemoryFile header({data, size});
+    const InputFile header({data, size});
     const bool sized = CJPEGLoader().GetImageSize(header.Descriptor(), width, height, format);
     Require(sized == (format == PixelFormat::Bgr24), "the format is told if and only if the header can be read");
     // A progressive file of a few bytes can ask for minutes of work.
     if (std::uint64_t{width} * height > 1 << 15) return 0;
 
     const auto [own, made] = LoadEachWay([&](IGraphicsFactory* factory) {
-        const MemoryFile file({data, size});
+        const InputFile file({data, size});
         return CJPEGLoader(factory).Load(file.Descriptor(), nullptr);
     });
     if (!own) return 0;

@@ -2,11 +2,12 @@
 
 #include <vantu/Export.h>
 
+#include <cstddef>
 #include <string>
 
 /// @file
-/// File access of the host system, by descriptor. The library only calls these. None of them reports why it failed; two
-/// threads may work on distinct descriptors at once.
+/// File access of the host system, by descriptor. The library only calls these, and `QorOpenMemory` not even that. None
+/// of them reports why it failed; two threads may work on distinct descriptors at once.
 
 namespace vantu {
 
@@ -23,6 +24,15 @@ inline constexpr int QOR_OPEN_CREATE = 0x101;
 VANTU_API int QorOpenFile(const std::string& path, int* fd, int flags);
 /// The same by a wide path.
 VANTU_API int QorOpenFileW(const std::wstring& path, int* fd, int flags);
+/// Opens bytes in memory as a file to read: for streams of documents and members of archives. Nothing is copied and no
+/// file is made. `QorReadFile`, `QorSeekFile` and `QorCloseFile` work on it, `QorWriteFile` writes nothing.
+/// @param bytes stay the caller's.
+///        REQUIRES: they are there and do not change until the descriptor is closed.
+/// @param size their number.
+/// @param[out] fd the descriptor, a number below -1, which the system knows nothing of; untouched on failure. There may
+///        be 2^31 - 1 of them at once.
+/// @return non-zero on success, 0 if there is no memory for one more.
+VANTU_API int QorOpenMemory(const void* bytes, std::size_t size, int* fd);
 /// Reads bytes at the file position and moves it.
 /// @param buffer room for `size` bytes.
 /// @param size number of bytes wanted.

@@ -2,10 +2,13 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <vector>
 
 #include <fcntl.h>
 #include <unistd.h>
+
+#include "MemoryFiles.h"
 
 namespace vantu {
 namespace {
@@ -50,6 +53,11 @@ unsigned int MoveFully(unsigned int size, Move move) {
     return done;
 }
 
+/// The file over bytes in memory that has this descriptor; null for a file of the system.
+MemoryFile* InMemory(int fd) {
+    return fd < -1 ? MemoryFiles::Instance().Find(fd) : nullptr;
+}
+
 void AppendIntel(std::vector<unsigned char>& bytes, unsigned int value, unsigned int size) {
     for (unsigned int i = 0; i < size; ++i) bytes.push_back(static_cast<unsigned char>(value >> (8 * i)));
 }
@@ -78,16 +86,29 @@ int QorOpenFileW(const std::wstring& path, int* fd, int flags) {
     return QorOpenFile(Utf8(path), fd, flags);
 }
 
+int QorOpenMemory(const void* bytes, std::size_t size, int* fd) {
+    try {
+        const auto opened = MemoryFiles::Instance().Open({bytes, size});
+        if (opened) *fd = *opened;
+        return opened ? 1 : 0;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+}
+
 unsigned int QorReadFile(void* buffer, unsigned int size, int fd) {
+    if (MemoryFile* const file = InMemory(fd)) return file->Read(buffer, size);
     return MoveFully(size, [=](unsigned int done) { return read(fd, static_cast<char*>(buffer) + done, size - done); });
 }
 
 long long QorSeekFile(int fd, long long offset, int origin) {
+    if (MemoryFile* const file = InMemory(fd)) return file->Seek(offset, origin);
     return lseek(fd, offset, origin);
 }
 
 int QorCloseFile(int fd) {
-    return close(fd) == 0 ? 1 : 0;
+    const bool closed = fd < -1 ? MemoryFiles::Instance().Close(fd) : close(fd) == 0;
+    return closed ? 1 : 0;
 }
 
 unsigned int QorWriteFile(const void* buffer, unsigned int size, int fd) {

@@ -4,12 +4,14 @@
 #include <vantu/CDIBLoader.h>
 #include <vantu/CJPEGLoader.h>
 #include <vantu/CPNGLoader.h>
+#include <vantu/QorIo.h>
 
 #include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -52,6 +54,23 @@ private:
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
     std::unique_ptr<std::FILE, Close> file_{std::tmpfile()};
+};
+
+/// Bytes in memory, open at their start. Not for programs with file functions of their own.
+class MemoryFile {
+public:
+    explicit MemoryFile(Bytes bytes) : bytes_(std::move(bytes)) {
+        EXPECT_NE(QorOpenMemory(bytes_.data(), bytes_.size(), &fd_), 0);
+    }
+    ~MemoryFile() { QorCloseFile(fd_); }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+
+    [[nodiscard]] int Descriptor() const { return fd_; }
+
+private:
+    const Bytes bytes_;
+    int fd_ = -1;
 };
 
 inline std::string Kind(const std::string& file) {

@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 #include <vantu/QorIo.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <limits>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -86,6 +89,58 @@ TEST_F(QorIo, WhatCannotBe) {
     EXPECT_EQ(QorWriteFile(&byte, 1, -1), 0U);
     EXPECT_EQ(QorSeekFile(-1, 0, 0), -1);
     EXPECT_EQ(QorCloseFile(-1), 0);
+}
+
+TEST(QorMemory, ReadsAndSeeksAsAFileAndWritesNothing) {
+    const Bytes bytes = {1, 2, 3, 4, 5};
+    int fd = -1;
+    ASSERT_NE(QorOpenMemory(bytes.data(), bytes.size(), &fd), 0);
+    EXPECT_LT(fd, -1) << "no number of the system's";
+    std::array<unsigned char, 4> buffer{};
+    EXPECT_EQ(QorReadFile(buffer.data(), 4, fd), 4U);
+    EXPECT_EQ(QorReadFile(buffer.data(), 4, fd), 1U);
+    EXPECT_EQ(buffer, (std::array<unsigned char, 4>{5, 2, 3, 4}));
+    EXPECT_EQ(QorReadFile(buffer.data(), 4, fd), 0U);
+    EXPECT_EQ(QorSeekFile(fd, 1, 0), 1);
+    EXPECT_EQ(QorSeekFile(fd, 2, 1), 3);
+    EXPECT_EQ(QorSeekFile(fd, -4, 2), 1);
+    for (const int origin : {0, 1, 2, 3}) EXPECT_EQ(QorSeekFile(fd, -9, origin), -1);
+    EXPECT_EQ(QorSeekFile(fd, std::numeric_limits<long long>::max(), 1), -1);
+    EXPECT_EQ(QorSeekFile(fd, std::numeric_limits<long long>::min(), 1), -1);
+    EXPECT_EQ(QorSeekFile(fd, 0, 1), 1) << "a seek that fails moves nothing";
+    EXPECT_EQ(QorSeekFile(fd, 90, 0), 90);
+    EXPECT_EQ(QorReadFile(buffer.data(), 4, fd), 0U);
+    EXPECT_EQ(QorSeekFile(fd, 0, 0), 0);
+    EXPECT_EQ(QorWriteFile(buffer.data(), 4, fd), 0U);
+    EXPECT_EQ(QorReadFile(buffer.data(), 1, fd), 1U);
+    EXPECT_EQ(buffer[0], 1);
+    EXPECT_NE(QorCloseFile(fd), 0);
+    EXPECT_EQ(QorCloseFile(fd), 0);
+    EXPECT_EQ(QorReadFile(buffer.data(), 1, fd), 0U);
+    EXPECT_EQ(QorSeekFile(fd, 0, 0), -1);
+    ASSERT_NE(QorOpenMemory(nullptr, 0, &fd), 0);
+    EXPECT_EQ(QorReadFile(buffer.data(), 1, fd), 0U);
+    QorCloseFile(fd);
+}
+
+TEST(QorMemory, ManyAtOnceAndEachItsOwn) {
+    constexpr std::size_t kFiles = 100'000;  // a process has not so many of the system's
+    Bytes bytes(kFiles);
+    for (std::size_t i = 0; i < kFiles; ++i) bytes[i] = static_cast<unsigned char>(i * 7 >> 3);
+    std::vector<int> files(kFiles, -1);
+    const auto open = [&](std::size_t i) { ASSERT_NE(QorOpenMemory(&bytes[i], 1, &files[i]), 0); };
+    for (std::size_t i = 0; i < kFiles; ++i) open(i);
+    const int last = *std::ranges::min_element(files);
+    for (std::size_t i = 0; i < kFiles; i += 3) EXPECT_NE(QorCloseFile(files[i]), 0);
+    for (std::size_t i = 0; i < kFiles; i += 3) open(i);
+    EXPECT_EQ(*std::ranges::min_element(files), last) << "what is closed is used again";
+    EXPECT_EQ(std::set<int>(files.begin(), files.end()).size(), kFiles);
+    for (std::size_t i = 0; i < kFiles; ++i) {
+        unsigned char byte = 0;
+        ASSERT_EQ(QorReadFile(&byte, 1, files[i]), 1U);
+        ASSERT_EQ(byte, bytes[i]);
+        ASSERT_NE(QorCloseFile(files[i]), 0);
+    }
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <vantu/QorIo.h>
 
 #include <latch>
 #include <thread>
@@ -110,6 +111,23 @@ TEST(Threads, MayReadTheSameSourceMaskAndFunction) {
     });
     EXPECT_EQ(std::ranges::count(painted, painted[0]), kThreads);
     EXPECT_EQ(std::ranges::count(colors, colors[0]), kThreads);
+}
+
+TEST(Threads, OpenReadAndCloseBytesInMemory) {
+    std::vector<unsigned int> sums(kThreads);
+    AtOnce([&](std::uint32_t i) {
+        for (unsigned int n = 0; n < 2000; ++n) {
+            const unsigned char bytes[] = {static_cast<unsigned char>(i), static_cast<unsigned char>(n)};
+            unsigned char read[2] = {};
+            int fd = -1;
+            QorOpenMemory(bytes, 2, &fd);
+            QorReadFile(read, 1, fd);
+            QorReadFile(read + 1, 9, fd);
+            sums[i] += read[0] == bytes[0] && read[1] == bytes[1] ? 1 : 0;
+            QorCloseFile(fd);
+        }
+    });
+    EXPECT_EQ(sums, std::vector<unsigned int>(kThreads, 2000));
 }
 
 TEST(Threads, EvaluateOneFunction) {
