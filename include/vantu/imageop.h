@@ -23,6 +23,7 @@
 #include <vantu/CIdentityPDFTransferFunction.h>
 #include <vantu/CJPEGLoader.h>
 #include <vantu/CPNGLoader.h>
+#include <vantu/CPNGSaver.h>
 #include <vantu/CPostscriptPDFTransferFunction.h>
 #include <vantu/CQorImage.h>
 #include <vantu/CQorManagedObject.h>

@@ -1,6 +1,7 @@
 // Every allocation of a call fails once. Nothing leaks, and whatever lived before the call is as it was and of use.
 
 #include <vantu/CDIBSaver.h>
+#include <vantu/CPNGSaver.h>
 #include <vantu/CQorImage.h>
 #include <vantu/CQorStorage.h>
 #include <vantu/ImageUtil.h>
@@ -49,14 +50,20 @@ TEST(AllocationFailure, LoadersGiveAllOrNothingAndCloseTheFile) {
     }
 }
 
-TEST(AllocationFailure, SaverClosesTheFile) {
-    TheFile() = {};
-    const CQorImage image(3, 2, Index4, 4, false);
-    EXPECT_GE(WithEveryAllocationFailing([&](Failure& failure) {
-                  failure.In([&] { return CDIBSaver().Save(image, std::string("file")); });
-                  EXPECT_EQ(TheFile().open, 0);
-              }),
-              1U);
+TEST(AllocationFailure, SaversThrowAndCloseTheFile) {
+    TheFile() = {.hollow = true};
+    const CQorImage indices(3, 2, Index4, 4, false), colors(3, 2, Bgra32Premultiplied, 4, false);
+    for (const bool png : {false, true}) {
+        const unsigned long count = WithEveryAllocationFailing([&](Failure& failure) {
+            const Outcome outcome = failure.In([&] {
+                return png ? CPNGSaver().Save(colors, std::string("file"))
+                           : CDIBSaver().Save(indices, std::string("file"));
+            });
+            EXPECT_NE(outcome, Outcome::False);
+            EXPECT_EQ(TheFile().open, 0);
+        });
+        EXPECT_GE(count, 1U);
+    }
 }
 
 using Ranges = std::vector<std::tuple<int, int, int, int>>;

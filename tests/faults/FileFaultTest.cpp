@@ -1,6 +1,7 @@
 // The file functions give short reads at every offset, fail for good or once, do not open and do not seek.
 
 #include <vantu/CDIBSaver.h>
+#include <vantu/CPNGSaver.h>
 #include <vantu/CQorImage.h>
 
 #include <span>
@@ -94,19 +95,25 @@ TEST(FileFault, FilesThatDoNotOpenOrSeek) {
         EXPECT_EQ(TheFile().open, 0);
     }
     EXPECT_FALSE(CDIBSaver().Save(CQorImage(3, 2, PixelFormat::Index4, 4, false), std::wstring(L"any")));
+    EXPECT_FALSE(CPNGSaver().Save(CQorImage(3, 2, PixelFormat::Index4, 4, false), std::wstring(L"any")));
 }
 
 TEST(FileFault, WritesThatStopLeaveTheBeginningOfTheFile) {
     const CQorImage image(3, 2, PixelFormat::Index4, 4, false);
-    TheFile() = {};
-    EXPECT_TRUE(CDIBSaver().Save(image, std::string("file")));
-    const Bytes whole = TheFile().bytes;
-    EXPECT_EQ(whole.size(), kDibHeaders + 16 * 4 + 2 * 4);
-    for (std::size_t offset = 0; offset < whole.size(); ++offset) {
-        TheFile() = {.badOffset = offset};
-        EXPECT_TRUE(CDIBSaver().Save(image, std::string("file"))) << "writing errors are not reported";
-        EXPECT_TRUE(std::ranges::equal(TheFile().bytes, std::span(whole).first(offset)));
-        EXPECT_EQ(TheFile().open, 0);
+    const auto save = [&](bool png) {
+        return png ? CPNGSaver().Save(image, std::string("file")) : CDIBSaver().Save(image, std::string("file"));
+    };
+    for (const bool png : {false, true}) {
+        TheFile() = {};
+        EXPECT_TRUE(save(png));
+        const Bytes whole = TheFile().bytes;
+        EXPECT_TRUE(png || whole.size() == kDibHeaders + 16 * 4 + 2 * 4);
+        for (std::size_t offset = 0; offset < whole.size(); ++offset) {
+            TheFile() = {.badOffset = offset};
+            EXPECT_EQ(save(png), !png) << "a bitmap's saver does not report writing errors";
+            EXPECT_TRUE(std::ranges::equal(TheFile().bytes, std::span(whole).first(offset)));
+            EXPECT_EQ(TheFile().open, 0);
+        }
     }
 }
 
