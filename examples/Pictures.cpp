@@ -199,7 +199,7 @@ std::shared_ptr<CQorImage> MakeStencil(const IQorImage& picture) {
 }
 
 void Save(const IQorImage& image, const std::string& path) {
-    if (!CDIBSaver().Save(image, path)) throw std::runtime_error("cannot write " + path);
+    if (!CPNGSaver().Save(image, path)) throw std::runtime_error("cannot write " + path);
 }
 
 std::shared_ptr<IQorImage> ReadPicture(const std::string& path) {

@@ -44,7 +44,7 @@ void PaintThrough(vantu::IPDFImageBlender& blender, const std::shared_ptr<vantu:
 /// A 1-bit mask of a `Bgr24` picture: what is dark paints (sample 0), what is light protects (sample 1).
 [[nodiscard]] std::shared_ptr<vantu::CQorImage> MakeStencil(const vantu::IQorImage& picture);
 
-/// Writes a BMP file. @throws std::runtime_error if it cannot be created.
+/// Writes a PNG file. @throws std::runtime_error if it cannot be written.
 void Save(const vantu::IQorImage& image, const std::string& path);
 
 /// Reads a BMP, PNG or JPEG file, told apart by their first bytes.

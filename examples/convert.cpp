@@ -25,8 +25,8 @@ bool Holds(const std::string& path, const IQorImage& picture) {
 
 void Convert(const std::string& input, const std::string& output) {
     const auto picture = ReadPicture(input);
-    Save(*picture, output);
-    if (!Holds(output, *picture)) throw std::runtime_error("cannot write all of " + output);
+    if (!CDIBSaver().Save(*picture, output) || !Holds(output, *picture))
+        throw std::runtime_error("cannot write " + output);
     std::cout << output << ": " << picture->GetWidth() << 'x' << picture->GetHeight() << ", "
               << BitsPerPixel(picture->GetPixelFormat()) << " bits\n";
 }

@@ -33,5 +33,5 @@ int main() {
     const unsigned char* const middle = paper->GetPixelData() + 50 * RowStride(200, PixelFormat::Bgr24, 4) + 100 * 3;
     std::cout << "paper 192 224 255, sheet 192 96 32, half of their product: " << int{middle[0]} << ' '
               << int{middle[1]} << ' ' << int{middle[2]} << '\n';
-    return CDIBSaver().Save(*paper, "minimal_blend.bmp") ? 0 : 1;
+    return CPNGSaver().Save(*paper, "minimal_blend.png") ? 0 : 1;
 }

@@ -99,7 +99,7 @@ void LoadAndTurn() {
     if (!turned) throw std::runtime_error("the photograph was not turned");
     std::cout << factory.GetMade() << " images, " << turned->GetWidth() << 'x' << turned->GetHeight() << " the last, "
               << arena.GetUsed() << " bytes of the arena\n";
-    Save(*turned, "own_image.bmp");
+    Save(*turned, "own_image.png");
 
     // The third does not fit any more, and says so by an empty result.
     if (ImageUtil::Clone(*turned, &factory, &memory)) throw std::runtime_error("the arena has grown");

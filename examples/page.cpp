@@ -1,5 +1,5 @@
 // page [BACKGROUND [PICTURE [STENCIL]]]: paints PICTURE on BACKGROUND in every way the blender knows, one cell each,
-// and writes page.bmp in the current directory. The files may be BMP, PNG or JPEG.
+// and writes page.png in the current directory. The files may be BMP, PNG or JPEG.
 
 #include <cstdlib>
 #include <exception>
@@ -13,12 +13,12 @@ int main(int argc, char** argv) {
         examples::Save(*examples::PaintPage(argc > 1 ? argv[1] : IMAGEOP_EXAMPLE_DATA "/coffee.png",
                                             argc > 2 ? argv[2] : IMAGEOP_EXAMPLE_DATA "/chelsea.png",
                                             argc > 3 ? argv[3] : IMAGEOP_EXAMPLE_DATA "/horse.png"),
-                       "page.bmp");
+                       "page.png");
     } catch (const std::exception& error) {
         std::cerr << "page: " << error.what() << '\n';
         return EXIT_FAILURE;
     }
-    std::cout << "page.bmp: Normal, Multiply, Screen, Overlay / Darken, Lighten, ColorDodge, ColorBurn / HardLight, "
+    std::cout << "page.png: Normal, Multiply, Screen, Overlay / Darken, Lighten, ColorDodge, ColorBurn / HardLight, "
                  "SoftLight, Difference, Exclusion / soft mask, inverted mask, stencil, the stencil's own picture\n";
     return EXIT_SUCCESS;
 }

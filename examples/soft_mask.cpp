@@ -38,7 +38,7 @@ void PaintFade() {
               << slow->ComputeAlpha(0xFF808080) << ", at the right " << slow->ComputeAlpha(0xFFFFFFFF) << '\n';
     if (RowOf(*page, 200)[0] != leftBefore || RowOf(*page, 200)[last] != RowOf(*cat, 200)[last])
         throw std::runtime_error("black does not protect, or white does not paint");
-    Save(*page, "soft_mask.bmp");
+    Save(*page, "soft_mask.png");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// gallery FOLDER: draws the pictures of the documents into a folder, as BMP files.
-// gallery --check FOLDER: compares the PNG files of a folder with what is drawn now, pixel by pixel. What differs is
+// gallery FOLDER: draws the pictures of the documents into a folder, as PNG files.
+// gallery --check FOLDER: compares the files of a folder with what is drawn now, pixel by pixel. What differs is
 // written to the current directory as it is drawn now.
 
 #include <algorithm>
@@ -34,7 +34,7 @@ bool SamePixels(const IQorImage& a, const IQorImage& b) {
 
 void DrawAll(const std::filesystem::path& folder) {
     std::filesystem::create_directories(folder);
-    for (const Drawing& drawing : AllDrawings()) Save(*drawing.draw(), (folder / (drawing.name + ".bmp")).string());
+    for (const Drawing& drawing : AllDrawings()) Save(*drawing.draw(), (folder / (drawing.name + ".png")).string());
 }
 
 // The number of pictures that differ, are missing or are drawn by nothing.
@@ -51,8 +51,8 @@ int CountFaults(const std::filesystem::path& folder) {
         if (!std::filesystem::exists(file)) {
             complain(file.string() + " is missing");
         } else if (!SamePixels(*ReadPicture(file.string()), *now)) {
-            Save(*now, drawing.name + "-now.bmp");
-            complain(file.string() + " is not what is drawn now: see " + drawing.name + "-now.bmp");
+            Save(*now, drawing.name + "-now.png");
+            complain(file.string() + " is not what is drawn now: see " + drawing.name + "-now.png");
         }
     }
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {

@@ -6,8 +6,8 @@
 /// @mainpage
 ///
 /// Exact PDF transparency compositing, image utilities and codecs. The entries are vantu::IPDFImageBlender,
-/// vantu::IPDFTransferFunction, vantu::ImageUtil, vantu::CDIBLoader, vantu::CDIBSaver, vantu::CPNGLoader and
-/// vantu::CJPEGLoader; the other names are what they are called with, or what a host implements.
+/// vantu::IPDFTransferFunction, vantu::ImageUtil, vantu::CDIBLoader, vantu::CPNGLoader, vantu::CJPEGLoader,
+/// vantu::CDIBSaver and vantu::CPNGSaver; the other names are what they are called with, or what a host implements.
 ///
 /// Everywhere: positions and sizes count pixels, y from the top of the picture; a byte of opacity or colour is 0 to
 /// 255; a failure is a false or empty result without a message, and exceptions leave only for exhausted memory and a

@@ -10,6 +10,7 @@
 
 #include "codec/CatchJump.h"
 #include "codec/WithFile.h"
+#include "pixel/FormatDispatch.h"
 #include "pixel/PixelCodec.h"
 
 namespace vantu {
@@ -59,44 +60,34 @@ struct PngPalette {
     int alphaCount = 0;  ///< those after them are opaque
 };
 
-/// The rows of an image from the top of the picture, of 32 bits with straight alpha.
+/// The rows of an image from the top of the picture; colours with alpha as `Bgra32`.
 class StraightRows {
 public:
     explicit StraightRows(const IQorImage& image)
         : image_(image), stride_(RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment())) {
-        if (IsPremultiplied()) straight_.resize(std::size_t{image.GetWidth()} * 4);
+        const PixelFormat format = image.GetPixelFormat();
+        if (HasAlpha(format) && format != PixelFormat::Bgra32) converted_.resize(std::size_t{image.GetWidth()} * 4);
     }
 
     /// A row, valid until the next call.
     const unsigned char* Row(unsigned int y) {
         const std::size_t memoryRow = image_.IsBottomUp() ? image_.GetHeight() - 1 - y : y;
         const unsigned char* const row = image_.GetPixelData() + memoryRow * stride_;
-        if (!IsPremultiplied()) return row;
-        if (image_.GetPixelFormat() == PixelFormat::Bgra32Inverted) {
-            Convert<PixelFormat::Bgra32Inverted>(row);
-        } else {
-            Convert<PixelFormat::Bgra32Premultiplied>(row);
-        }
-        return straight_.data();
+        if (converted_.empty()) return row;
+        return DispatchFormat(image_.GetPixelFormat(), row, [&]<PixelFormat F>() -> const unsigned char* {
+            for (std::size_t i = 0; i < converted_.size(); i += 4) {
+                Color color;
+                ReadPixel<F>(row + i, color);
+                WritePixel<PixelFormat::Bgra32>(&converted_[i], color);
+            }
+            return converted_.data();
+        });
     }
 
 private:
-    [[nodiscard]] bool IsPremultiplied() const {
-        return HasAlpha(image_.GetPixelFormat()) && image_.GetPixelFormat() != PixelFormat::Bgra32;
-    }
-
-    template <PixelFormat F>
-    void Convert(const unsigned char* row) {
-        for (std::size_t i = 0; i < straight_.size(); i += 4) {
-            Color color;
-            ReadPixel<F>(row + i, color);
-            WritePixel<PixelFormat::Bgra32>(&straight_[i], color);
-        }
-    }
-
     const IQorImage& image_;
     std::size_t stride_;
-    std::vector<unsigned char> straight_;
+    std::vector<unsigned char> converted_;
 };
 
 /// One file being written. Every call that may end in a fatal error of libpng runs under `CatchJump`.
