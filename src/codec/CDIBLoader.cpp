@@ -8,7 +8,7 @@
 
 #include "codec/DibHeader.h"
 #include "codec/WithFile.h"
-#include "codec/WritableBlock.h"
+#include "codec/WritableRows.h"
 #include "pixel/MakeImage.h"
 #include "pixel/PixelCodec.h"
 
@@ -72,12 +72,12 @@ void ReadPalette(int fd, unsigned int count, ColorMap* palette) {
     }
 }
 
-/// Reads the rows into the block in one run, as they lie in the file, whose stride is a multiple of 4.
-void ReadRows(int fd, const DibInfoHeader& header, unsigned int rows, const WritableBlock& block) {
+/// Reads `count` rows in one run, as they lie in the file, whose stride is a multiple of 4.
+void ReadRows(int fd, const DibInfoHeader& header, unsigned int count, const PixelRows<unsigned char>& rows) {
     const std::uint64_t fileStride = (std::uint64_t{header.biWidth} * header.biBitCount + 31) / 32 * 4;
-    const bool tooLarge = rows != 0 && fileStride > block.Size() / rows;
-    std::uint64_t left = tooLarge ? block.Size() : fileStride * rows;
-    unsigned char* data = block.data;
+    const bool tooLarge = count != 0 && fileStride > rows.Size() / count;
+    std::uint64_t left = tooLarge ? rows.Size() : fileStride * count;
+    unsigned char* data = rows.first;
     while (left > 0) {
         const auto size = static_cast<unsigned int>(std::min<std::uint64_t>(left, 1U << 30));
         if (QorReadFile(data, size, fd) < size) return;
@@ -86,12 +86,12 @@ void ReadRows(int fd, const DibInfoHeader& header, unsigned int rows, const Writ
     }
 }
 
-/// Puts the first `rows` rows in opposite order; the spare bytes at their ends stay.
-void ReverseRows(unsigned int rows, unsigned int rowBytes, const WritableBlock& block) {
-    rows = std::min(rows, block.height);
-    rowBytes = std::min(rowBytes, block.stride);
-    for (unsigned int i = 0; i < rows / 2; ++i) {
-        std::swap_ranges(block.Row(i), block.Row(i) + rowBytes, block.Row(rows - 1 - i));
+/// Puts the first `count` rows in opposite order, `rowBytes` bytes of each: the spare bytes at their ends stay.
+void ReverseRows(std::size_t count, unsigned int rowBytes, const PixelRows<unsigned char>& rows) {
+    count = std::min(count, rows.count);
+    const auto size = static_cast<std::ptrdiff_t>(std::min<std::size_t>(rowBytes, rows.Stride()));
+    for (std::size_t i = 0; i < count / 2; ++i) {
+        std::swap_ranges(rows.Row(i), rows.Row(i) + size, rows.Row(count - 1 - i));
     }
 }
 
@@ -124,10 +124,10 @@ std::shared_ptr<IQorImage> CDIBLoader::Load(int fd, void** memory, bool skipFile
 
     if (const unsigned int count = PaletteCount(*header); count != 0) ReadPalette(fd, count, image->GetPalette());
     if (*rowOffset != 0) QorSeekFile(fd, base + *rowOffset, 0);
-    const WritableBlock block(*image);
-    ReadRows(fd, *header, rows, block);
+    const auto target = WritableRows(*image);
+    ReadRows(fd, *header, rows, target);
     if (topDown && factory_ != nullptr) {
-        ReverseRows(rows, RowStride(block.width, image->GetPixelFormat(), 0), block);
+        ReverseRows(rows, RowStride(image->GetWidth(), image->GetPixelFormat(), 0), target);
     }
     return image;
 }

@@ -10,7 +10,7 @@
 
 #include "codec/CatchJump.h"
 #include "codec/WithFile.h"
-#include "codec/WritableBlock.h"
+#include "codec/WritableRows.h"
 #include "pixel/MakeImage.h"
 
 namespace vantu {
@@ -107,19 +107,19 @@ public:
         });
     }
 
-    /// Decodes into a bottom-up block, no further than it reaches.
-    bool ReadRows(const WritableBlock& block) {
-        return CatchJump(errors_.onError, [this, &block] {
+    /// Decodes to rows of `width` pixels, the picture's from the top, no further than they reach.
+    bool ReadRows(const PixelRows<unsigned char>& rows, std::size_t width) {
+        return CatchJump(errors_.onError, [this, &rows, width] {
             jpeg_start_decompress(&decompressor_);
             const int components = decompressor_.num_components;
             const JSAMPARRAY scanline =
                 decompressor_.mem->alloc_sarray(reinterpret_cast<j_common_ptr>(&decompressor_), JPOOL_IMAGE,
                                                 decompressor_.image_width * static_cast<unsigned int>(components), 1);
-            const unsigned int columns = std::min({decompressor_.image_width, block.width, block.stride / 3});
-            const unsigned int rows = std::min(decompressor_.image_height, block.height);
-            for (unsigned int y = 0; y < rows; ++y) {
+            const std::size_t columns = std::min<std::size_t>({decompressor_.image_width, width, rows.Stride() / 3});
+            const std::size_t count = std::min<std::size_t>(decompressor_.image_height, rows.count);
+            for (std::size_t y = 0; y < count; ++y) {
                 jpeg_read_scanlines(&decompressor_, scanline, 1);
-                StoreScanline(scanline[0], components, columns, block.Row(block.height - 1 - y));
+                StoreScanline(scanline[0], components, columns, rows.Row(y));
             }
         });
     }
@@ -170,8 +170,8 @@ std::shared_ptr<IQorImage> CJPEGLoader::Load(int fd, void** memory) const {
     if (reader.Components() != 1 && reader.Components() != 3) return nullptr;
     auto image = MakeImage(reader.Width(), reader.Height(), PixelFormat::Bgr24, 4, true, factory_, memory);
     if (!image) return nullptr;
-    const WritableBlock block(*image);
-    if (block.height == 0 || !reader.ReadRows(block)) return nullptr;
+    const auto rows = WritableRows(*image);
+    if (rows.count == 0 || !reader.ReadRows(rows.Reversed(), image->GetWidth())) return nullptr;
     return image;
 }
 

@@ -9,7 +9,7 @@
 
 #include "codec/CatchJump.h"
 #include "codec/WithFile.h"
-#include "codec/WritableBlock.h"
+#include "codec/WritableRows.h"
 #include "pixel/MakeImage.h"
 
 namespace vantu {
@@ -89,11 +89,10 @@ private:
     std::jmp_buf onError_{};
 };
 
-/// Addresses of the rows for the picture's rows from the top: the last row in memory comes first.
-std::vector<unsigned char*> RowTable(const WritableBlock& block) {
-    std::vector<unsigned char*> table(block.height);
-    for (unsigned int i = 0; i < block.height; ++i) table[i] = block.Row(block.height - 1 - i);
-    return table;
+std::vector<unsigned char*> AddressesOf(const PixelRows<unsigned char>& rows) {
+    std::vector<unsigned char*> addresses(rows.count);
+    for (std::size_t i = 0; i < rows.count; ++i) addresses[i] = rows.Row(i);
+    return addresses;
 }
 
 }  // namespace
@@ -116,9 +115,10 @@ std::shared_ptr<IQorImage> CPNGLoader::Load(int fd, void** memory) const {
 
     auto image = MakeImage(reader.Width(), reader.Height(), row->format, 4, false, factory_, memory);
     if (!image) return nullptr;
-    const WritableBlock block(*image);
-    if (block.height < reader.Height() || block.stride < reader.RowBytes()) return nullptr;
-    if (!reader.ReadRows(RowTable(block).data())) return nullptr;
+    const auto rows = WritableRows(*image);
+    if (rows.count < reader.Height() || rows.Stride() < reader.RowBytes()) return nullptr;
+    // The picture's top row is the last one in memory.
+    if (!reader.ReadRows(AddressesOf(rows.Reversed()).data())) return nullptr;
     return image;
 }
 

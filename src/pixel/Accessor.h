@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "pixel/PixelCodec.h"
+#include "pixel/PixelRows.h"
 
 // Typed views over pixel memory. Coordinates count from the visual top left whichever way the rows lie; nothing is
 // range-checked and nothing is owned.
@@ -24,37 +25,18 @@ protected:
     AccessorBase& operator=(const AccessorBase&) = default;
 };
 
-/// Rows of a pixel block as an accessor counts them: the address of the top row and the step to the next one down.
-template <typename Byte>
-struct RowsFromTop {
-    RowsFromTop(Byte* block, unsigned int width, unsigned int height, PixelFormat format, unsigned char alignment,
-                bool bottomUp)
-        : pixels(block), rowStep(static_cast<std::int32_t>(RowStride(width, format, alignment))) {
-        if (!bottomUp) return;
-        pixels += (static_cast<std::ptrdiff_t>(height) - 1) * rowStep;
-        rowStep = -rowStep;
-    }
-
-    [[nodiscard]] Byte* Row(unsigned int y) const { return pixels + static_cast<std::ptrdiff_t>(rowStep) * y; }
-
-    Byte* pixels;
-    std::int32_t rowStep;
-};
-
 /// View of whole-byte pixels. `Byte` is `unsigned char`, or const for a read-only view. Formats of less than a byte
 /// have step 0 and offer no pixel access; those and 8-bit samples hold no colours.
 template <PixelFormat F, typename Byte>
 class DirectAccessor : public AccessorBase {
 public:
     DirectAccessor(Byte* block, unsigned int width, unsigned int height, unsigned char alignment, bool bottomUp) {
-        const RowsFromTop<Byte> rows(block, width, height, F, alignment, bottomUp);
-        pixels = rows.pixels;
-        rowStep = rows.rowStep;
+        const auto rows = PixelRows<Byte>{block, RowStride(width, F, alignment), height}.FromTop(bottomUp);
+        pixels = rows.first;
+        rowStep = rows.step;
     }
 
-    [[nodiscard]] Byte* Address(unsigned int x, unsigned int y) const {
-        return pixels + step * x + static_cast<std::ptrdiff_t>(rowStep) * y;
-    }
+    [[nodiscard]] Byte* Address(unsigned int x, unsigned int y) const { return pixels + step * x + rowStep * y; }
 
     void GetColor(unsigned int x, unsigned int y, Color& out) const { ReadPixel<F>(Address(x, y), out); }
 
@@ -71,9 +53,9 @@ public:
         StoreValue<F>(Address(x, y), value);
     }
 
-    Byte* pixels;
+    Byte* pixels;                              ///< the top left pixel
     std::uint32_t step = BitsPerPixel(F) / 8;  ///< bytes from one pixel to the next
-    std::int32_t rowStep;
+    std::int64_t rowStep;                      ///< bytes from one row to the next one down
 };
 
 /// View of palette indices, packed from the most significant bit of each byte downward. A palette on a format of more
@@ -86,9 +68,9 @@ public:
     PackedIndexAccessor(Byte* block, unsigned int width, unsigned int height, unsigned char alignment, bool bottomUp,
                         Palette* colors)
         : palette(colors) {
-        const RowsFromTop<Byte> rows(block, width, height, F, alignment, bottomUp);
-        pixels = rows.pixels;
-        rowStep = rows.rowStep;
+        const auto rows = PixelRows<Byte>{block, RowStride(width, F, alignment), height}.FromTop(bottomUp);
+        pixels = rows.first;
+        rowStep = rows.step;
     }
 
     [[nodiscard]] unsigned int GetValue(unsigned int x, unsigned int y) const {
@@ -115,12 +97,12 @@ public:
 
     Byte* pixels;
     std::uint32_t step = BitsPerPixel(F);  ///< bits per pixel
-    std::int32_t rowStep;
+    std::int64_t rowStep;
     Palette* palette;
 
 private:
     [[nodiscard]] Byte* Address(unsigned int position, unsigned int y) const {
-        return pixels + static_cast<std::ptrdiff_t>(rowStep) * y + (position >> 3);
+        return pixels + rowStep * y + (position >> 3);
     }
     [[nodiscard]] unsigned int Shift(unsigned int position) const { return (8 - (position & 7) - step) & 31; }
 };

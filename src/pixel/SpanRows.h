@@ -57,18 +57,17 @@ constexpr SpanCodec MakeSpanCodec() {
         bytes,
         F == PixelFormat::Bgra32Premultiplied || F == PixelFormat::Bgra32,
         bytes == 2,
-        [](const PixelRows<const unsigned char>& from, unsigned char* packed) {
-            const unsigned char* pixels = from.pixels;
-            for (std::size_t row = 0; row < from.rows; ++row, pixels += from.rowStep) {
-                Row::Read(pixels, packed + row * from.width * kPackedBytes, from.width);
+        [](const PixelRows<const unsigned char>& from, std::size_t width, unsigned char* packed) {
+            for (std::size_t row = 0; row < from.count; ++row) {
+                Row::Read(from.Row(row), packed + row * width * kPackedBytes, width);
             }
         },
-        [](const PixelRows<unsigned char>& to, const unsigned char* packed, const unsigned char* select) {
-            unsigned char* pixels = to.pixels;
-            for (std::size_t row = 0; row < to.rows; ++row, pixels += to.rowStep) {
-                const std::size_t first = row * to.width;
-                Row::Write(pixels, packed + first * kPackedBytes, select != nullptr ? select + first : nullptr,
-                           to.width);
+        [](const PixelRows<unsigned char>& to, std::size_t width, const unsigned char* packed,
+           const unsigned char* select) {
+            for (std::size_t row = 0; row < to.count; ++row) {
+                const std::size_t first = row * width;
+                Row::Write(to.Row(row), packed + first * kPackedBytes, select != nullptr ? select + first : nullptr,
+                           width);
             }
         },
     };

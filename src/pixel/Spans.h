@@ -5,6 +5,9 @@
 #include <array>
 #include <bit>
 #include <cstddef>
+#include <cstdint>
+
+#include "pixel/PixelRows.h"
 
 // Rectangles of pixels as packed pixels: four bytes blue, green, red, alpha each, of which every blending stage works.
 
@@ -19,19 +22,11 @@ inline constexpr std::size_t kPackedBytes = 4;
 inline constexpr auto kPackedAlpha =
     std::bit_cast<std::uint32_t>(std::array<unsigned char, kPackedBytes>{0, 0, 0, 255});
 
-/// A rectangle of pixels of whole bytes in memory.
-template <typename Byte>
-struct PixelRows {
-    Byte* pixels;            ///< the top left pixel
-    std::ptrdiff_t rowStep;  ///< bytes from a row to the next one down
-    std::size_t width;       ///< in pixels
-    std::size_t rows;
-};
-
-/// How the pixels of a format that carries colours become packed, row after row without gaps, and come back.
+/// How rows of `width` pixels of a format that carries colours become packed, one after another without gaps, and come
+/// back.
 struct SpanCodec {
-    using Read = void (*)(const PixelRows<const unsigned char>& from, unsigned char* packed);
-    using Write = void (*)(const PixelRows<unsigned char>& to, const unsigned char* packed,
+    using Read = void (*)(const PixelRows<const unsigned char>& from, std::size_t width, unsigned char* packed);
+    using Write = void (*)(const PixelRows<unsigned char>& to, std::size_t width, const unsigned char* packed,
                            const unsigned char* select);
 
     PackedForm form;

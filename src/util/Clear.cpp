@@ -8,7 +8,7 @@
 
 #include "pixel/FormatDispatch.h"
 #include "pixel/PixelCodec.h"
-#include "util/MemoryBlock.h"
+#include "pixel/PixelRows.h"
 #include "util/RowExtent.h"
 
 namespace vantu {
@@ -32,24 +32,26 @@ void FillRow(unsigned char* row, std::size_t size, Pattern pattern) {
 }
 
 /// Fills the whole bytes of an extent. @return false without memory, unless there is nothing to fill.
-bool FillRows(const MemoryBlock<unsigned char>& block, const RowExtent& extent, Pattern pattern) {
+bool FillRows(const PixelRows<unsigned char>& rows, const RowExtent& extent, Pattern pattern) {
     if (extent.byteCount == 0 || extent.rowCount == 0) return true;
-    if (block.data == nullptr) return false;
-    unsigned char* const first = block.Row(extent.firstRow) + extent.byteStart;
-    if (pattern.size() == 1 && extent.byteCount == block.stride) {
+    if (rows.first == nullptr) return false;
+    unsigned char* const first = rows.Row(extent.firstRow) + extent.byteStart;
+    if (pattern.size() == 1 && extent.byteCount == rows.Stride()) {
         std::memset(first, pattern[0], extent.byteCount * extent.rowCount);
         return true;
     }
     FillRow(first, extent.byteCount, pattern);
-    for (std::size_t i = 1; i < extent.rowCount; ++i) std::memcpy(first + i * block.stride, first, extent.byteCount);
+    for (std::size_t i = 1; i < extent.rowCount; ++i) {
+        std::memcpy(rows.Row(extent.firstRow + i) + extent.byteStart, first, extent.byteCount);
+    }
     return true;
 }
 
 /// Gives the bits of `mask` in one byte of each row of an extent the value they have in `value`.
-void FillBits(const MemoryBlock<unsigned char>& block, const RowExtent& extent, std::size_t position, unsigned int mask,
+void FillBits(const PixelRows<unsigned char>& rows, const RowExtent& extent, std::size_t position, unsigned int mask,
               unsigned int value) {
     for (std::size_t i = 0; i < extent.rowCount; ++i) {
-        unsigned char& byte = block.Row(extent.firstRow + i)[position];
+        unsigned char& byte = rows.Row(extent.firstRow + i)[position];
         byte = static_cast<unsigned char>((byte & ~mask) | (value & mask));
     }
 }
@@ -68,7 +70,7 @@ bool ImageUtil::Clear(IQorImage& image, const Color& color, const Range<int, 2>&
         WritePixel<F>(pixel.data(), color);
         return true;
     });
-    return FillRows(BlockOf(image), extent, Pattern(pixel).first(bits >> 3));
+    return FillRows(RowsInMemory(image), extent, Pattern(pixel).first(bits >> 3));
 }
 
 bool ImageUtil::ClearIndex(IQorImage& image, unsigned int index, const Range<int, 2>& range) {
@@ -83,12 +85,12 @@ bool ImageUtil::ClearIndex(IQorImage& image, unsigned int index, const Range<int
     const RowExtent extent = ComputeRowExtent(image, range);
     if (extent.rowCount == 0) return true;
     if (extent.insideOneByte) return false;
-    const auto block = BlockOf(image);
-    if (block.data == nullptr) return extent.byteCount == 0 && extent.leadBits == 0 && extent.trailBits == 0;
-    FillRows(block, extent, Pattern(bytes).first(size));
-    if (extent.leadBits != 0) FillBits(block, extent, extent.byteStart - 1, 0xFFU >> (8 - extent.leadBits), bytes[0]);
+    const auto rows = RowsInMemory(image);
+    if (rows.first == nullptr) return extent.byteCount == 0 && extent.leadBits == 0 && extent.trailBits == 0;
+    FillRows(rows, extent, Pattern(bytes).first(size));
+    if (extent.leadBits != 0) FillBits(rows, extent, extent.byteStart - 1, 0xFFU >> (8 - extent.leadBits), bytes[0]);
     if (extent.trailBits != 0) {
-        FillBits(block, extent, extent.byteStart + extent.byteCount, 0xFFU << (8 - extent.trailBits), bytes[0]);
+        FillBits(rows, extent, extent.byteStart + extent.byteCount, 0xFFU << (8 - extent.trailBits), bytes[0]);
     }
     return true;
 }
@@ -98,12 +100,12 @@ bool ImageUtil::ClearPixelAlpha(IQorImage& image, unsigned char alpha, const Ran
     if (!HasAlpha(format) || BitsPerPixel(format) == 0) return false;
     const RowExtent extent = ComputeRowExtent(image, range);
     if (extent.byteCount == 0 || extent.rowCount == 0) return true;
-    const auto block = BlockOf(image);
-    if (block.data == nullptr) return false;
+    const auto rows = RowsInMemory(image);
+    if (rows.first == nullptr) return false;
 
     const unsigned int stored = format == PixelFormat::Bgra32Inverted ? 255U - alpha : alpha;
     for (std::size_t i = 0; i < extent.rowCount; ++i) {
-        unsigned char* const row = block.Row(extent.firstRow + i) + extent.byteStart;
+        unsigned char* const row = rows.Row(extent.firstRow + i) + extent.byteStart;
         for (std::size_t x = 0; x < extent.byteCount; x += 4) {
             StoreWord32(row + x, (LoadWord32(row + x) & 0xFFFFFFU) | stored << 24);
         }

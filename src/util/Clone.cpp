@@ -1,10 +1,11 @@
 #include <vantu/ImageUtil.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "pixel/MakeImage.h"
-#include "util/MemoryBlock.h"
+#include "pixel/PixelRows.h"
 
 namespace vantu {
 
@@ -14,13 +15,13 @@ std::shared_ptr<IQorImage> ImageUtil::Clone(const IQorImage& image, IGraphicsFac
     if (!clone) return clone;
 
     // Rows are looked for in the source at the new image's stride, so both blocks are one run of bytes each.
-    const auto source = BlockOf(image);
-    const auto target = BlockOf(*clone);
-    const std::size_t common = std::min(source.Size(), target.Size());
-    if (target.Size() > 0 && target.data == nullptr) return nullptr;
-    if (common > 0 && source.data == nullptr) return nullptr;
-    if (common > 0) std::memcpy(target.data, source.data, common);
-    if (target.Size() > common) std::memset(target.data + common, 0, target.Size() - common);
+    const auto source = RowsInMemory(image);
+    const auto target = RowsInMemory(*clone);
+    const std::uint64_t common = std::min(source.Size(), target.Size());
+    if (target.Size() > 0 && target.first == nullptr) return nullptr;
+    if (common > 0 && source.first == nullptr) return nullptr;
+    if (common > 0) std::memcpy(target.first, source.first, common);
+    if (target.Size() > common) std::memset(target.first + common, 0, target.Size() - common);
     return clone;
 }
 

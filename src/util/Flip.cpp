@@ -3,34 +3,34 @@
 #include <cstring>
 
 #include "pixel/MakeImage.h"
-#include "util/MemoryBlock.h"
-#include "util/PaintBlock.h"
+#include "pixel/PixelRows.h"
+#include "util/PaintRows.h"
 #include "util/ReverseRow.h"
 
 namespace vantu {
 namespace {
 
-using Source = MemoryBlock<const unsigned char>;
-using Target = MemoryBlock<unsigned char>;
+using Source = PixelRows<const unsigned char>;
+using Target = PixelRows<unsigned char>;
 
 /// Upward through the source, as each row is read: prefetching keeps up with that.
 void FlipVertically(const Source& source, const Target& target, std::size_t rowBytes) {
-    for (std::size_t i = 0; i < source.rows; ++i) {
-        std::memcpy(target.Row(source.rows - 1 - i), source.Row(i), rowBytes);
+    for (std::size_t i = 0; i < source.count; ++i) {
+        std::memcpy(target.Row(source.count - 1 - i), source.Row(i), rowBytes);
     }
 }
 
 /// Rows from the last to the first, so that the source is read downward throughout, which prefetching likes.
 template <unsigned int Size>
 void FlipPixels(const Source& source, const Target& target, std::size_t width) {
-    for (std::size_t i = source.rows; i-- > 0;) ReversePixels<Size>(source.Row(i), target.Row(i), width);
+    for (std::size_t i = source.count; i-- > 0;) ReversePixels<Size>(source.Row(i), target.Row(i), width);
 }
 
 /// One field off the mirror image: target field 0 is the one behind the source row's last.
 template <unsigned int Bits>
 void FlipFields(const Source& source, const Target& target, std::size_t width) {
-    for (std::size_t i = 0; i < target.rows; ++i) {
-        ReverseFields<Bits>(source.Row(i), source.Size() - i * source.stride, width, target.Row(i), width);
+    for (std::size_t i = 0; i < target.count; ++i) {
+        ReverseFields<Bits>(source.Row(i), source.Size() - i * source.Stride(), width, target.Row(i), width);
     }
 }
 
@@ -59,12 +59,11 @@ std::shared_ptr<IQorImage> ImageUtil::Flip(const IQorImage& image, bool horizont
         MakeImage(width, image.GetHeight(), format, image.GetAlignment(), image.IsBottomUp(), factory, memory);
     if (!flipped) return flipped;
 
-    const auto source = BlockOf(image);
-    Target target{nullptr, RowStride(width, format, flipped->GetAlignment()), source.rows};
+    const auto source = RowsInMemory(image);
     if (source.Size() == 0) return flipped;
-    if (source.data == nullptr || !RowIsCounted(width, format)) return nullptr;
-    const bool painted = PaintBlock(*flipped, target.Size(), [&](unsigned char* bytes) {
-        target.data = bytes;
+    if (source.first == nullptr || !RowIsCounted(width, format)) return nullptr;
+    const unsigned int stride = RowStride(width, format, flipped->GetAlignment());
+    const bool painted = PaintRows(*flipped, stride, source.count, [&](const Target& target) {
         if (vertical) {
             FlipVertically(source, target, RowStride(width, format, 0));
         } else {

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include "util/MemoryBlock.h"
+#include "pixel/PixelRows.h"
 
 namespace vantu {
 
@@ -17,7 +17,7 @@ enum class Turn { CounterClockwise, Clockwise };
 /// A tile at a time: runs of source rows are gathered in a buffer, from which whole cache lines of the target are
 /// written. So rows a power of two apart, which compete for the same few cache lines, do no harm.
 template <unsigned int Size>
-void TurnPixels(Turn turn, const RowWalk<const unsigned char>& source, const RowWalk<unsigned char>& target,
+void TurnPixels(Turn turn, const PixelRows<const unsigned char>& source, const PixelRows<unsigned char>& target,
                 std::size_t width, std::size_t height) {
     constexpr std::size_t tileWidth = 64 / Size;
     constexpr std::size_t tileHeight = 128 / Size;
@@ -55,7 +55,7 @@ void TurnPixels(Turn turn, const RowWalk<const unsigned char>& source, const Row
 /// Turns fields of `Bits` bits. Rows of both pictures count from the top; `width` and `height` are the target's. Other
 /// bits of the target's last bytes are kept.
 template <unsigned int Bits>
-void TurnFields(Turn turn, const RowWalk<const unsigned char>& source, const RowWalk<unsigned char>& target,
+void TurnFields(Turn turn, const PixelRows<const unsigned char>& source, const PixelRows<unsigned char>& target,
                 std::size_t width, std::size_t height) {
     constexpr std::size_t perByte = 8 / Bits;
     const bool clockwise = turn == Turn::Clockwise;

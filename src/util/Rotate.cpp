@@ -3,53 +3,48 @@
 #include <algorithm>
 
 #include "pixel/MakeImage.h"
-#include "util/MemoryBlock.h"
-#include "util/PaintBlock.h"
+#include "pixel/PixelRows.h"
+#include "util/PaintRows.h"
 #include "util/QuarterTurn.h"
 #include "util/ReverseRow.h"
 
 namespace vantu {
 namespace {
 
-using Source = MemoryBlock<const unsigned char>;
-using Target = MemoryBlock<unsigned char>;
-
-/// A picture in memory and the one it is turned into, which has the size `width` times `target.rows`.
+/// The rows of a picture, from its top, and of the one it is turned into, which is `width` pixels wide.
 struct Rotation {
-    Source source;
-    Target target;
+    PixelRows<const unsigned char> source;
+    PixelRows<unsigned char> target;
     std::size_t width;
-    bool bottomUp;
     int turns;  ///< 1, 2 or 3 quarter turns counter-clockwise
 };
 
 template <unsigned int Size>
 void RotatePixels(const Rotation& r) {
-    const std::size_t height = r.target.rows;
+    const std::size_t height = r.target.count;
     if (r.turns == 2) {
         for (std::size_t i = 0; i < height; ++i) {
             ReversePixels<Size>(r.source.Row(height - 1 - i), r.target.Row(i), r.width);
         }
     } else {
-        TurnPixels<Size>(r.turns == 1 ? Turn::CounterClockwise : Turn::Clockwise, r.source.FromBottom(r.bottomUp),
-                         r.target.FromBottom(r.bottomUp), r.width, height);
+        TurnPixels<Size>(r.turns == 1 ? Turn::CounterClockwise : Turn::Clockwise, r.source.Reversed(),
+                         r.target.Reversed(), r.width, height);
     }
 }
 
 template <unsigned int Bits>
 void RotateFields(const Rotation& r) {
-    const std::size_t height = r.target.rows;
+    const std::size_t height = r.target.count;
     if (r.turns == 2) {
         for (std::size_t i = 0; i < height; ++i) {
-            ReverseFields<Bits>(r.source.Row(height - 1 - i), r.source.stride, r.width - 1, r.target.Row(i), r.width);
+            ReverseFields<Bits>(r.source.Row(height - 1 - i), r.source.Stride(), r.width - 1, r.target.Row(i), r.width);
         }
     } else {
-        TurnFields<Bits>(r.turns == 1 ? Turn::CounterClockwise : Turn::Clockwise, r.source.FromTop(r.bottomUp),
-                         r.target.FromTop(r.bottomUp), r.width, height);
+        TurnFields<Bits>(r.turns == 1 ? Turn::CounterClockwise : Turn::Clockwise, r.source, r.target, r.width, height);
     }
 }
 
-void RotateBlock(const Rotation& rotation, unsigned int bits) {
+void RotateRows(const Rotation& rotation, unsigned int bits) {
     switch (bits) {
         case 1: return RotateFields<1>(rotation);
         case 4: return RotateFields<4>(rotation);
@@ -78,13 +73,14 @@ std::shared_ptr<IQorImage> ImageUtil::Rotate(const IQorImage& image, int quarter
     const unsigned int bits = BitsPerPixel(format);
     // Rows of whole bytes are laid by the source's alignment, packed ones by the new image's own.
     const unsigned char alignment = bits < 8 ? rotated->GetAlignment() : image.GetAlignment();
-    const Target target{nullptr, RowStride(width, format, alignment), height};
-    const auto source = BlockOf(image);
+    const auto source = RowsInMemory(image);
     if (source.Size() == 0) return rotated;
-    if (source.data == nullptr || !RowIsCounted(std::max(width, image.GetWidth()), format)) return nullptr;
-    const bool painted = PaintBlock(*rotated, target.Size(), [&](unsigned char* bytes) {
-        RotateBlock({source, {bytes, target.stride, target.rows}, width, image.IsBottomUp(), turns}, bits);
-    });
+    if (source.first == nullptr || !RowIsCounted(std::max(width, image.GetWidth()), format)) return nullptr;
+    const bool bottomUp = image.IsBottomUp();
+    const bool painted =
+        PaintRows(*rotated, RowStride(width, format, alignment), height, [&](const PixelRows<unsigned char>& target) {
+            RotateRows({source.FromTop(bottomUp), target.FromTop(bottomUp), width, turns}, bits);
+        });
     return painted ? rotated : nullptr;
 }
 

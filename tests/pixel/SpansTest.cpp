@@ -35,14 +35,6 @@ protected:
     }
 };
 
-template <typename Byte, typename Image>
-PixelRows<Byte> RowsOf(Image& image) {
-    const Shape& shape = image.GetShape();
-    const RowsFromTop<Byte> rows(image.GetPixelData(), shape.width, shape.height, shape.format, shape.alignment,
-                                 shape.bottomUp);
-    return {rows.pixels, rows.rowStep, shape.width, shape.height};
-}
-
 /// The colour of pixel `i`, counted row by row.
 unsigned int ColorAt(const TestImage& image, unsigned int i) {
     Color color;
@@ -53,13 +45,14 @@ unsigned int ColorAt(const TestImage& image, unsigned int i) {
 
 TEST_P(SpanCodecs, ReadPixelsAsTheyAre) {
     ForCodecs([](const SpanCodec& codec, Random&, TestImage& image, TestImage& packed) {
-        codec.read(RowsOf<const unsigned char>(image), packed.GetPixelData());
+        const IQorImage& source = image;
+        codec.read(RowsFromTop(source, image.GetPixelFormat()), image.GetWidth(), packed.GetPixelData());
         for (unsigned int i = 0; i < packed.Bytes().size() / 4; ++i) {
             ASSERT_EQ(ColorAt(packed, i), ColorAt(image, i)) << i;
         }
         if (codec.keepsUnwritten) return;
         const auto before = image.Bytes();
-        codec.write(RowsOf<unsigned char>(image), packed.GetPixelData(), nullptr);
+        codec.write(RowsFromTop(image, image.GetPixelFormat()), image.GetWidth(), packed.GetPixelData(), nullptr);
         EXPECT_EQ(image.Bytes(), before) << "reading and writing gives the bytes back";
     });
 }
@@ -88,7 +81,8 @@ TEST_P(SpanCodecs, WriteSelectedPixelsByTheRuleOfTheFormat) {
                 expected.push_back(written ? ValueAt(one, 0, 0)
                                            : ValueAt(image, i % image.GetWidth(), i / image.GetWidth()));
             }
-            codec.write(RowsOf<unsigned char>(image), packed.GetPixelData(), all ? nullptr : select.data());
+            codec.write(RowsFromTop(image, image.GetPixelFormat()), image.GetWidth(), packed.GetPixelData(),
+                        all ? nullptr : select.data());
             for (unsigned int i = 0; i < pixels; ++i) {
                 ASSERT_EQ(ValueAt(image, i % image.GetWidth(), i / image.GetWidth()), expected[i]) << i;
             }

@@ -41,8 +41,8 @@ public:
           request_(request),
           destination_(destination),
           source_(source),
-          targetRows_(RowsOf(destination.GetPixelData(), destination, kernel.destination)),
-          sourceRows_(RowsOf(source.GetPixelData(), source, kernel.source)),
+          targetRows_(RowsFromTop(destination, kernel.destination)),
+          sourceRows_(RowsFromTop(source, kernel.source)),
           sourceCodec_(SpanCodecOf(kernel.source)),
           targetCodec_(HasColors(kernel.destination) ? &SpanCodecOf(kernel.destination) : nullptr),
           form_(targetCodec_ != nullptr ? targetCodec_->form : PackedForm::Straight),
@@ -86,7 +86,7 @@ public:
             (!stencil && !ownSoftMask)) {
             inOrder(area, 0, 0);
         } else if (stencil) {
-            const auto rows = RowsOf(mask.GetPixelData(), mask, PixelFormat::Index1);
+            const auto rows = RowsFromTop(mask, PixelFormat::Index1);
             PaintSpans(
                 area, true,
                 [&](const Piece& piece, Span& span) {
@@ -137,8 +137,8 @@ private:
     void CopyRows(const PaintArea& area) {
         const std::size_t bytes = std::size_t{area.width} * sourceCodec_.bytesPerPixel;
         for (int j = 0; j < static_cast<int>(area.height); ++j) {
-            std::memcpy(At(targetRows_, *targetCodec_, area.targetX, area.targetY + j, area).pixels,
-                        At(sourceRows_, sourceCodec_, area.sourceX, area.sourceY + j, area).pixels, bytes);
+            std::memcpy(At(targetRows_, *targetCodec_, area.targetX, area.targetY + j, area).first,
+                        At(sourceRows_, sourceCodec_, area.sourceX, area.sourceY + j, area).first, bytes);
         }
     }
 
@@ -146,11 +146,11 @@ private:
     /// which each row has its place among the group's alphas.
     [[nodiscard]] PaintArea RowsJoined(const PaintArea& area) const {
         const std::uint64_t pixels = std::uint64_t{area.width} * area.height;
-        const auto gapless = [&](std::ptrdiff_t rowStep, const SpanCodec& codec) {
-            return rowStep == static_cast<std::ptrdiff_t>(area.width * std::uint64_t{codec.bytesPerPixel});
+        const auto gapless = [&](std::int64_t rowStep, const SpanCodec& codec) {
+            return rowStep == static_cast<std::int64_t>(area.width * std::uint64_t{codec.bytesPerPixel});
         };
         if (Traits::kGroup || targetCodec_ == nullptr || pixels > kMostJoined ||
-            !gapless(targetRows_.rowStep, *targetCodec_) || !gapless(sourceRows_.rowStep, sourceCodec_)) {
+            !gapless(targetRows_.step, *targetCodec_) || !gapless(sourceRows_.step, sourceCodec_)) {
             return area;
         }
         PaintArea joined = area;
@@ -210,7 +210,7 @@ private:
                 composite.select = nullptr;
                 composite.source = Pack(
                     sourceCodec_, At(sourceRows_, sourceCodec_, piece.area.sourceX, piece.area.sourceY, piece.area),
-                    span.source);
+                    piece.area.width, span.source);
                 Verdict verdict = mask(piece, span);
                 if (verdict == Verdict::Composite && !GatherGroupAlpha(piece.area, span)) verdict = Verdict::InOrder;
                 switch (verdict) {
@@ -224,7 +224,7 @@ private:
     }
 
     /// Reads the rows of a stencil under a piece into the span's selection.
-    static Verdict ReadStencilRows(const RowsFromTop<const unsigned char>& mask, unsigned int x, unsigned int y,
+    static Verdict ReadStencilRows(const PixelRows<const unsigned char>& mask, unsigned int x, unsigned int y,
                                    const PaintArea& area, bool copy, Span& span) {
         bool some = false;
         bool all = true;
@@ -290,13 +290,14 @@ private:
         const auto target = At(targetRows_, *targetCodec_, area.targetX, area.targetY, area);
         if constexpr (Traits::kGroup) {
             composite.snapshot =
-                Pack(*targetCodec_, At(*snapshotRows_, *targetCodec_, area.targetX, area.targetY, area), span.snapshot);
+                Pack(*targetCodec_, At(*snapshotRows_, *targetCodec_, area.targetX, area.targetY, area), area.width,
+                     span.snapshot);
         }
         const bool inPlace = targetCodec_->inPlace && area.height == 1;
-        composite.target = inPlace ? target.pixels : span.target;
-        if (!inPlace) targetCodec_->read({target.pixels, target.rowStep, target.width, target.rows}, span.target);
+        composite.target = inPlace ? target.first : span.target;
+        if (!inPlace) targetCodec_->read({target.first, target.step, target.count}, area.width, span.target);
         stage_(composite);
-        if (!inPlace) targetCodec_->write(target, span.target, WrittenPixels(span));
+        if (!inPlace) targetCodec_->write(target, area.width, span.target, WrittenPixels(span));
         ScatterGroupAlpha(area, span);
     }
 
@@ -324,24 +325,24 @@ private:
         composite.select = nullptr;
         ActiveStages().Of(BlendMode::Normal, CompositeForm::Plain,
                           premultiplied ? PackedForm::Premultiplied : PackedForm::Straight)(composite);
-        targetCodec_->write(At(targetRows_, *targetCodec_, area.targetX, area.targetY, area), span.target,
+        targetCodec_->write(At(targetRows_, *targetCodec_, area.targetX, area.targetY, area), area.width, span.target,
                             span.composite.select);
     }
 
     /// The pixels of an area's size from (x, y) on.
     template <typename Byte>
-    static PixelRows<Byte> At(const RowsFromTop<Byte>& rows, const SpanCodec& codec, int x, int y,
+    static PixelRows<Byte> At(const PixelRows<Byte>& rows, const SpanCodec& codec, int x, int y,
                               const PaintArea& area) {
         Byte* const first =
             rows.Row(static_cast<unsigned int>(y)) + std::size_t{static_cast<unsigned int>(x)} * codec.bytesPerPixel;
-        return {first, rows.rowStep, area.width, area.height};
+        return {first, rows.step, area.height};
     }
 
     /// Packed pixels: where they lie if they are packed there, else in `buffer`.
-    static const unsigned char* Pack(const SpanCodec& codec, const PixelRows<const unsigned char>& pixels,
-                                     unsigned char* buffer) {
-        if (codec.inPlace && pixels.rows == 1) return pixels.pixels;
-        codec.read(pixels, buffer);
+    static const unsigned char* Pack(const SpanCodec& codec, const PixelRows<const unsigned char>& rows,
+                                     std::size_t width, unsigned char* buffer) {
+        if (codec.inPlace && rows.count == 1) return rows.first;
+        codec.read(rows, width, buffer);
         return buffer;
     }
 
@@ -357,9 +358,9 @@ private:
     const BlendRequest<Traits>& request_;
     IQorImage& destination_;
     const IQorImage& source_;
-    RowsFromTop<unsigned char> targetRows_;
-    RowsFromTop<const unsigned char> sourceRows_;
-    std::optional<RowsFromTop<const unsigned char>> snapshotRows_;
+    PixelRows<unsigned char> targetRows_;
+    PixelRows<const unsigned char> sourceRows_;
+    std::optional<PixelRows<const unsigned char>> snapshotRows_;
     const SpanCodec& sourceCodec_;
     const SpanCodec* targetCodec_;  ///< null for a destination without colours
     PackedForm form_;

@@ -59,7 +59,7 @@ SoftMaskReader::SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction
     : transfer_(transfer),
       palette_(mask.GetPalette()),
       format_(mask.GetPixelFormat()),
-      rows_(mask.GetPixelData(), mask.GetWidth(), mask.GetHeight(), format_, mask.GetAlignment(), mask.IsBottomUp()),
+      rows_(RowsFromTop(mask, format_)),
       alpha_(alpha),
       group_(group) {
     known_.fill(Known::No);
@@ -145,7 +145,7 @@ double SoftMaskReader::OpacityOfColor(const unsigned char* bgr) {
 
 bool SoftMaskReader::ReadOpacitiesOfColors(const unsigned char* row, unsigned int x, std::size_t count) {
     const SpanCodec& codec = SpanCodecOf(format_);
-    codec.read({row + std::size_t{x} * codec.bytesPerPixel, 0, count, 1}, packed_.data());
+    codec.read({row + std::size_t{x} * codec.bytesPerPixel, 0, 1}, count, packed_.data());
     for (std::size_t i = 0; i < count; ++i) {
         unsigned char* const pixel = packed_.data() + i * kPackedBytes;
         // Only the colour counts here: a premultiplied one is made straight.

@@ -9,7 +9,7 @@
 #include <memory>
 
 #include "blend/stages/Stages.h"
-#include "pixel/Accessor.h"
+#include "pixel/PixelRows.h"
 
 namespace vantu {
 
@@ -63,7 +63,7 @@ private:
     const IPDFTransferFunction& transfer_;
     const ColorMap* palette_;
     PixelFormat format_;
-    RowsFromTop<const unsigned char> rows_;
+    PixelRows<const unsigned char> rows_;
     std::uint32_t alpha_;
     bool group_;
     bool allInRange_ = false;  ///< all keys are known, and their opacities within 0 to 1
