@@ -20,6 +20,7 @@ namespace {
 struct FileSource : jpeg_source_mgr {
     int fd;
     bool startOfFile;
+    bool ended;
     unsigned char buffer[4096];
 };
 
@@ -35,7 +36,8 @@ void StartInput(j_decompress_ptr decompressor) {
 boolean FillInput(j_decompress_ptr decompressor) {
     FileSource& source = SourceOf(decompressor);
     unsigned int count = QorReadFile(source.buffer, sizeof source.buffer, source.fd);
-    if (count == 0) {
+    source.ended = count == 0;
+    if (source.ended) {
         if (source.startOfFile) ERREXIT(decompressor, JERR_INPUT_EMPTY);
         WARNMS(decompressor, JWRN_JPEG_EOF);
         source.buffer[0] = 0xFF;
@@ -55,6 +57,7 @@ void SkipInput(j_decompress_ptr decompressor, long count) {
     while (left > source.bytes_in_buffer) {
         left -= source.bytes_in_buffer;
         FillInput(decompressor);
+        if (source.ended) return;  // at the marker that stands for the end
     }
     source.next_input_byte += left;
     source.bytes_in_buffer -= left;
