@@ -43,14 +43,21 @@ struct Twins {
 class Painting {
 public:
     explicit Painting(Bytes bytes) : choices_(bytes), destination_(MakeTwins(MakeFormat(true))) {
+        // A blender is made of hundreds of objects: two serve all inputs, on an image and a surface that change.
+        static const auto page = std::make_shared<TestImage>(Shape{1, 1, PixelFormat::Index8});
+        static const auto canvas = std::make_shared<TestSurface>(1, 1);
+        static const auto onPage = BlenderOn(page), onCanvas = BlenderOn(nullptr, canvas);
+        *page = std::move(*destination_.painted);
+        destination_.painted = page;
+        blender_ = onPage;
         if (choices_.Byte() % 4 == 0) {
-            surface_ = std::make_shared<TestSurface>(destination_.painted->GetWidth(),
-                                                     destination_.painted->GetHeight(), 0x80FF4020);
+            modelSurface_ = std::make_unique<TestSurface>(page->GetWidth(), page->GetHeight());
             Random random(choices_.Word());
-            for (Color& color : surface_->pixels) color = Color(static_cast<unsigned int>(random()));
-            modelSurface_ = std::make_unique<TestSurface>(*surface_);
+            for (Color& color : modelSurface_->pixels) color = Color(static_cast<unsigned int>(random()));
+            *canvas = *modelSurface_;
+            surface_ = canvas;
+            blender_ = onCanvas;
         }
-        blender_ = surface_ ? BlenderOn(nullptr, surface_) : BlenderOn(destination_.painted);
     }
 
     void Run() {
