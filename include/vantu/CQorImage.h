@@ -8,7 +8,7 @@
 
 namespace vantu {
 
-/// An image that owns its pixel block and its palette.
+/// An image that owns its palette and, unless it was made by `OnMemory`, its pixel block.
 ///
 /// Images of 1, 4 and 8 bits are born with an opaque grey ramp of 2, 16 and 256 entries as palette, the others
 /// with none. No lock: one thread at a time, unless all of them only read.
@@ -22,6 +22,23 @@ public:
     /// @param bottomUp whether the first row in memory is the visually lowest.
     /// @throws std::bad_alloc if the block cannot be had, or if a row is longer than 32 bits can count.
     CQorImage(unsigned int width, unsigned int height, PixelFormat format, unsigned char alignment, bool bottomUp);
+    /// An image whose pixels are memory of the caller's: a host's frame buffer, a decoder's output. Nothing is copied
+    /// or cleared, and nothing is freed; such an image is not paged out.
+    ///
+    /// An image says its row stride by an alignment of at most 255, so not every pitch can be one: it must be the next
+    /// multiple of some number up to 255 from the row's bytes on. That holds for rows without a gap, for any pitch up
+    /// to 255 bytes, and for rows padded to 2, 4, 8, ... 128 bytes.
+    ///
+    /// @param pixels `pitch * height` bytes; of the last row no more than its pixels.
+    ///        REQUIRES: they stay where they are as long as the image lives. A painted image's are written.
+    /// @param width, height size in pixels.
+    /// @param format layout of a pixel.
+    /// @param pitch bytes from the start of a row in memory to the start of the next one.
+    /// @param bottomUp whether the first row in memory is the visually lowest.
+    /// @return the image, or empty if a row's pixels take more than `pitch` bytes or no alignment gives that pitch.
+    /// @throws std::bad_alloc if there is no memory for the image object or its palette.
+    [[nodiscard]] static std::shared_ptr<CQorImage> OnMemory(void* pixels, unsigned int width, unsigned int height,
+                                                             PixelFormat format, unsigned int pitch, bool bottomUp);
     ~CQorImage() override;
     CQorImage(const CQorImage&) = delete;
     CQorImage& operator=(const CQorImage&) = delete;
@@ -55,11 +72,14 @@ protected:
 
 private:
     struct FreeBlock {
+        bool foreign;  // false for a block that says nothing else
         void operator()(unsigned char* block) const;
     };
     using Block = std::unique_ptr<unsigned char, FreeBlock>;
 
     static Block Allocate(std::size_t size);
+    CQorImage(unsigned int width, unsigned int height, PixelFormat format, unsigned char alignment, bool bottomUp,
+              Block pixels);
 
     unsigned int width_;
     unsigned int height_;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <limits>
 #include <new>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -19,6 +20,17 @@ std::size_t BlockSize(unsigned int width, unsigned int height, PixelFormat forma
     const std::uint64_t size = stride * height;
     if (size > static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max())) throw std::bad_alloc();
     return static_cast<std::size_t>(size);
+}
+
+/// The alignment by which rows lie `pitch` bytes apart: the least a with pitch = the next multiple of a from the bytes
+/// of a row on. @return none if there is none up to 255, or if a row does not fit.
+std::optional<unsigned char> AlignmentOf(unsigned int width, PixelFormat format, unsigned int pitch) {
+    const std::uint64_t rowBytes = (std::uint64_t{width} * BitsPerPixel(format) + 7) >> 3;
+    for (unsigned int a = 1; rowBytes <= pitch && a <= std::numeric_limits<unsigned char>::max(); ++a) {
+        const auto alignment = static_cast<unsigned char>(a);
+        if (RowStride(width, format, alignment) == pitch) return alignment;
+    }
+    return std::nullopt;
 }
 
 std::unique_ptr<ColorMap> GreyRamp(PixelFormat format) {
@@ -39,7 +51,7 @@ std::unique_ptr<ColorMap> GreyRamp(PixelFormat format) {
 }  // namespace
 
 void CQorImage::FreeBlock::operator()(unsigned char* block) const {
-    std::free(block);
+    if (!foreign) std::free(block);
 }
 
 CQorImage::Block CQorImage::Allocate(std::size_t size) {
@@ -51,14 +63,26 @@ CQorImage::Block CQorImage::Allocate(std::size_t size) {
 
 CQorImage::CQorImage(unsigned int width, unsigned int height, PixelFormat format, unsigned char alignment,
                      bool bottomUp)
+    : CQorImage(width, height, format, alignment, bottomUp, Allocate(BlockSize(width, height, format, alignment))) {}
+
+CQorImage::CQorImage(unsigned int width, unsigned int height, PixelFormat format, unsigned char alignment,
+                     bool bottomUp, Block pixels)
     : width_(width),
       height_(height),
       format_(format),
       alignment_(alignment),
       bottomUp_(bottomUp),
       size_(BlockSize(width, height, format, alignment)),
-      pixels_(Allocate(size_)),
+      pixels_(std::move(pixels)),
       palette_(GreyRamp(format)) {}
+
+std::shared_ptr<CQorImage> CQorImage::OnMemory(void* pixels, unsigned int width, unsigned int height,
+                                               PixelFormat format, unsigned int pitch, bool bottomUp) {
+    const auto alignment = AlignmentOf(width, format, pitch);
+    if (!alignment) return nullptr;
+    Block block(static_cast<unsigned char*>(pixels), FreeBlock{.foreign = true});
+    return std::shared_ptr<CQorImage>(new CQorImage(width, height, format, *alignment, bottomUp, std::move(block)));
+}
 
 CQorImage::~CQorImage() = default;
 
@@ -120,6 +144,7 @@ bool CQorImage::NeedsManagement() const {
 
 bool CQorImage::SetStorage(std::shared_ptr<CQorStorage> storage, unsigned int /*key*/,
                            IQorMemoryManager* /*manager*/) const {
+    if (pixels_.get_deleter().foreign) return false;
     storage_ = std::move(storage);
     stored_ = false;
     return storage_ != nullptr;

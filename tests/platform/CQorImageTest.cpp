@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 #include <vantu/CQorImage.h>
 #include <vantu/CQorStorage.h>
+#include <vantu/ImageUtil.h>
 
 #include <algorithm>
 #include <new>
+#include <vector>
 
 #include "pixel/FormatDispatch.h"
 
@@ -49,6 +51,36 @@ TEST(CQorImage, SizesThatCannotBeHadThrow) {
     EXPECT_THROW(CQorImage(0xFFFFFFFFU, 1, PixelFormat::Bgr24, 4, false), std::bad_alloc);
     EXPECT_THROW(CQorImage(0x08000000U, 1, PixelFormat::Bgra32, 255, false), std::bad_alloc);
     EXPECT_NO_THROW(CQorImage(0, 0, PixelFormat::Bgr24, 4, false));
+}
+
+TEST(CQorImage, OnMemoryOfTheCallers) {
+    std::vector<unsigned char> memory(3 * 300, 0xCD);
+    for (const PixelFormat format : kPixelFormats) {
+        for (const unsigned int width : {1U, 9U, 50U, 75U}) {
+            const unsigned int rowBytes = RowStride(width, format, 0);
+            for (unsigned int pitch = 0; pitch <= 300; ++pitch) {
+                bool possible = false;
+                for (unsigned int a = 1; a <= 255; ++a)
+                    possible = possible || (pitch >= rowBytes && pitch % a == 0 && pitch - rowBytes < a);
+                const auto image = CQorImage::OnMemory(memory.data(), width, 3, format, pitch, false);
+                ASSERT_EQ(image != nullptr, possible) << width << " pixels at " << pitch;
+                if (!image) continue;
+                EXPECT_EQ(RowStride(width, format, image->GetAlignment()), pitch);
+                EXPECT_EQ(image->GetPixelData(), memory.data());
+            }
+        }
+    }
+    EXPECT_FALSE(CQorImage::OnMemory(memory.data(), 0x40000000, 1, PixelFormat::Bgra32, 0, false)) << "a row wraps";
+
+    for (const bool bottomUp : {false, true}) {
+        const auto image = CQorImage::OnMemory(memory.data(), 4, 3, PixelFormat::Bgr24, 60, bottomUp);
+        EXPECT_FALSE(image->SetStorage(std::make_shared<CQorStorage>(), 0, nullptr)) << "it is not paged out";
+        EXPECT_FALSE(image->Store() || image->Unload() || image->NeedsManagement());
+        std::vector<unsigned char> expected = memory;
+        std::fill_n(&expected[(bottomUp ? 2 : 0) * 60 + 3], 6, static_cast<unsigned char>(0x77));
+        ImageUtil::Clear(*image, 0xFF777777, {1, 0, 3, 1});
+        EXPECT_EQ(memory, expected);
+    }
 }
 
 TEST(CQorImage, PagesOutAndInOnce) {
