@@ -4,11 +4,11 @@
 
 #include <cstddef>
 #include <memory>
-#include <qpdf/QPDFObjectHandle.hh>
 #include <span>
 #include <vector>
 
 #include "Notes.h"
+#include "Qpdf.h"
 
 namespace pdf {
 

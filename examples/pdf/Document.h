@@ -1,11 +1,11 @@
 #pragma once
 
-#include <qpdf/QPDF.hh>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "Geometry.h"
+#include "Qpdf.h"
 
 namespace pdf {
 

@@ -2,9 +2,10 @@
 
 #include <cstddef>
 #include <memory>
-#include <qpdf/QPDFObjectHandle.hh>
 #include <span>
 #include <vector>
+
+#include "Qpdf.h"
 
 namespace pdf {
 

@@ -11,13 +11,6 @@ unsigned char Product(unsigned int a, unsigned int b) {
     return static_cast<unsigned char>((a * b * 2 + 255) / 510);
 }
 
-// The sample of a mask, also where it has none.
-unsigned char SampleAt(const Mask& mask, int x, int y) {
-    const Pixels& box = mask.box;
-    if (x < box.x0 || x >= box.x1 || y < box.y0 || y >= box.y1) return 0;
-    return mask.image ? RowOf(mask, y)[x - box.x0] : 255;
-}
-
 // The part of a mask in a box inside its own.
 Mask Cut(const Mask& mask, const Pixels& box) {
     if (!mask.image) return {box, nullptr};
@@ -44,6 +37,12 @@ Mask MakeMask(const Pixels& box) {
 
 unsigned char* RowOf(const Mask& mask, int y) {
     return mask.image->GetPixelData() + static_cast<std::size_t>(y - mask.box.y0) * mask.image->GetWidth();
+}
+
+unsigned char SampleAt(const Mask& mask, int x, int y) {
+    const Pixels& box = mask.box;
+    if (x < box.x0 || x >= box.x1 || y < box.y0 || y >= box.y1) return 0;
+    return mask.image ? RowOf(mask, y)[x - box.x0] : 255;
 }
 
 Mask Intersect(const Mask& a, const Mask& b) {

@@ -22,6 +22,9 @@ Mask MakeMask(const Pixels& box);
 // The first sample of a row of the page. REQUIRES: `mask` has an image and `y` is a row of its box.
 unsigned char* RowOf(const Mask& mask, int y);
 
+// The sample of a pixel of the page, also where the mask has none.
+unsigned char SampleAt(const Mask& mask, int x, int y);
+
 // What lies in both: round(a * b / 255) in each pixel.
 Mask Intersect(const Mask& a, const Mask& b);
 

@@ -1,7 +1,5 @@
 #include "Objects.h"
 
-#include <qpdf/Buffer.hh>
-
 namespace pdf {
 
 QPDFObjectHandle Entry(QPDFObjectHandle object, const std::string& key) {

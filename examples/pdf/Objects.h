@@ -1,10 +1,10 @@
 #pragma once
 
-#include <qpdf/QPDFObjectHandle.hh>
 #include <string>
 #include <vector>
 
 #include "Geometry.h"
+#include "Qpdf.h"
 
 namespace pdf {
 

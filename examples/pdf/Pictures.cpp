@@ -1,0 +1,130 @@
+#include "Pictures.h"
+
+#include <vantu/CQorImage.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "Outlines.h"
+#include "PictureReader.h"
+
+namespace pdf {
+
+namespace {
+
+constexpr double kMostInRow = 64;  // samples to look at for one pixel, along each axis
+
+constexpr Box kUnitSquare{0, 0, 1, 1};
+
+bool IsUpright(const Matrix& matrix) {
+    return (matrix.b == 0 && matrix.c == 0) || (matrix.a == 0 && matrix.d == 0);
+}
+
+// The whole numbers next to both ends of an interval; of one that has no two of them, those around it.
+void Snap(double& low, double& high) {
+    const double before = std::floor(low);
+    low = std::round(low);
+    high = std::round(high);
+    if (low < high) return;
+    low = before;
+    high = before + 1;
+}
+
+// What takes an upright rectangle to another one.
+Matrix Between(const Box& from, const Box& to) {
+    const double scaleX = (to.x1 - to.x0) / (from.x1 - from.x0);
+    const double scaleY = (to.y1 - to.y0) / (from.y1 - from.y0);
+    return {scaleX, 0, 0, scaleY, to.x0 - from.x0 * scaleX, to.y0 - from.y0 * scaleY};
+}
+
+// The samples along one axis whose middles lie within `reach` of a place, or the nearest one.
+struct Run {
+    std::size_t first;
+    std::size_t last;  // included
+    std::size_t step;  // 1 unless there are too many
+
+    Run(double middle, double reach, std::size_t size) {
+        const auto inside = [&](double i) { return std::max(0.0, std::min(static_cast<double>(size - 1), i)); };
+        const double low = std::ceil(middle - reach - 0.5);
+        const double high = std::ceil(middle + reach - 0.5) - 1;
+        first = static_cast<std::size_t>(inside(low <= high ? low : std::floor(middle)));
+        last = static_cast<std::size_t>(inside(low <= high ? high : std::floor(middle)));
+        step = 1 + static_cast<std::size_t>(static_cast<double>(last - first) / kMostInRow);
+    }
+};
+
+using Pixel = std::array<unsigned char, 4>;
+
+Pixel MeanOf(const Picture& picture, const Run& columns, const Run& rows) {
+    std::array<unsigned long, 4> sums{};
+    unsigned long count = 0;
+    for (std::size_t y = rows.first; y <= rows.last; y += rows.step) {
+        for (std::size_t x = columns.first; x <= columns.last; x += columns.step, ++count) {
+            const unsigned char* const sample = picture.At(x, y);
+            for (std::size_t j = 0; j < picture.channels; ++j) sums[j] += sample[j];
+        }
+    }
+    Pixel mean{};
+    for (std::size_t j = 0; j < 4; ++j) mean[j] = static_cast<unsigned char>((2 * sums[j] + count) / (2 * count));
+    return mean;
+}
+
+// Calls `put(x, y, pixel)` for the pixels of a box.
+template <typename Put>
+void Sample(const Picture& picture, const Matrix& toPicture, const Pixels& box, Put put) {
+    // A pixel is a parallelogram there; these are half the sides of the upright rectangle around it.
+    const double reachX = (std::abs(toPicture.a) + std::abs(toPicture.c)) / 2;
+    const double reachY = (std::abs(toPicture.b) + std::abs(toPicture.d)) / 2;
+    for (int y = box.y0; y < box.y1; ++y) {
+        for (int x = box.x0; x < box.x1; ++x) {
+            const PointD middle = toPicture.Map({x + 0.5, y + 0.5});
+            put(x, y, MeanOf(picture, {middle.x, reachX, picture.width}, {middle.y, reachY, picture.height}));
+        }
+    }
+}
+
+}  // namespace
+
+PlacedPicture PlacePicture(QPDFObjectHandle stream, QPDFObjectHandle resources, const Matrix& toDevice,
+                           const Pixels& clip, Notes& notes) {
+    if (!toDevice.IsInvertible() || IsEmpty(Intersect(clip, Around(MapBox(toDevice, kUnitSquare))))) return {};
+    const std::optional<Picture> picture = ReadPicture(stream, resources, notes);
+    if (!picture) return {};
+
+    PlacedPicture placed;
+    Matrix matrix = toDevice;
+    if (IsUpright(toDevice)) {
+        const Box exact = MapBox(toDevice, kUnitSquare);
+        Box snapped = exact;
+        Snap(snapped.x0, snapped.x1);
+        Snap(snapped.y0, snapped.y1);
+        matrix = Concat(toDevice, Between(exact, snapped));
+        placed.coverage.box = Intersect(clip, Around(snapped));
+    } else {
+        Path outline;
+        outline.AddRectangle(kUnitSquare);
+        placed.coverage = FillCoverage(outline, matrix, false, clip);
+    }
+    const Pixels& box = placed.coverage.box;
+    if (IsEmpty(box)) return {};
+    // The first row of a picture is at the top of the unit square.
+    const auto width = static_cast<double>(picture->width);
+    const auto height = static_cast<double>(picture->height);
+    const Matrix toPicture = Concat(matrix.Inverse(), {width, 0, 0, -height, 0, height});
+    if (picture->channels == 1) {
+        const Mask stencil = MakeMask(box);
+        Sample(*picture, toPicture, box,
+               [&](int x, int y, const Pixel& pixel) { RowOf(stencil, y)[x - box.x0] = pixel[0]; });
+        return {Intersect(placed.coverage, stencil), nullptr};
+    }
+    placed.image = std::make_shared<vantu::CQorImage>(
+        static_cast<unsigned int>(Width(box)), static_cast<unsigned int>(Height(box)),
+        vantu::PixelFormat::Bgra32Premultiplied, static_cast<unsigned char>(0), false);
+    unsigned char* out = placed.image->GetPixelData();
+    Sample(*picture, toPicture, box,
+           [&](int, int, const Pixel& pixel) { out = std::copy(pixel.begin(), pixel.end(), out); });
+    return placed;
+}
+
+}  // namespace pdf
