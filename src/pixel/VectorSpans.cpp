@@ -14,7 +14,7 @@ namespace vantu::HWY_NAMESPACE {
 namespace {
 namespace hn = hwy::HWY_NAMESPACE;
 
-#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+#if IMAGEOP_HAS_VECTORS
 
 /// Formats whose rows have no vector code of their own.
 template <PixelFormat F>

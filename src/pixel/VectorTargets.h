@@ -1,6 +1,20 @@
 #pragma once
 
-// The instruction sets that vector code is compiled for; to be included before the vector library. What has vectors of
-// no fixed size, or gains nothing over the set before, is left out. All files with vector code agree, so that a test
-// can force one set for the whole library.
-#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)
+// The instruction sets that vector code is compiled for, and what it may ask of them; to be included before the vector
+// library. This is a list of what is let in, so that a library that knows more sets than this code still compiles: left
+// out is what has vectors of no fixed size or gains nothing over the set before. All files with vector code agree, so
+// that a test can force one set for the whole library.
+
+#define HWY_WANT_AVX3_DL  // AVX-512 with byte permutations, which the library compiles only if it is asked to
+#define HWY_DISABLED_TARGETS \
+    (~(HWY_SCALAR | HWY_EMU128 | HWY_SSE4 | HWY_AVX2 | HWY_AVX3 | HWY_AVX3_DL | HWY_NEON | HWY_NEON_WITHOUT_AES))
+#include <hwy/detect_targets.h>
+#ifndef HWY_NEON_WITHOUT_AES  // older libraries have one set of this family
+#define HWY_NEON_WITHOUT_AES 0
+#endif
+
+/// Whether the set being compiled has vectors; otherwise the scalar code runs.
+#define IMAGEOP_HAS_VECTORS (HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128)
+
+/// Whether it looks words up in tables of 64 and packs and spreads lanes by a mask: vectors of 64 bytes.
+#define IMAGEOP_HAS_WORD_TABLES (HWY_MAX_BYTES == 64)

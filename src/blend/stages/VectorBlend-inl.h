@@ -11,6 +11,7 @@
 
 #include "blend/stages/BlendTables.h"
 #include "blend/stages/VectorDivision-inl.h"
+#include "blend/stages/VectorNative-inl.h"
 #include "blend/stages/VectorWords-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -133,18 +134,23 @@ HWY_INLINE EightWords LookUpEight(const unsigned char* table, EightWords index) 
     return hn::BitCast(hn::Full128<std::uint16_t>(), hn::InterleaveLower(quarters, first, second));
 }
 
+/// The same for as many words as a vector has.
+template <class Tag>
+HWY_INLINE hn::Vec<Tag> LookUpAll(Tag tag, const unsigned char* table, hn::Vec<Tag> index) {
+    if constexpr (hn::MaxLanes(tag) == 8) {
+        return LookUpEight(table, index);
+    } else {
+        const hn::Half<Tag> half;
+        return hn::Combine(tag, LookUpAll(half, table, hn::UpperHalf(half, index)),
+                           LookUpAll(half, table, hn::LowerHalf(half, index)));
+    }
+}
+
 /// A mode from the table of all its values.
 template <BlendMode Mode>
 struct BlendByTable {
     HWY_INLINE Words operator()(Words cb, Words cs) const {
-        const Words index = hn::Or(hn::ShiftLeft<8>(cb), cs);
-#if HWY_MAX_BYTES == 16
-        return LookUpEight(table, index);
-#else
-        const hn::Half<Tag16> half;
-        return hn::Combine(kWords, LookUpEight(table, hn::UpperHalf(half, index)),
-                           LookUpEight(table, hn::LowerHalf(half, index)));
-#endif
+        return LookUpAll(kWords, table, hn::Or(hn::ShiftLeft<8>(cb), cs));
     }
 
     const unsigned char* table = GetPairTable<Mode>().data();

@@ -1,7 +1,6 @@
 // Words divided by words. Included once per target.
 
 #if defined(IMAGEOP_VECTOR_DIVISION_INL_H) == defined(HWY_TARGET_TOGGLE)
-#undef IMAGEOP_HAS_WORD_TABLES
 #ifdef IMAGEOP_VECTOR_DIVISION_INL_H
 #undef IMAGEOP_VECTOR_DIVISION_INL_H
 #else
@@ -12,6 +11,7 @@
 
 #include <cstdint>
 
+#include "blend/stages/VectorNative-inl.h"
 #include "blend/stages/VectorWords-inl.h"
 #include "blend/stages/WordTables.h"
 
@@ -23,17 +23,6 @@ struct Factor {
     Words hi;
     Words lo;
 };
-
-/// Floats truncated to integers that they are within the range of.
-HWY_INLINE Pixels Truncated(hn::Vec<TagFloat> v) {
-#if HWY_TARGET == HWY_SSE4
-    return Pixels{_mm_cvttps_epi32(v.raw)};  // without the care that hn::ConvertTo takes of what is out of range
-#elif HWY_TARGET == HWY_AVX2
-    return Pixels{_mm256_cvttps_epi32(v.raw)};
-#else
-    return hn::BitCast(kPixels, hn::ConvertTo(TagInt(), v));
-#endif
-}
 
 /// trunc(numerator / d) per word, as for d = 1 where d is 0. The division is correctly rounded, and a quotient that is
 /// no integer is at least 1/255 away from one, further than half a unit in the last place below 2^24: so the truncation
@@ -50,13 +39,7 @@ HWY_INLINE Factor TruncatedQuotient(float numerator, Words d) {
     return {HighHalves(first, second), LowHalves(first, second)};
 }
 
-#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL  // the latter where the whole build is for it
-#define IMAGEOP_HAS_WORD_TABLES 1
-
-/// The entries of a table of 64 at words below 64.
-HWY_INLINE Words LookUp64(const std::uint16_t* table, Words index) {
-    return Words{_mm512_permutex2var_epi16(_mm512_load_si512(table), index.raw, _mm512_load_si512(table + 32))};
-}
+#if IMAGEOP_HAS_WORD_TABLES
 
 /// The entries of a table at words below 256: its four quarters, of which bits 6 and 7 choose one.
 HWY_INLINE Words LookUp(const WordTable& table, Words index) {
@@ -66,8 +49,7 @@ HWY_INLINE Words LookUp(const WordTable& table, Words index) {
     return hn::IfThenElse(upper, hn::IfThenElse(odd, LookUp64(entries + 192, index), LookUp64(entries + 128, index)),
                           hn::IfThenElse(odd, LookUp64(entries + 64, index), LookUp64(entries, index)));
 }
-#else
-#define IMAGEOP_HAS_WORD_TABLES 0
+
 #endif
 
 /// The factor of floor(255 * c / a) for every byte c: ceil(255 * 65536 / a), which trunc(16711935 / a) is. Anything for

@@ -11,54 +11,18 @@
 #include <vantu/BlendMode.h>
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-#include "blend/stages/LaneTables.h"
 #include "blend/stages/Stages.h"
 #include "blend/stages/VectorForms-inl.h"
+#include "blend/stages/VectorNative-inl.h"
 #include "blend/stages/VectorWords-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
-
-/// The bits of a mask, the first pixel's lowest.
-HWY_INLINE unsigned int Bits(PixelMask mask) {
-    std::uint8_t bytes[8] = {};
-    hn::StoreMaskBits(kPixels, mask, bytes);
-    return bytes[0] | static_cast<unsigned int>(bytes[1]) << 8;
-}
-
-#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-
-/// The pixels whose bits are set, in order, ahead of the others.
-HWY_INLINE Pixels Packed(Pixels v, unsigned int bits) {
-    return Pixels{_mm512_maskz_compress_epi32(static_cast<__mmask16>(bits), v.raw)};
-}
-
-/// Packed pixels back in their places, and those `below` where bits are not set.
-HWY_INLINE Pixels Unpacked(Pixels packed, unsigned int bits, Pixels below) {
-    return Pixels{_mm512_mask_expand_epi32(below.raw, static_cast<__mmask16>(bits), packed.raw)};
-}
-
-#else
-
-HWY_INLINE Pixels Ordered(Pixels v, const std::array<std::uint8_t, 8>& order) {
-    const Pixels lanes = hn::PromoteTo(kPixels, hn::LoadU(TagByte(), order.data()));
-    return hn::TableLookupLanes(v, hn::IndicesFromVec(kPixels, lanes));
-}
-HWY_INLINE Pixels Packed(Pixels v, unsigned int bits) {
-    return Ordered(v, kPackLanes[bits]);
-}
-HWY_INLINE Pixels Unpacked(Pixels packed, unsigned int bits, Pixels below) {
-    const std::uint8_t byte[8] = {static_cast<std::uint8_t>(bits)};
-    return hn::IfThenElse(hn::LoadMaskBits(kPixels, byte), Ordered(packed, kUnpackLanes[bits]), below);
-}
-
-#endif
 
 /// Paints whole blocks of a span from pixel `first` to `end`, or to one behind which it pays to gather.
 /// @return the pixel to go on with.

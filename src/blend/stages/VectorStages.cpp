@@ -9,7 +9,7 @@
 
 #include "blend/definition/ModeTable.h"
 
-#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+#if IMAGEOP_HAS_VECTORS
 #include "blend/stages/VectorRuns-inl.h"
 #include "blend/stages/VectorWords-inl.h"
 

@@ -1,0 +1,77 @@
+// What the vector library has no operation for, or a slower one: the only place with what one processor's compiler
+// understands. Included once per target.
+
+#if defined(IMAGEOP_VECTOR_NATIVE_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef IMAGEOP_VECTOR_NATIVE_INL_H
+#undef IMAGEOP_VECTOR_NATIVE_INL_H
+#else
+#define IMAGEOP_VECTOR_NATIVE_INL_H
+#endif
+
+#include <hwy/highway.h>
+
+#include <array>
+#include <cstdint>
+
+#include "blend/stages/LaneTables.h"
+#include "blend/stages/VectorWords-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace vantu::HWY_NAMESPACE {
+
+/// Floats truncated to integers that they are within the range of: without the care that hn::ConvertTo takes of others.
+HWY_INLINE Pixels Truncated(hn::Vec<TagFloat> v) {
+#if HWY_ARCH_X86 && HWY_MAX_BYTES == 16
+    return Pixels{_mm_cvttps_epi32(v.raw)};
+#elif HWY_ARCH_X86 && HWY_MAX_BYTES == 32
+    return Pixels{_mm256_cvttps_epi32(v.raw)};
+#else
+    return hn::BitCast(kPixels, hn::ConvertTo(TagInt(), v));
+#endif
+}
+
+/// The bits of a mask, the first pixel's lowest.
+HWY_INLINE unsigned int Bits(PixelMask mask) {
+    std::uint8_t bytes[8] = {};
+    hn::StoreMaskBits(kPixels, mask, bytes);
+    return bytes[0] | static_cast<unsigned int>(bytes[1]) << 8;
+}
+
+#if IMAGEOP_HAS_WORD_TABLES
+
+/// The entries of a table of 64 at words below 64.
+HWY_INLINE Words LookUp64(const std::uint16_t* table, Words index) {
+    return Words{_mm512_permutex2var_epi16(_mm512_load_si512(table), index.raw, _mm512_load_si512(table + 32))};
+}
+
+/// The pixels whose bits are set, in order, ahead of the others.
+HWY_INLINE Pixels Packed(Pixels v, unsigned int bits) {
+    return Pixels{_mm512_maskz_compress_epi32(static_cast<__mmask16>(bits), v.raw)};
+}
+
+/// Packed pixels back in their places, and those `below` where bits are not set.
+HWY_INLINE Pixels Unpacked(Pixels packed, unsigned int bits, Pixels below) {
+    return Pixels{_mm512_mask_expand_epi32(below.raw, static_cast<__mmask16>(bits), packed.raw)};
+}
+
+#else  // up to 8 lanes, by tables: much faster than hn::Compress
+
+HWY_INLINE Pixels Ordered(Pixels v, const std::array<std::uint8_t, 8>& order) {
+    static_assert(HWY_MAX_BYTES <= 32);
+    const Pixels lanes = hn::PromoteTo(kPixels, hn::LoadU(TagByte(), order.data()));
+    return hn::TableLookupLanes(v, hn::IndicesFromVec(kPixels, lanes));
+}
+HWY_INLINE Pixels Packed(Pixels v, unsigned int bits) {
+    return Ordered(v, kPackLanes[bits]);
+}
+HWY_INLINE Pixels Unpacked(Pixels packed, unsigned int bits, Pixels below) {
+    const std::uint8_t byte[8] = {static_cast<std::uint8_t>(bits)};
+    return hn::IfThenElse(hn::LoadMaskBits(kPixels, byte), Ordered(packed, kUnpackLanes[bits]), below);
+}
+
+#endif
+
+}  // namespace vantu::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif
