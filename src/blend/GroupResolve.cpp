@@ -1,7 +1,8 @@
 #include "blend/GroupResolve.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "pixel/Accessor.h"
 
@@ -59,18 +60,24 @@ void MixWithBackdrop(unsigned char* p, const unsigned char* b, std::uint32_t a) 
     for (const int c : {2, 1, 0}) p[c] = static_cast<unsigned char>(((255 - low) * b[c] + low * p[c]) / 255);
 }
 
+/// An edge of a range, cut to the edges 0 and `size` of an image.
+unsigned int Cut(int coordinate, unsigned int size) {
+    return coordinate < 0 ? 0 : std::min(static_cast<unsigned int>(coordinate), size);
+}
+
 /// Runs `step` on each pixel of the group's ranges, in list order, with its place in the snapshot and its group alpha.
+/// What of a range lies outside the image is passed over: a masked element is painted at its range plus the offset.
 template <PixelFormat F, typename Step>
 void EachPaintedPixel(GroupState& group, Step step) {
     const auto image = ViewOf<Accessor<F>>(*group.image);
     const auto snapshot = ViewOf<ConstAccessor<F>>(static_cast<const IQorImage&>(*group.backdrop));
-    const std::size_t width = group.image->GetWidth();
+    const unsigned int width = group.image->GetWidth();
+    const unsigned int height = group.image->GetHeight();
     for (const Range<int, 2>& range : group.coverage->GetRanges()) {
-        for (int y = range.y0; y < range.y1; ++y) {
-            for (int x = range.x0; x < range.x1; ++x) {
-                const auto ux = static_cast<unsigned int>(x);
-                const auto uy = static_cast<unsigned int>(y);
-                step(image.Address(ux, uy), snapshot.Address(ux, uy), group.groupAlpha[width * uy + ux]);
+        const unsigned int x1 = Cut(range.x1, width), y1 = Cut(range.y1, height);
+        for (unsigned int y = Cut(range.y0, height); y < y1; ++y) {
+            for (unsigned int x = Cut(range.x0, width); x < x1; ++x) {
+                step(image.Address(x, y), snapshot.Address(x, y), group.groupAlpha[std::size_t{width} * y + x]);
             }
         }
     }
