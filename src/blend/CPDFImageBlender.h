@@ -67,11 +67,11 @@ private:
     bool BlendInGroup(GroupState& top, IQorImage& source, BlendRequest<PDFBlend::GroupBlendingTraits>& request,
                       BlendMode mode);
 
-    // Declared so that destruction, which runs backwards, ends with the destination's owners after the kernels.
+    // Destruction runs backwards: kernels, surface, rasterizer, image, then the groups that are still open.
+    std::vector<GroupState> groupStack_;  ///< the last is the top
     std::shared_ptr<IQorImage> image_;
     std::shared_ptr<IRasterizer> rasterizer_;
     std::shared_ptr<RasterSurface> surface_;                                 ///< only without an image
-    std::vector<GroupState> groupStack_;                                     ///< the last is the top
     RasterizerBlends<PDFBlend::GroupBlendingTraits> groupRasterizerBlends_;  ///< by mode; never selected
     RasterizerBlends<PDFBlend::BlendingTraits> rasterizerBlends_;            ///< by mode
     PixelBlends<PDFBlend::GroupBlendingTraits> groupPixelBlends_;

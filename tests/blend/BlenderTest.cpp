@@ -29,6 +29,29 @@ TEST(Blender, NeedsARasterizerWhoseSurfaceItAsksForOnceAndOnlyWithoutAnImage) {
     EXPECT_EQ(asked, 1);
 }
 
+TEST(Blender, LetsGoOfItsDestinationBeforeTheGroupsThatAreOpen) {
+    std::vector<std::string> released;
+    const auto noted = [&released](const char* name, auto object) {
+        const auto release = [&released, name, object](auto*) { released.emplace_back(name); };
+        return decltype(object)(object.get(), release);
+    };
+    const auto makeAndDrop = [&](std::shared_ptr<IQorImage> image) {
+        const auto host = std::make_shared<TestRasterizer>(noted("surface", std::make_shared<RasterSurface>()));
+        std::shared_ptr<IRasterizer> rasterizer = noted("rasterizer", host);
+        auto blender = IPDFImageBlender::Create(rasterizer, image);
+        blender->BeginGroup(noted("group", Image(Bgr24)), nullptr, false, false, false);
+        host->surface.reset();
+        rasterizer.reset();
+        image.reset();
+        released.clear();
+        blender.reset();
+    };
+    makeAndDrop(noted("image", Image(Bgr24)));
+    EXPECT_EQ(released, (std::vector<std::string>{"rasterizer", "image", "group"}));
+    makeAndDrop(nullptr);
+    EXPECT_EQ(released, (std::vector<std::string>{"surface", "rasterizer", "group"}));
+}
+
 TEST(Blender, RefusesMissingArgumentsAndLeavesBlended) {
     const auto image = Image(Bgr24), hollow = Image(Bgr24);
     hollow->HideMemory();
