@@ -11,8 +11,8 @@ namespace vantu {
 /// A byte store: values are appended by the writing operations and taken from the front by the reading ones.
 ///
 /// Numbers are little-endian; a byte string is preceded by its length in 4 bytes. Every operation returns the
-/// number of bytes it moved, 0 for none. All are virtual, so that a host may keep the bytes elsewhere. One
-/// thread at a time.
+/// number of bytes it moved, 0 for none. Where memory runs out std::bad_alloc leaves, and the store is as it was. All
+/// are virtual, so that a host may keep the bytes elsewhere. One thread at a time.
 class VANTU_API CQorStorage {
 public:
     /// An empty store.
@@ -31,6 +31,8 @@ public:
     /// Appends the 8 bytes of an IEEE double. @return 8.
     virtual unsigned int Write(double value);
     /// Appends the length in 4 bytes, then the text. @return 4 plus the length.
+    ///
+    /// REQUIRES: the text is shorter than 2^32 - 4 bytes.
     virtual unsigned int Write(const std::string& text);
 
     /// Takes one byte. @return 1, or 0 at the end with `value` untouched.

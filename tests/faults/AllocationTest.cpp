@@ -287,6 +287,27 @@ TEST(AllocationFailure, UtilitiesGiveAWholeImageOrNone) {
     });
 }
 
+TEST(AllocationFailure, StorageMovesAWholeValueOrNothing) {
+    const std::string text = "a text that no string holds by itself";
+    for (const unsigned int size : {1U, 8U, 41U}) {
+        WithEveryAllocationFailing([&](Failure& failure) {
+            CQorStorage storage(Bytes{1, 2, 3});
+            const auto write = [&] {
+                return size == 1 ? storage.WriteByte(4) : size == 8 ? storage.Write(0.5) : storage.Write(text);
+            };
+            const Outcome outcome = failure.In([&] { return write() == size; });
+            EXPECT_EQ(storage.GetBytes().size(), outcome == Outcome::True ? 3 + size : 3);
+        });
+    }
+    WithEveryAllocationFailing([&](Failure& failure) {
+        CQorStorage storage;
+        storage.Write(text);
+        std::string read;
+        if (failure.In([&] { return storage.Read(read) == 41; }) != Outcome::True) storage.Read(read);
+        EXPECT_EQ(read, text);
+    });
+}
+
 TEST(AllocationFailure, TransferFunctionsStayOfUse) {
     const std::string code = "{ 1 exch sub }  % a text that no string holds by itself";
     const CPostscriptPDFTransferFunction inversion(TransferSource::Alpha, code);
