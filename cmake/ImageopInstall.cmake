@@ -31,7 +31,12 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/imageop-config-version.cm
 install(FILES ${PROJECT_BINARY_DIR}/imageop-config.cmake ${PROJECT_BINARY_DIR}/imageop-config-version.cmake
     DESTINATION ${package_dir} COMPONENT imageop_development)
 
-file(RELATIVE_PATH pkgconfig_to_prefix ${CMAKE_INSTALL_PREFIX}/${pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
+# A folder that the installer names by an absolute path stands as it is; the others move with the tree.
+set(pkgconfig_includedir "\${prefix}")
+cmake_path(APPEND pkgconfig_includedir "${CMAKE_INSTALL_INCLUDEDIR}")
+set(pkgconfig_libdir "\${prefix}")
+cmake_path(APPEND pkgconfig_libdir "${CMAKE_INSTALL_LIBDIR}")
+file(RELATIVE_PATH pkgconfig_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 foreach(name imageop imageop-platform)
     configure_file(cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${pkgconfig_dir} COMPONENT imageop_development)
