@@ -2,7 +2,7 @@
 function(imageop_compile_options target)
     target_compile_features(${target} PUBLIC cxx_std_20)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF POSITION_INDEPENDENT_CODE ON)
-    # Double results are specified operation by operation, so no multiply and add may be fused.
+    # Double results are defined operation by operation, so no multiply and add may be fused.
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -ffp-contract=off
         $<$<BOOL:${IMAGEOP_WARNINGS_AS_ERRORS}>:-Werror>)
 endfunction()
