@@ -1,7 +1,9 @@
 #include "pixel/DynamicAccessor.h"
 
+#include <memory>
 #include <new>
 #include <type_traits>
+#include <utility>
 
 #include "pixel/FormatDispatch.h"
 

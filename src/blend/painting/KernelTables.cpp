@@ -1,6 +1,9 @@
 #include "blend/painting/KernelTables.h"
 
 #include <array>
+#include <cstddef>
+#include <memory>
+#include <utility>
 
 #include "blend/definition/ModeTable.h"
 #include "blend/painting/ImagePainter.h"
