@@ -2,6 +2,9 @@
 
 #include <vantu/ImageUtil.h>
 
+#include <cstddef>
+#include <cstdint>
+#include <new>
 #include <utility>
 
 #include "blend/GroupResolve.h"
@@ -87,12 +90,15 @@ bool CPDFImageBlender::BlendInGroup(GroupState& top, IQorImage& source, BlendReq
 bool CPDFImageBlender::BeginGroup(const std::shared_ptr<IQorImage>& image, const std::shared_ptr<void>& heldObject,
                                   bool knockout, bool keepBackdrop, bool plainResolve) {
     if (!image) return true;
-    const std::size_t pixels = std::size_t{image->GetWidth()} * image->GetHeight();
+    const std::uint64_t pixels = std::uint64_t{image->GetWidth()} * image->GetHeight();
     if (pixels == 0) return true;
     std::shared_ptr<IQorImage> backdrop = ImageUtil::Clone(*image, nullptr, nullptr);
     if (!backdrop) return true;
-    groupStack_.push_back(GroupState{std::move(backdrop), image, heldObject, std::vector<unsigned int>(pixels),
-                                     knockout, keepBackdrop, plainResolve, nullptr});
+    std::vector<unsigned int> groupAlpha;
+    if (pixels > groupAlpha.max_size()) throw std::bad_alloc();
+    groupAlpha.resize(static_cast<std::size_t>(pixels));
+    groupStack_.push_back(GroupState{std::move(backdrop), image, heldObject, std::move(groupAlpha), knockout,
+                                     keepBackdrop, plainResolve, nullptr});
     return true;
 }
 

@@ -16,7 +16,7 @@ struct PixelRows {
 
     /// Bytes that a row takes in memory.
     [[nodiscard]] std::size_t Stride() const { return static_cast<std::size_t>(step < 0 ? -step : step); }
-    /// Bytes that all rows take.
+    /// Bytes that all rows take; of rows that are still to be made maybe more than memory has addresses.
     [[nodiscard]] std::uint64_t Size() const { return std::uint64_t{Stride()} * count; }
 
     /// The same rows, the last one first.
@@ -31,7 +31,7 @@ struct PixelRows {
 
 /// Whether `RowStride` counts a row of pixels in full. It counts bits in 32 bits: the stride of a row that is too long
 /// for that has wrapped, and so has the memory that an image gives it.
-inline bool RowIsCounted(std::size_t width, PixelFormat format) {
+inline bool RowIsCounted(std::uint64_t width, PixelFormat format) {
     return width * BitsPerPixel(format) + 7 <= std::numeric_limits<unsigned int>::max();
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <new>
 #include <vector>
 
 #include "pixel/PixelRows.h"
@@ -15,6 +16,7 @@ namespace vantu {
 /// A factory may choose shorter rows than the painter lays. Where the block is too small the painter gets a roomy copy
 /// of it, of which the block keeps what it can hold.
 /// @return false, with nothing painted, for an image that should have memory and has none.
+/// @throws std::bad_alloc if there is no memory for the copy.
 template <typename Paint>
 bool PaintRows(IQorImage& image, unsigned int stride, std::size_t count, Paint paint) {
     const auto rows = RowsInMemory(image);
@@ -26,7 +28,8 @@ bool PaintRows(IQorImage& image, unsigned int stride, std::size_t count, Paint p
         return true;
     }
     std::vector<unsigned char> roomy(rows.first, rows.first + rows.Size());
-    roomy.resize(painted.Size());
+    if (painted.Size() > roomy.max_size()) throw std::bad_alloc();
+    roomy.resize(static_cast<std::size_t>(painted.Size()));
     painted.first = roomy.data();
     paint(painted);
     std::copy_n(roomy.begin(), rows.Size(), rows.first);

@@ -47,17 +47,17 @@ constexpr unsigned int ReverseFieldsOfByte(unsigned int byte) {
 /// other bits of the last target byte are kept.
 /// @param available bytes that can be read from `source` on; what lies beyond counts as 0.
 template <unsigned int Bits>
-void ReverseFields(const unsigned char* source, std::size_t available, std::size_t last, unsigned char* target,
+void ReverseFields(const unsigned char* source, std::uint64_t available, std::size_t last, unsigned char* target,
                    std::size_t count) {
     constexpr std::size_t perByte = 8 / Bits;
-    const auto byteAt = [=](std::ptrdiff_t i) -> unsigned int {
-        return static_cast<std::size_t>(i) < available ? source[i] : 0U;
+    const auto byteAt = [=](std::int64_t i) -> unsigned int {
+        return static_cast<std::uint64_t>(i) < available ? source[i] : 0U;
     };
     for (std::size_t x = 0; x < count; x += perByte) {
         // The 8 source bits that end with field last - x; they begin before the row if the last target byte is not
         // full.
-        const auto start = (static_cast<std::ptrdiff_t>(last) - static_cast<std::ptrdiff_t>(x + perByte - 1)) *
-                           static_cast<std::ptrdiff_t>(Bits);
+        const auto start = (static_cast<std::int64_t>(last) - static_cast<std::int64_t>(x + perByte - 1)) *
+                           static_cast<std::int64_t>(Bits);
         const unsigned int window = byteAt(start >> 3) << 8 | byteAt((start >> 3) + 1);
         const unsigned int fields = ReverseFieldsOfByte<Bits>(window >> (8 - (start & 7)) & 0xFFU);
         const std::size_t used = count - x < perByte ? count - x : perByte;
