@@ -15,13 +15,12 @@ using Integer = long long;
 
 struct ModeCase {
     const char* name;
-    std::array<unsigned int, 10> worked;     ///< at the operand pairs of `kPairs`
+    std::array<unsigned int, 4> worked;      ///< at the operand pairs of `kPairs`
     Integer (*exact)(Integer b, Integer s);  ///< floor(255 * B) of the real-valued function, in whole numbers
     int deviations = 0;                      ///< operand pairs where the mode gives one less than that
 };
 
-constexpr std::array<std::array<unsigned int, 2>, 10> kPairs{
-    {{0, 0}, {0, 255}, {255, 0}, {255, 255}, {128, 128}, {127, 128}, {128, 127}, {64, 200}, {200, 64}, {1, 254}}};
+constexpr std::array<std::array<unsigned int, 2>, 4> kPairs{{{127, 128}, {64, 200}, {200, 64}, {1, 254}}};
 
 Integer ExactScreen(Integer b, Integer s) {
     return (255 * (b + s) - b * s) / 255;
@@ -49,29 +48,21 @@ Integer ExactSoftLight(Integer b, Integer s) {
 }
 
 const std::array<ModeCase, kBlendModeCount> kModes{{
-    {"Normal", {0, 255, 0, 255, 128, 128, 127, 200, 64, 254}, [](Integer, Integer s) { return s; }},
-    {"Multiply", {0, 0, 0, 255, 64, 63, 63, 50, 50, 0}, [](Integer b, Integer s) { return b * s / 255; }},
-    {"Screen", {0, 255, 255, 255, 191, 191, 191, 213, 213, 254}, ExactScreen},
-    {"Overlay",
-     {0, 0, 255, 255, 128, 127, 127, 100, 172, 1},
-     [](Integer b, Integer s) { return ExactHardLight(s, b); }},
-    {"Darken", {0, 0, 0, 255, 128, 127, 127, 64, 64, 1}, [](Integer b, Integer s) { return b < s ? b : s; }},
-    {"Lighten", {0, 255, 255, 255, 128, 128, 128, 200, 200, 254}, [](Integer b, Integer s) { return b > s ? b : s; }},
-    {"ColorDodge",
-     {0, 255, 255, 255, 255, 255, 255, 255, 255, 255},
-     [](Integer b, Integer s) { return b >= 255 - s ? 255 : 255 * b / (255 - s); }},
+    {"Normal", {128, 200, 64, 254}, [](Integer, Integer s) { return s; }},
+    {"Multiply", {63, 50, 50, 0}, [](Integer b, Integer s) { return b * s / 255; }},
+    {"Screen", {191, 213, 213, 254}, ExactScreen},
+    {"Overlay", {127, 100, 172, 1}, [](Integer b, Integer s) { return ExactHardLight(s, b); }},
+    {"Darken", {127, 64, 64, 1}, [](Integer b, Integer s) { return b < s ? b : s; }},
+    {"Lighten", {128, 200, 200, 254}, [](Integer b, Integer s) { return b > s ? b : s; }},
+    {"ColorDodge", {255, 255, 255, 255}, [](Integer b, Integer s) { return b >= 255 - s ? 255 : 255 * b / (255 - s); }},
     {"ColorBurn",
-     {0, 0, 0, 255, 1, 0, 0, 11, 35, 0},
+     {0, 11, 35, 0},
      [](Integer b, Integer s) { return s == 0 || 255 - b >= s ? 0 : 255 * (s - 255 + b) / s; },
      232},
-    {"HardLight", {0, 255, 0, 255, 128, 127, 127, 172, 100, 253}, ExactHardLight},
-    {"SoftLight", {0, 0, 255, 255, 128, 127, 127, 100, 178, 3}, ExactSoftLight, 25},
-    {"Difference",
-     {0, 255, 255, 0, 0, 1, 1, 136, 136, 253},
-     [](Integer b, Integer s) { return b > s ? b - s : s - b; }},
-    {"Exclusion",
-     {0, 255, 255, 0, 127, 127, 127, 163, 163, 253},
-     [](Integer b, Integer s) { return (255 * (b + s) - 2 * b * s) / 255; }},
+    {"HardLight", {127, 172, 100, 253}, ExactHardLight},
+    {"SoftLight", {127, 100, 178, 3}, ExactSoftLight, 25},
+    {"Difference", {1, 136, 136, 253}, [](Integer b, Integer s) { return b > s ? b - s : s - b; }},
+    {"Exclusion", {127, 163, 163, 253}, [](Integer b, Integer s) { return (255 * (b + s) - 2 * b * s) / 255; }},
 }};
 
 constexpr auto kFunctions = MakeModeTable([]<BlendMode Mode>() { return &BlendChannel<Mode>; });
@@ -83,6 +74,12 @@ TEST(BlendFunctions, GiveTheWorkedFigures) {
                 << kModes[mode].name << " of " << kPairs[i][0] << " and " << kPairs[i][1];
         }
     }
+    EXPECT_EQ(ColorDodge(0, 255), 255U) << "a full source wins over an empty backdrop";
+    EXPECT_EQ(ColorBurn(255, 0), 0U) << "an empty source wins over a full backdrop";
+    // Where double precision gives one less than the real function.
+    EXPECT_EQ(ColorBurn(1, 255), 0U);
+    EXPECT_EQ(SoftLight(51, 15), 14U);
+    EXPECT_EQ(SoftLight(85, 6), 30U);
 }
 
 TEST(BlendFunctions, AreTheRealFunctionsCutToIntegersButForTheKnownDeviations) {
@@ -97,17 +94,6 @@ TEST(BlendFunctions, AreTheRealFunctionsCutToIntegersButForTheKnownDeviations) {
             }
         }
         EXPECT_EQ(deviations, kModes[mode].deviations) << kModes[mode].name;
-    }
-}
-
-TEST(BlendFunctions, InDoublePrecisionKnowTheirBorders) {
-    EXPECT_EQ(ColorBurn(1, 255), 0U);
-    EXPECT_EQ(ColorBurn(2, 255), 1U);
-    EXPECT_EQ(SoftLight(51, 15), 14U);
-    EXPECT_EQ(SoftLight(85, 6), 30U);
-    for (unsigned int s = 0; s < 256; ++s) {
-        EXPECT_EQ(ColorDodge(0, s), s == 255 ? 255U : 0U) << "a full source wins over an empty backdrop";
-        EXPECT_EQ(ColorBurn(255, s), s == 0 ? 0U : 255U) << "an empty source wins over a full backdrop";
     }
 }
 

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
+#include <vantu/ImageUtil.h>
 
-#include "blend/Painting.h"
+#include <cmath>
+
 #include "blend/Scene.h"
 
 namespace vantu::test {
@@ -56,10 +58,13 @@ TEST(Blender, RefusesMissingArgumentsAndLeavesBlended) {
     const auto image = Image(Bgr24), hollow = Image(Bgr24);
     hollow->HideMemory();
     const auto blender = BlenderOn(image, nullptr);
-    for (const Call& call : {Call{nullptr, Cover({})}, Call{image, nullptr}, Call{hollow, Cover({})}}) {
-        std::shared_ptr<Coverage> blended;
-        EXPECT_FALSE(Paint(*blender, call, blended));
-        EXPECT_FALSE(blended);
+    for (Call call : {Call{nullptr, Cover({})}, Call{image, nullptr}, Call{hollow, Cover({})}}) {
+        for (const unsigned char alpha : Bytes{255, 0}) {
+            std::shared_ptr<Coverage> blended;
+            call.alpha = alpha;
+            EXPECT_FALSE(Paint(*blender, call, blended));
+            EXPECT_FALSE(blended);
+        }
     }
 }
 
@@ -114,6 +119,18 @@ TEST(Blender, ModeAbove255MayFindAKernelOfOtherFormatsWhichStaysInsideTheImages)
     EXPECT_TRUE(Paint(*BlenderOn(image),
                       {.source = Row(Rgb555, {0x1F, 0}), .coverage = Cover({{0, 0, 1, 1}}), .mode = BlendMode{256}}));
     EXPECT_EQ(image->Bytes(), (Bytes{255, 0, 0, 255})) << "the same formats and Normal";
+
+    // Pixels of 2 bytes are taken for ones of 4: of five rows, the first three in memory hold such rows.
+    for (const bool bottomUp : {false, true}) {
+        for (const bool low : {false, true}) {
+            const auto target = Image(Bgr24, 5, 5);
+            const auto source = std::make_shared<TestImage>(Shape{5, 5, Rgb555, 4, bottomUp});
+            EXPECT_TRUE(Paint(
+                *BlenderOn(target),
+                {.source = source, .coverage = Cover({{0, low ? 3 : 0, 5, low ? 5 : 2}}), .mode = BlendMode{0x200}}));
+            EXPECT_EQ(target->Bytes() != Image(Bgr24, 5, 5)->Bytes(), low == bottomUp);
+        }
+    }
 }
 
 TEST(Blender, ReplacesBlendedByACopyOfTheCoverage) {
@@ -176,6 +193,22 @@ TEST(ImageBlend, StoresWhatTheFormatsMakeOfTheResult) {
                     .mode = Multiply};
     EXPECT_TRUE(Paint(*BlenderOn(shared), call));
     EXPECT_EQ(shared->Bytes()[0], 9);
+}
+
+TEST(ImageBlend, PaintsEveryRowWhateverLiesBetweenRows) {
+    Random random(3);
+    for (const PixelFormat format : {Bgr24, Bgra32Premultiplied}) {
+        for (const unsigned char from : Bytes{1, 16}) {
+            for (const unsigned char to : Bytes{1, 16}) {
+                const auto image = std::make_shared<TestImage>(Shape{5, 3, format, to});
+                const auto source = std::make_shared<TestImage>(Shape{5, 3, format, from}, random);
+                if (format != Bgr24) ImageUtil::ClearPixelAlpha(*source, 255, {1, 0, 0, 0});
+                EXPECT_TRUE(Paint(*BlenderOn(image), {source, Cover({{0, 0, 5, 3}})}));
+                EXPECT_TRUE(SamePicture(*image, *source)) << "alignment " << int{from} << " to " << int{to};
+                EXPECT_TRUE(to == 1 || image->Bytes().back() == TestImage::kFreshByte);
+            }
+        }
+    }
 }
 
 /// A row that is painted on an image or on a surface of the same look, from a source that is clear, then half opaque.
@@ -250,6 +283,44 @@ TEST(Mask, ThatCannotBeReadLeavesItsRectangleUnpainted) {
             EXPECT_EQ(at1.Colors().second, 0xFF646464);
         }
     }
+}
+
+TEST(Mask, OpacitiesOutside0To1GoOnIn32Bits) {
+    struct Case {
+        double opacity;
+        Bytes painted, inGroup;
+    };
+    for (const auto& [opacity, painted, inGroup] : {
+             Case{1.005, {200, 200, 200, 255}, {200, 200, 200, 255}},
+             Case{-0.005, {99, 99, 99, 254}, {145, 145, 145, 255}},
+             Case{3.0, {144, 144, 144, 255}, {144, 144, 144, 255}},
+             Case{-0.5, {50, 50, 50, 254}, {96, 96, 96, 255}},
+             Case{std::nan(""), {99, 99, 99, 127}, {250, 250, 250, 255}},
+         }) {
+        SCOPED_TRACE(opacity);
+        const Call call{.source = Row(Bgr24, {200, 200, 200}),
+                        .coverage = Cover({{0, 0, 1, 1}}),
+                        .mask = Row(Bgr24, {0, 0, 0}),
+                        .transfer = std::make_shared<CExponentialPDFTransferFunction>(TransferSource::Luminosity,
+                                                                                      opacity, opacity, 1.0)};
+        const auto image = Row(Bgra32, {100, 100, 100, 255}), group = Row(Bgra32, {100, 100, 100, 255});
+        const auto blender = BlenderOn(image);
+        EXPECT_TRUE(Paint(*blender, call));
+        EXPECT_TRUE(blender->BeginGroup(group, nullptr, false, true, false));
+        EXPECT_TRUE(Paint(*blender, call));
+        EXPECT_EQ(image->Bytes(), painted);
+        EXPECT_EQ(group->Bytes(), inGroup);
+    }
+}
+
+TEST(Mask, FunctionOfAnUnnamedSourceIsAskedForEachPixel) {
+    const auto image = Row(Bgr24, {0, 0, 0, 0, 0, 0});
+    const Call call{.source = Row(Bgr24, {255, 255, 255, 255, 255, 255}),
+                    .coverage = Cover({{0, 0, 2, 1}}),
+                    .mask = Row(Bgra32, {9, 9, 9, 64, 9, 9, 9, 192}),
+                    .transfer = std::make_shared<CPostscriptPDFTransferFunction>(static_cast<TransferSource>(2), "")};
+    EXPECT_TRUE(Paint(*BlenderOn(image), call));
+    EXPECT_EQ(image->Bytes(), (Bytes{64, 64, 64, 192, 192, 192})) << "it looks at alpha";
 }
 
 TEST(Mask, HostFunctionIsAskedOncePerPixelColumnByColumn) {

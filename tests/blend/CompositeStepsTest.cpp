@@ -11,15 +11,9 @@ namespace vantu::test {
 namespace {
 
 constexpr auto kPlain = MakeModeTable([]<BlendMode Mode>() { return &CompositePlain<Mode>; });
-constexpr auto kJoined = MakeModeTable([]<BlendMode Mode>() { return &StepInGroup<Mode, false>; });
-constexpr auto kKnockout = MakeModeTable([]<BlendMode Mode>() { return &StepInGroup<Mode, true>; });
 
 Color ColorOf(unsigned int alpha, unsigned int red, unsigned int green, unsigned int blue) {
     return Color(alpha << 24 | red << 16 | green << 8 | blue);
-}
-
-Color RandomColor(Random& random) {
-    return Color(static_cast<unsigned int>(random()));
 }
 
 TEST(CompositePlain, GivesTheWorkedFigures) {
@@ -42,27 +36,13 @@ TEST(CompositePlain, GivesTheWorkedFigures) {
                   ColorOf(228, 133, 87, 63)},
              Case{BlendMode::Overlay, ColorOf(200, 10, 128, 250), ColorOf(100, 127, 128, 129), 255, 200,
                   ColorOf(222, 20, 127, 237)},
+             Case{BlendMode::Exclusion, ColorOf(0, 200, 100, 50), ColorOf(77, 1, 2, 3), 255, 0, ColorOf(77, 1, 2, 3)},
          }) {
         const auto as = ConstantOpacity(c.k, c.cs.GetAlpha());
         EXPECT_EQ(as, c.as);
         Color cd = c.cd;
         EXPECT_EQ(kPlain[static_cast<std::size_t>(c.mode)](c.cs, cd, as), c.written.GetAlpha());
         EXPECT_EQ(Argb(cd), Argb(c.written));
-    }
-}
-
-TEST(CompositePlain, TransparentBackdropGivesSourceAndEmptySourceTheBackdrop) {
-    Random random(1);
-    for (const auto composite : kPlain) {
-        for (unsigned int as = 1; as < 256; ++as) {
-            const Color cs = RandomColor(random), backdrop = RandomColor(random);
-            Color cd(Argb(backdrop) & 0xFFFFFF);
-            composite(cs, cd, as);
-            EXPECT_EQ(Argb(cd), as << 24 | (Argb(cs) & 0xFFFFFF));
-            cd = backdrop;
-            EXPECT_EQ(composite(cs, cd, 0), backdrop.GetAlpha());
-            EXPECT_EQ(Argb(cd), Argb(backdrop));
-        }
     }
 }
 
@@ -80,66 +60,42 @@ TEST(Opacity, OfASoftMaskIsCutEarlierInAGroup) {
     EXPECT_EQ(plain(255, 255, -0.5), static_cast<unsigned int>(-127)) << "cut towards zero, then unsigned";
 }
 
-TEST(StepInGroup, FirstElementOverNothingIsTheSource) {
-    for (std::size_t mode = 0; mode < kJoined.size(); ++mode) {
-        for (const auto step : {kJoined[mode], kKnockout[mode]}) {
-            std::uint32_t g = 0;
-            Color cd(0);
-            EXPECT_TRUE(step(ColorOf(255, 200, 100, 50), cd, Color(0), g, 128, false));
-            EXPECT_EQ(g, 128U);
-            EXPECT_EQ(Argb(cd), Argb(ColorOf(128, 200, 100, 50)));
-        }
-    }
-    // An opaque snapshot keeps the pixel opaque and weighs the old colour by the rest.
-    std::uint32_t g = 0;
-    Color cd = ColorOf(255, 100, 100, 100);
-    EXPECT_TRUE(kJoined[0](ColorOf(128, 200, 100, 50), cd, cd, g, 128, false));
-    EXPECT_EQ(Argb(cd), Argb(ColorOf(255, 150, 100, 74)));
-}
-
-TEST(StepInGroup, StencilElementIgnoresTheConstantAlphaAndInAKnockoutGroupAllAlpha) {
-    std::uint32_t g = 0;
-    Color cd(0);
-    EXPECT_TRUE(kJoined[0](ColorOf(200, 9, 9, 9), cd, Color(0), g, 100, true));
-    EXPECT_EQ(g, 200U);
-    EXPECT_EQ(cd.GetAlpha(), 200);
-    cd = ColorOf(77, 1, 2, 3);
-    EXPECT_TRUE(kKnockout[0](ColorOf(255, 200, 100, 50), cd, Color(0), g, 100, true));
-    EXPECT_EQ(g, 200U);
-    EXPECT_EQ(Argb(cd), Argb(ColorOf(77, 200, 100, 50)));
-}
-
-TEST(StepInGroup, TransparentSourceStillSetsTheAlpha) {
-    std::uint32_t g = 100;
-    Color cd = ColorOf(7, 10, 20, 30);
-    const Color snapshot = ColorOf(50, 1, 2, 3);
-    EXPECT_TRUE(kJoined[1](Color(0), cd, snapshot, g, 0, false));
-    EXPECT_EQ(Argb(cd), Argb(ColorOf(131, 10, 20, 30))) << "50 - 50 * 100 / 255 + 100";
-    EXPECT_EQ(g, 100U);
-    EXPECT_TRUE(kKnockout[1](Color(0), cd, snapshot, g, 0, false));
-    EXPECT_EQ(Argb(cd), Argb(ColorOf(50, 10, 20, 30)));
-    EXPECT_EQ(g, 100U);
-
-    g = 0;
-    EXPECT_FALSE(kJoined[1](Color(0), cd, Color(0), g, 0, false)) << "nothing on nothing is not written";
-    EXPECT_TRUE(kKnockout[1](Color(0), cd, Color(0), g, 0, false));
-    EXPECT_EQ(Argb(cd), Argb(ColorOf(0, 10, 20, 30)));
-}
-
-TEST(StepInGroup, KnockoutColorIsIndependentOfEarlierSiblings) {
-    Random random(4);
-    for (const auto step : kKnockout) {
-        for (int i = 0; i < 200; ++i) {
-            const Color cs = RandomColor(random), snapshot = RandomColor(random);
-            const std::uint32_t as = Between(random, 1, 255);
-            std::uint32_t first = 0, second = 100;
-            Color a = RandomColor(random), b = RandomColor(random);
-            step(cs, a, snapshot, first, as, false);
-            step(cs, b, snapshot, second, as, false);
-            EXPECT_EQ(Argb(a), Argb(b));
-            EXPECT_EQ(first, as);
-            EXPECT_EQ(second, UniteAlpha(100, as));
-        }
+TEST(StepInGroup, GivesTheWorkedFigures) {
+    struct Case {
+        const char* what;
+        bool knockout;
+        Color cs, cd, c0;  // source, pixel, snapshot
+        std::uint32_t g, as;
+        bool stencil;
+        Color written;
+        std::uint32_t groupAlpha;
+        bool writes = true;
+    };
+    const Color source = ColorOf(128, 200, 100, 50), grey = ColorOf(255, 100, 100, 100), nothing(0);
+    const Color held = ColorOf(7, 10, 20, 30), snapshot = ColorOf(50, 1, 2, 3);
+    for (const Case& c : {
+             Case{"first over nothing", false, source, nothing, nothing, 0, 128, false, source, 128},
+             Case{"first over nothing", true, source, nothing, nothing, 0, 128, false, source, 128},
+             Case{"opaque snapshot", false, source, grey, grey, 0, 128, false, ColorOf(255, 150, 100, 74), 128},
+             Case{"after a sibling", true, source, held, grey, 100, 128, false, ColorOf(255, 150, 100, 74), 178},
+             Case{"stencil raises by its own alpha", false, ColorOf(200, 9, 9, 9), nothing, nothing, 0, 100, true,
+                  ColorOf(200, 4, 4, 4), 200},
+             Case{"stencil", true, source, ColorOf(77, 1, 2, 3), nothing, 200, 100, true, ColorOf(77, 200, 100, 50),
+                  200},
+             Case{"clear source sets the alpha", false, nothing, held, snapshot, 100, 0, false,
+                  ColorOf(131, 10, 20, 30), 100},
+             Case{"clear source sets the alpha", true, nothing, held, snapshot, 100, 0, false, ColorOf(50, 10, 20, 30),
+                  100},
+             Case{"nothing on nothing", false, nothing, held, nothing, 0, 0, false, ColorOf(0, 10, 20, 30), 0, false},
+             Case{"nothing on nothing", true, nothing, held, nothing, 0, 0, false, ColorOf(0, 10, 20, 30), 0},
+         }) {
+        SCOPED_TRACE(testing::Message() << c.what << (c.knockout ? ", knockout" : ""));
+        const auto step = c.knockout ? &StepInGroup<BlendMode::Normal, true> : &StepInGroup<BlendMode::Normal, false>;
+        Color cd = c.cd;
+        std::uint32_t g = c.g;
+        EXPECT_EQ(step(c.cs, cd, c.c0, g, c.as, c.stencil), c.writes);
+        EXPECT_EQ(Argb(cd), Argb(c.written));
+        EXPECT_EQ(g, c.groupAlpha);
     }
 }
 

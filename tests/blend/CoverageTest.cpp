@@ -45,28 +45,17 @@ TEST(Coverage, MergesTouchingRangesInOnePassOverTheList) {
     }
 }
 
-TEST(Coverage, AddsTheRangesOfAnotherInItsOrder) {
-    const auto coverage = Make({{0, 0, 1, 1}});
-    coverage->AddCoverage(*IPDFImageBlender::CreateCoverage());
-    EXPECT_EQ(List(*coverage), (Ranges{{0, 0, 1, 1}}));
-    coverage->AddCoverage(*Make({{20, 0, 21, 1}, {1, 1, 5, 5}}));
-    EXPECT_EQ(List(*coverage), (Ranges{{20, 0, 21, 1}, {0, 0, 5, 5}}));
-}
-
-TEST(Coverage, AddsItselfWithoutGrowing) {
-    const auto coverage = Make({{0, 0, 1, 1}, {10, 0, 11, 1}, {20, 0, 21, 1}});
-    coverage->AddCoverage(*coverage);
-    const Ranges list = List(*coverage);
-    EXPECT_EQ(list.size(), 3U);
-    for (const auto& [x0, y0, x1, y1] : list) EXPECT_TRUE(x0 % 10 == 0 && x1 == x0 + 1 && y0 == 0 && y1 == 1);
-}
-
-TEST(Coverage, CloneIsIndependent) {
+TEST(Coverage, AddsTheRangesOfAnotherOrOfItself) {
     const auto coverage = Make({{0, 0, 1, 1}});
     const CoveragePointer clone(coverage->Clone());
-    clone->AddRange({5, 5, 6, 6});
-    EXPECT_EQ(List(*coverage), (Ranges{{0, 0, 1, 1}}));
-    EXPECT_EQ(List(*clone), (Ranges{{0, 0, 1, 1}, {5, 5, 6, 6}}));
+    coverage->AddCoverage(*Make({{20, 0, 21, 1}, {1, 1, 5, 5}}));
+    EXPECT_EQ(List(*coverage), (Ranges{{20, 0, 21, 1}, {0, 0, 5, 5}}));
+    EXPECT_EQ(List(*clone), (Ranges{{0, 0, 1, 1}}));
+    coverage->AddCoverage(*coverage);
+    EXPECT_EQ(List(*coverage), (Ranges{{0, 0, 5, 5}, {20, 0, 21, 1}}));
+    const auto inverted = Make({{5, 5, 0, 0}});  // touches nothing, not even itself
+    inverted->AddCoverage(*inverted);
+    EXPECT_EQ(List(*inverted), (Ranges{{5, 5, 0, 0}, {5, 5, 0, 0}}));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "blend/Painting.h"
+#include "support/Crc32.h"
 #include "support/VectorTargets.h"
 
 // The same random pages, painted anywhere, have the checksums below: on every processor, with and without vectors, from
@@ -19,19 +20,6 @@ namespace {
 constexpr int kWidth = 150;  // more than two of the longest blocks, and a rest
 constexpr int kHeight = 5;
 constexpr int kMargin = 4;  // by which sources are larger
-
-/// CRC-32, bit by bit.
-class Checksum {
-public:
-    void Add(unsigned char byte) {
-        crc_ ^= byte;
-        for (int bit = 0; bit < 8; ++bit) crc_ = (crc_ >> 1) ^ ((crc_ & 1) * 0xEDB88320U);
-    }
-    [[nodiscard]] std::uint32_t Get() const { return ~crc_; }
-
-private:
-    std::uint32_t crc_ = ~0U;
-};
 
 /// An image whose alphas, where it has them, come in runs of 0, of 255 and of anything.
 std::shared_ptr<TestImage> Picture(Random& random, PixelFormat format, int margin) {
@@ -98,7 +86,7 @@ void PaintAll(IPDFImageBlender& blender, Random& random, unsigned int firstForma
 /// Images of every format.
 std::uint32_t PaintImages(BlendMode mode) {
     Random random(static_cast<unsigned int>(mode) + 1);
-    Checksum checksum;
+    Crc32 checksum;
     for (unsigned int format = 1; format <= 9; ++format) {
         const auto image = Picture(random, static_cast<PixelFormat>(format), 0);
         PaintAll(*BlenderOn(image), random, 5, 8, mode);
@@ -110,7 +98,7 @@ std::uint32_t PaintImages(BlendMode mode) {
 /// Groups of every format and way of resolving.
 std::uint32_t PaintGroups(BlendMode mode, bool knockout) {
     Random random(static_cast<unsigned int>(mode) + (knockout ? 200 : 100));
-    Checksum checksum;
+    Crc32 checksum;
     for (unsigned int format = 1; format <= 9; ++format) {
         for (unsigned int resolve = 0; resolve < 4; ++resolve) {
             const auto image = Picture(random, static_cast<PixelFormat>(format), 0);
@@ -127,7 +115,7 @@ std::uint32_t PaintGroups(BlendMode mode, bool knockout) {
 /// A surface.
 std::uint32_t PaintSurface(BlendMode mode) {
     Random random(static_cast<unsigned int>(mode) + 300);
-    Checksum checksum;
+    Crc32 checksum;
     const auto surface = std::make_shared<TestSurface>(kWidth, kHeight);
     for (Color& color : surface->pixels) color = Color(static_cast<unsigned int>(random()));
     PaintAll(*BlenderOn(nullptr, surface), random, 1, 9, mode);
@@ -178,11 +166,8 @@ void ExpectPainted() {
     }
 }
 
-TEST(PortableBytes, AreTheSameEverywhere) {
-    ExpectPainted();
-}
-
-TEST(PortableBytes, AreTheSameOnEveryVectorTarget) {
+TEST(PortableBytes, AreTheSameOnEveryVectorTargetAndWithoutAny) {
+    if (VectorTargets().empty()) ExpectPainted();
     for (const VectorTarget& target : VectorTargets()) {
         SCOPED_TRACE(target.name);
         const ForcedTarget forced(target);

@@ -115,9 +115,11 @@ TEST(DibLoader, Refusals) {
     EXPECT_FALSE(Dib{.headerSize = 12}.Load());
     EXPECT_TRUE(Dib{.headerSize = 124}.Load()) << "other sizes are taken for 40";
     Bytes bytes = Dib{}.Encode();
-    bytes.pop_back();
-    EXPECT_FALSE(LoadFrom("bmp", TempFile(bytes).Descriptor(), nullptr));
+    EXPECT_TRUE(LoadFrom("bmp", TempFile(bytes).Descriptor(), nullptr));
     bytes[1] = 'A';
+    EXPECT_FALSE(LoadFrom("bmp", TempFile(bytes).Descriptor(), nullptr));
+    bytes[1] = 'M';
+    bytes.pop_back();
     EXPECT_FALSE(LoadFrom("bmp", TempFile(bytes).Descriptor(), nullptr));
 }
 

@@ -6,16 +6,19 @@
 #include <vantu/CPNGLoader.h>
 #include <vantu/QorIo.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <unistd.h>
 
+#include "support/Crc32.h"
 #include "support/TestImage.h"
 
 namespace vantu::test {
@@ -31,6 +34,31 @@ inline Bytes ReadAll(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     EXPECT_TRUE(in) << path;
     return Bytes(std::istreambuf_iterator<char>(in), {});
+}
+
+/// A fixture with edits, one after the other, at offsets: `16=80FF` replaces bytes, `2+FFE5` inserts them, `2~9`
+/// inserts 9 zeros, `40-9` takes out 9 bytes at most, `29#12` puts there the checksum of the bytes from 12 to there.
+inline Bytes Edited(const std::string& name, const std::string& edits) {
+    Bytes file = ReadAll(FixturePath(name));
+    std::istringstream in(edits);
+    std::ptrdiff_t offset = 0;
+    char kind = 0;
+    for (std::string text; in >> offset >> kind >> text;) {
+        const auto at = file.begin() + offset;
+        Bytes bytes;
+        for (std::size_t i = 0; i < text.size() && (kind == '=' || kind == '+'); i += 2)
+            bytes.push_back(static_cast<unsigned char>(std::stoi(text.substr(i, 2), nullptr, 16)));
+        if (kind == '=') std::ranges::copy(bytes, at);
+        if (kind == '+') file.insert(at, bytes.begin(), bytes.end());
+        if (kind == '~') file.insert(at, std::stoul(text), 0);
+        if (kind == '-') file.erase(at, std::min(file.end(), at + std::stoi(text)));
+        if (kind == '#') {
+            const std::size_t first = std::stoul(text);
+            const std::uint32_t crc = Crc32Of(&file[first], static_cast<std::size_t>(offset) - first);
+            for (int i = 0; i < 4; ++i) at[i] = static_cast<unsigned char>(crc >> 8 * (3 - i));
+        }
+    }
+    return file;
 }
 
 /// A nameless file that stands at its start.

@@ -26,7 +26,7 @@ std::vector<Fixture> Fixtures() {
 
 std::string Crc32Text(const Bytes& bytes) {
     std::array<char, 9> text{};
-    std::snprintf(text.data(), text.size(), "%08x", Crc32(bytes.data(), bytes.size()));
+    std::snprintf(text.data(), text.size(), "%08x", Crc32Of(bytes.data(), bytes.size()));
     return text.data();
 }
 

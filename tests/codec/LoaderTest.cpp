@@ -77,31 +77,6 @@ TEST(Loaders, LeaveSpareBytesOfRowsAlone) {
     }
 }
 
-TEST(PngLoader, EndsAtTheLastRowAndNotBefore) {
-    const Bytes whole = ReadAll(FixturePath("rgb8.png"));
-    const std::string idat = "IDAT";
-    const auto name = std::search(whole.begin(), whole.end(), idat.begin(), idat.end());
-    const std::ptrdiff_t size = name[-4] << 24 | name[-3] << 16 | name[-2] << 8 | name[-1];
-    const auto crcEnd = name + 4 + size + 4;
-    ASSERT_NE(crcEnd[-1], 0);
-    TempFile file(Bytes(whole.begin(), crcEnd));
-    EXPECT_TRUE(LoadFrom("png", file.Descriptor(), nullptr)) << "what follows the rows is not read";
-    file.Replace(Bytes(whole.begin(), crcEnd - 1));
-    EXPECT_FALSE(LoadFrom("png", file.Descriptor(), nullptr)) << "a checksum that was not read is zero";
-    Bytes damaged = whole;
-    damaged[static_cast<std::size_t>(name - whole.begin() + 4 + size / 2)] ^= 0x40;
-    file.Replace(damaged);
-    EXPECT_FALSE(LoadFrom("png", file.Descriptor(), nullptr)) << "an error in the middle of the rows";
-}
-
-TEST(PngLoader, AnEndlessChunkEndsWithTheFile) {
-    Bytes bytes = ReadAll(FixturePath("rgb8.png"));
-    bytes.resize(33);  // signature and header
-    bytes.insert(bytes.end(), {0x7F, 0xFF, 0xFF, 0xFF, 'p', 'r', 'V', 't'});
-    const TempFile file(bytes);
-    EXPECT_FALSE(LoadFrom("png", file.Descriptor(), nullptr));
-}
-
 TEST(JpegLoader, TellsTheSizeOfFilesItDoesNotLoad) {
     for (const char* const name : {"baseline.jpg", "progressive.jpg", "grey.jpg", "cmyk.jpg"}) {
         const std::string path = FixturePath(name);

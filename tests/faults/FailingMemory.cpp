@@ -3,19 +3,10 @@
 #include <atomic>
 #include <cstdlib>
 
-// A sanitizer's own malloc has to stay. Then only operator new fails, and the sanitizer refuses what is too large.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define OWN_MALLOC 0
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define OWN_MALLOC 0
-#endif
-#endif
-#ifndef OWN_MALLOC
-#define OWN_MALLOC 1
-#endif
+#include "support/Sanitizers.h"
 
-#if OWN_MALLOC
+// A sanitizer's own malloc has to stay. Then only operator new fails, and the sanitizer refuses what is too large.
+#if !IMAGEOP_SANITIZED
 // The C library's own allocator by its other names.
 extern "C" {
 void* __libc_malloc(std::size_t size);
@@ -54,7 +45,7 @@ void* Counted(void* block) {
 
 void* Allocate(std::size_t size) {
     if (!MayAllocate(size)) return nullptr;
-#if OWN_MALLOC
+#if !IMAGEOP_SANITIZED
     return Counted(__libc_malloc(size));
 #else
     return Counted(std::malloc(size));
@@ -64,7 +55,7 @@ void* Allocate(std::size_t size) {
 void Free(void* block) {
     if (block == nullptr) return;
     live.fetch_sub(1, std::memory_order_relaxed);
-#if OWN_MALLOC
+#if !IMAGEOP_SANITIZED
     __libc_free(block);
 #else
     std::free(block);
@@ -78,7 +69,7 @@ void* New(std::size_t size) {
 
 }  // namespace
 
-#if OWN_MALLOC
+#if !IMAGEOP_SANITIZED
 extern "C" {
 
 void* malloc(std::size_t size) noexcept {

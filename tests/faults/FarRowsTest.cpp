@@ -145,7 +145,7 @@ TEST(FarFile, OfFourGibibytesIsReadToItsEnd) {
     EXPECT_EQ(TheFile().moved, 54 + huge.image->Size());
 }
 
-TEST(FarStencil, IsReadWhereItLies) {
+TEST(FarStencil, IsReadToTheEndOfItsBlockAndNoFurther) {
     // 2^18 pixels in 32768 bytes a row: row 131072 begins at 4 GiB.
     for (const bool bottomUp : {false, true}) {
         constexpr int kRows = 131074;
@@ -156,7 +156,7 @@ TEST(FarStencil, IsReadWhereItLies) {
         EXPECT_TRUE(Paint(*BlenderOn(image), {.source = source,
                                               .coverage = Cover({{0, 0, kWidth, 1}}),
                                               .mask = mask,
-                                              .maskOffset = {0, bottomUp ? 0 : 1 - kRows}}));
+                                              .maskOffset = {kWidth - (1 << 18), bottomUp ? 0 : 1 - kRows}}));
         for (std::size_t x = 0; x < kWidth; ++x) ASSERT_EQ(image->Bytes()[3 * x], x % 2 == 0 ? 0 : 0xCD) << x;
     }
 }

@@ -26,6 +26,7 @@ std::size_t Reach(FaultyFile& file, std::size_t size) {
 unsigned int Moved(FaultyFile& file, std::size_t size) {
     file.position += size;
     file.moved += size;
+    ++file.calls;
     return static_cast<unsigned int>(size);
 }
 

@@ -22,6 +22,7 @@ struct FaultyFile {
     bool hollow = false;               ///< reads and writes past `bytes` succeed too, and touch no memory
 
     std::size_t moved = 0;  ///< bytes that reads and writes were told to have moved
+    std::size_t calls = 0;  ///< reads and writes
     int open = 0;           ///< times opened less times closed
 };
 

@@ -82,6 +82,31 @@ TEST(FileFault, ReadsOfAFewBytesAtATime) {
     }
 }
 
+TEST(FileFault, DamagedFilesLoadWhatIsWholeAndEndSoon) {
+    const struct {
+        const char* what;
+        std::string name, edits;
+        bool loads;
+    } cases[] = {
+        {"nothing behind the rows", "rgb8.png", "1585-99", true},
+        {"the rows without the end of their checksum", "rgb8.png", "1584-99", false},
+        {"an error in the middle of the rows", "rgb8.png", "811=D8", false},
+        {"a chunk of 2 GiB that the file has not", "rgb8.png", "33-9999 33+7FFFFFFF70725674", false},
+        {"a marker longer than what is read at once", "baseline.jpg", "2+FFE54E20 6~19998", true},
+        {"a marker that the file has not", "baseline.jpg", "2+FFE5FFFF", false},
+    };
+    for (const auto& [what, name, edits, loads] : cases) {
+        SCOPED_TRACE(what);
+        TheFile() = {.bytes = ReadAll(FixturePath(name))};
+        const Bytes whole = LoadWatched(name)->Bytes();
+        TheFile() = {.bytes = Edited(name, edits)};
+        const auto image = LoadWatched(name);
+        EXPECT_EQ(image != nullptr, loads);
+        EXPECT_TRUE(image == nullptr || image->Bytes() == whole);
+        EXPECT_LT(TheFile().calls, 100U);
+    }
+}
+
 TEST(FileFault, FilesThatDoNotOpenOrSeek) {
     for (const std::string name : {"bits24.bmp", "rgb8.png", "baseline.jpg"}) {
         SCOPED_TRACE(name);
@@ -96,6 +121,14 @@ TEST(FileFault, FilesThatDoNotOpenOrSeek) {
     }
     EXPECT_FALSE(CDIBSaver().Save(CQorImage(3, 2, PixelFormat::Index4, 4, false), std::wstring(L"any")));
     EXPECT_FALSE(CPNGSaver().Save(CQorImage(3, 2, PixelFormat::Index4, 4, false), std::wstring(L"any")));
+}
+
+TEST(FileFault, AnImageWithoutPixelsIsSavedAsHeadersAlone) {
+    TestImage hidden({3, 2, PixelFormat::Bgr24});
+    hidden.HideMemory();
+    TheFile() = {};
+    EXPECT_TRUE(CDIBSaver().Save(hidden, std::string("file")));
+    EXPECT_EQ(TheFile().bytes.size(), kDibHeaders);
 }
 
 TEST(FileFault, WritesThatStopLeaveTheBeginningOfTheFile) {

@@ -12,18 +12,6 @@
 namespace vantu {
 namespace {
 
-TEST(RowStride, WholeBytesThenTheAlignment) {
-    EXPECT_EQ(RowStride(3, PixelFormat::Index1, 4), 4U);
-    EXPECT_EQ(RowStride(3, PixelFormat::Bgr24, 0), 9U);
-    EXPECT_EQ(RowStride(0, PixelFormat::Bgr24, 4), 0U);
-    EXPECT_EQ(RowStride(9, PixelFormat::Index1, 1), 2U);
-    EXPECT_EQ(RowStride(6, PixelFormat::Bgr24, 3), 18U);
-    EXPECT_EQ(RowStride(7, PixelFormat::Index8, 3), 9U);
-    EXPECT_EQ(RowStride(1, PixelFormat::Bgra32, 255), 255U);
-    EXPECT_EQ(BitsPerPixel(static_cast<PixelFormat>(0)), 0U);
-    EXPECT_EQ(BitsPerPixel(static_cast<PixelFormat>(10)), 0U);
-}
-
 TEST(CQorImage, IsBornZeroedWithAGreyRampForIndices) {
     for (const PixelFormat format : kPixelFormats) {
         CQorImage image(5, 3, format, 4, true);

@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace vantu {
@@ -33,10 +36,11 @@ protected:
         return bytes;
     }
 
-    // Characters of two, three and four bytes in UTF-8.
+    // Characters of two, three and four bytes in UTF-8; the first after the surrogates, and one that is no character.
     const std::string folder_ = testing::TempDir();
-    const std::string path_ = folder_ + "qorio \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";
-    const std::wstring widePath_ = std::wstring(folder_.begin(), folder_.end()) + L"qorio \u00E9\u20AC\U0001F600";
+    const std::string path_ = folder_ + "qorio \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xEE\x80\x80\xEF\xBF\xBD";
+    const std::wstring widePath_ =
+        std::wstring(folder_.begin(), folder_.end()) + L"qorio \u00E9\u20AC\U0001F600\uE000" + wchar_t{0xDFFF};
     int fd_ = -1;
 };
 
@@ -76,6 +80,23 @@ TEST_F(QorIo, SeeksReadsToTheEndAndEmpties) {
     ASSERT_NE(QorOpenFile(path_, &fd, QOR_OPEN_CREATE), 0);
     QorCloseFile(fd);
     EXPECT_EQ(Content(), Bytes{});
+}
+
+TEST_F(QorIo, SignalsCutNoReadShortAndChildrenGetNoDescriptor) {
+    EXPECT_NE(fcntl(fd_, F_GETFD) & FD_CLOEXEC, 0);
+    static std::array<int, 2> ends;
+    ASSERT_EQ(pipe(ends.data()), 0);
+    struct sigaction wake {
+    }, before{};
+    wake.sa_handler = [](int) { static_cast<void>(write(ends[1], "abc", 3) == 3); };  // a read that waits is broken off
+    ASSERT_EQ(sigaction(SIGALRM, &wake, &before), 0);
+    const itimerval soon{{0, 0}, {0, 20000}};
+    ASSERT_EQ(setitimer(ITIMER_REAL, &soon, nullptr), 0);
+    std::array<unsigned char, 3> buffer{};
+    EXPECT_EQ(QorReadFile(buffer.data(), 3, ends[0]), 3U);
+    EXPECT_EQ(buffer[2], 'c');
+    sigaction(SIGALRM, &before, nullptr);
+    for (const int end : ends) QorCloseFile(end);
 }
 
 TEST_F(QorIo, WhatCannotBe) {

@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "support/Sanitizers.h"
+
 namespace vantu::test {
 
 using Random = std::mt19937;
@@ -77,42 +79,43 @@ private:
     std::unique_ptr<ColorMap> palette_;
 };
 
-/// An image over a block with guard bytes on both sides. Its pixels start as the byte 0xCD, so that what an operation
-/// leaves alone can be told from what it clears.
+/// An image over a block with guard bytes on both sides, or one that a sanitizer guards, reads too. Its pixels start as
+/// the byte 0xCD, so that what an operation leaves alone can be told from what it clears.
 class TestImage : public ShapedImage {
 public:
-    explicit TestImage(const Shape& shape) : ShapedImage(shape), memory_(Size() + 2 * kGuard, kGuardByte) {
-        std::fill_n(GetPixelData(), Size(), kFreshByte);
+    explicit TestImage(const Shape& shape)
+        : ShapedImage(shape), memory_(new unsigned char[Size() + 2 * kGuard]), pixels_(&memory_[kGuard]) {
+        std::fill_n(memory_.get(), Size() + 2 * kGuard, kGuardByte);
+        std::fill_n(pixels_, Size(), kFreshByte);
     }
     TestImage(const Shape& shape, Random& random) : TestImage(shape) { Randomize(random); }
 
     /// Fills the whole block, bytes between rows included.
     void Randomize(Random& random) {
-        std::generate_n(GetPixelData(), Size(), [&] { return static_cast<unsigned char>(random()); });
+        std::generate_n(pixels_, Size(), [&] { return static_cast<unsigned char>(random()); });
     }
     /// From now on the image reports null pixel data.
     void HideMemory() { hidden_ = true; }
 
     /// A copy of the whole block.
-    [[nodiscard]] std::vector<unsigned char> Bytes() const {
-        return {memory_.begin() + kGuard, memory_.end() - kGuard};
-    }
+    [[nodiscard]] std::vector<unsigned char> Bytes() const { return {pixels_, pixels_ + Size()}; }
     [[nodiscard]] bool GuardsIntact() const {
         const auto isGuard = [](unsigned char byte) { return byte == kGuardByte; };
-        return std::all_of(memory_.begin(), memory_.begin() + kGuard, isGuard) &&
-               std::all_of(memory_.end() - kGuard, memory_.end(), isGuard);
+        return std::all_of(memory_.get(), memory_.get() + kGuard, isGuard) &&
+               std::all_of(pixels_ + Size(), pixels_ + Size() + kGuard, isGuard);
     }
 
-    const unsigned char* GetPixelData() const override { return hidden_ ? nullptr : memory_.data() + kGuard; }
-    unsigned char* GetPixelData() override { return hidden_ ? nullptr : memory_.data() + kGuard; }
+    const unsigned char* GetPixelData() const override { return hidden_ ? nullptr : pixels_; }
+    unsigned char* GetPixelData() override { return hidden_ ? nullptr : pixels_; }
 
     static constexpr unsigned char kFreshByte = 0xCD;
 
 private:
-    static constexpr std::ptrdiff_t kGuard = 64;
+    static constexpr std::size_t kGuard = IMAGEOP_SANITIZED != 0 ? 0 : 64;
     static constexpr unsigned char kGuardByte = 0xA7;
 
-    std::vector<unsigned char> memory_;
+    std::unique_ptr<unsigned char[]> memory_;
+    unsigned char* pixels_;
     bool hidden_ = false;
 };
 

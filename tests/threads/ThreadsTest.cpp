@@ -130,24 +130,5 @@ TEST(Threads, OpenReadAndCloseBytesInMemory) {
     EXPECT_EQ(sums, std::vector<unsigned int>(kThreads, 2000));
 }
 
-TEST(Threads, EvaluateOneFunction) {
-    const std::vector<std::shared_ptr<IPDFTransferFunction>> functions{
-        std::make_shared<CIdentityPDFTransferFunction>(TransferSource::Luminosity),
-        std::make_shared<CExponentialPDFTransferFunction>(TransferSource::Alpha, 0.25, 0.75, 2.5),
-        std::make_shared<CPostscriptPDFTransferFunction>(TransferSource::Luminosity, "{ 0.75 exch sub }")};
-    const auto evaluate = [&] {
-        std::vector<double> values;
-        for (const auto& function : functions) {
-            const auto held = function;  // counts references while others do
-            for (unsigned int argb = 0; argb < 2000; ++argb)
-                values.push_back(held->ComputeAlpha(Color(argb * 2147483)));
-        }
-        return values;
-    };
-    std::vector<std::vector<double>> values(kThreads);
-    AtOnce([&](std::uint32_t i) { values[i] = evaluate(); });
-    EXPECT_EQ(std::ranges::count(values, evaluate()), kThreads);
-}
-
 }  // namespace
 }  // namespace vantu::test

@@ -76,6 +76,8 @@ TEST(Copy, EarlyExitsAreTrueAndWriteNothing) {
         EXPECT_TRUE(ImageUtil::Copy(source, range, target, point));
         EXPECT_EQ(target.Bytes(), before);
     }
+    TestImage other(Shape{8, 8, PixelFormat{10}});
+    EXPECT_TRUE(ImageUtil::Copy(source, {3, 0, 2, 4}, other, {0, 0})) << "before anything is refused";
     EXPECT_TRUE(ImageUtil::Copy(source, {0, 0, 2, 2}, target, {2, 2}));  // the rectangle's end itself still counts
     EXPECT_EQ(ValueAt(target, 3, 3), TestImage::kFreshByte);
 }

@@ -85,23 +85,6 @@ TEST(Flip, EveryFormatAlignmentAndRowOrderMatchesTheDefinition) {
     }
 }
 
-TEST(Flip, HorizontalAtOneBitIsShiftedByOnePixel) {
-    TestImage image(Shape{8, 2, Index1, 4});
-    const std::vector<unsigned char> bytes{0b10000010, 0b10000000, 0, 0, 0b01111101, 0, 0, 0};
-    std::ranges::copy(bytes, image.GetPixelData());
-    const auto flipped = ImageUtil::Flip(image, true, false, nullptr, nullptr);
-    EXPECT_EQ(flipped->GetPixelData()[0], 0b10100000);  // the first spare bit in front, pixel 0 gone
-    EXPECT_EQ(flipped->GetPixelData()[4], 0b01011111);
-
-    // Without spare bytes the next row in memory supplies the field, and nothing the last one.
-    TestImage tight(Shape{2, 2, Index4, 1, true});
-    tight.GetPixelData()[0] = 0x12;
-    tight.GetPixelData()[1] = 0x34;
-    const auto turned = ImageUtil::Flip(tight, true, false, nullptr, nullptr);
-    EXPECT_EQ(turned->GetPixelData()[0], 0x32);
-    EXPECT_EQ(turned->GetPixelData()[1], 0x04);
-}
-
 TEST(Flip, BothIsAHalfTurnAndNeitherAClone) {
     Random random(2);
     for (const PixelFormat format : kPixelFormats) {
@@ -134,20 +117,6 @@ TEST(Rotate, EveryFormatAlignmentAndRowOrderMatchesTheDefinition) {
             Paint(expected, value);
             ASSERT_TRUE(SamePicture(*plain, expected));
         }
-    }
-}
-
-TEST(Rotate, TurnsAddUpToTheIdentity) {
-    Random random(4);
-    for (const PixelFormat format : kPixelFormats) {
-        const TestImage image(RandomShape(random, format, 50), random);
-        const auto turn = [](const IQorImage& picture, int count) {
-            return ImageUtil::Rotate(picture, count, nullptr, nullptr);
-        };
-        const auto once = turn(image, 1);
-        EXPECT_TRUE(SamePicture(*turn(*once, 3), image));
-        EXPECT_TRUE(SamePicture(*turn(*once, -1), image));
-        EXPECT_TRUE(SamePicture(*turn(*turn(*turn(*once, 1), 1), 1), image));
     }
 }
 

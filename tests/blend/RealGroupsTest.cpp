@@ -1,25 +1,23 @@
 // Groups against the real-valued formulas of ISO 32000-2, 11.4: what the blender's integers say may only differ by the
 // length of their truncation chains.
 
-#include "../../examples/GroupFigure.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <vector>
 
-#include "../../examples/Pictures.h"
-#include "support/TestImage.h"
+#include "blend/Painting.h"
 
 namespace vantu::test {
 namespace {
 
-using examples::GroupKind;
-using Image = std::shared_ptr<IQorImage>;
-
 constexpr int kRowWidth = 512;
+
+struct GroupKind {
+    bool isolated;
+    bool knockout;
+};
 
 /// A channel and an opacity, 0 to 1.
 struct Sample {
@@ -67,56 +65,6 @@ Sample GroupReal(GroupKind kind, const Sample& parent, const std::vector<Element
     return {own, groupAlpha};
 }
 
-const unsigned char* Pixel(const IQorImage& image, int x, int y) {
-    const int row = image.IsBottomUp() ? static_cast<int>(image.GetHeight()) - 1 - y : y;
-    return image.GetPixelData() +
-           std::size_t{RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment())} *
-               static_cast<unsigned int>(row) +
-           static_cast<unsigned int>(x) * BitsPerPixel(image.GetPixelFormat()) / 8;
-}
-
-TEST(GroupFigure, EachPixelFollowsTheRealFormulas) {
-    // Each Multiply cuts off less than 1 and scales what the ones before it cut off: 1, 1.75, 2.31, 2.73 with n discs.
-    constexpr std::array<double, 5> kTolerances{0, 1, 1.75, 2.32, 2.74};
-    const examples::FigureSize size(10);
-    const Image before = examples::MakeGradients(size);
-    const Image after = examples::MakeGradients(size);
-    examples::PaintGroups(after, size);
-
-    for (std::size_t number = 0; number < examples::kGroupKinds.size(); ++number) {
-        const Range<int, 2> cell = size.CellOf(number);
-        std::array<int, 5> pixelsUnder{};
-        std::array<double, 5> worst{};
-        for (int y = cell.y0; y < cell.y1; ++y) {
-            for (int x = cell.x0; x < cell.x1; ++x) {
-                std::vector<Element> elements;
-                bool onAnEdge = false;
-                for (const Point<int, 2>& middle : size.Discs()) {
-                    const double distance = std::hypot(x + 0.5 - cell.x0 - middle.x, y + 0.5 - cell.y0 - middle.y);
-                    onAnEdge = onAnEdge || std::abs(distance - size.radius) < 1;
-                    if (distance < size.radius)
-                        elements.push_back({BlendMode::Multiply, {examples::kDiscColor.GetRed() / 255.0, 1}});
-                }
-                if (onAnEdge) continue;
-                ++pixelsUnder[elements.size()];
-                for (int c = 0; c < 3; ++c) {
-                    const Sample parent{Pixel(*before, x, y)[c] / 255.0, 1};
-                    const Sample group = GroupReal(examples::kGroupKinds[number], parent, elements);
-                    const Sample page = CompositeReal(BlendMode::Normal, parent, group);
-                    double& distance = worst[elements.size()];
-                    distance = std::max(distance, std::abs(page.color * 255 - Pixel(*after, x, y)[c]));
-                }
-            }
-        }
-        for (std::size_t discs = 0; discs < worst.size(); ++discs) {
-            SCOPED_TRACE(testing::Message() << "cell " << number << " under " << discs << " discs");
-            EXPECT_GT(pixelsUnder[discs], 20);
-            EXPECT_LE(worst[discs],
-                      kTolerances[examples::kGroupKinds[number].knockout ? std::min<std::size_t>(discs, 1) : discs]);
-        }
-    }
-}
-
 /// A group of some elements, painted on its parent.
 struct GroupCase {
     GroupKind kind;
@@ -128,14 +76,15 @@ struct GroupCase {
     double tolerance;  ///< of the parent's stored bytes
 };
 
-/// A row of pixels of one alpha. The colours keep away from both ends: where the backdrop is taken out, a colour that
-/// truncation pushes below 0 or above 255 wraps.
-std::shared_ptr<CQorImage> RandomRow(PixelFormat format, unsigned char alpha, Random& random) {
-    auto row = std::make_shared<CQorImage>(kRowWidth, 1, format, 4, false);
-    for (int x = 0; x < kRowWidth; ++x) {
+/// A row of premultiplied pixels of one alpha. The colours keep away from both ends: where the backdrop is taken out, a
+/// colour that truncation pushes below 0 or above 255 wraps.
+std::shared_ptr<TestImage> RandomRow(unsigned char alpha, Random& random) {
+    auto row = std::make_shared<TestImage>(Shape{kRowWidth, 1, PixelFormat::Bgra32Premultiplied});
+    const auto colors = MakeAccessor(*row);
+    for (unsigned int x = 0; x < kRowWidth; ++x) {
         unsigned int color = alpha;
         for (int c = 0; c < 3; ++c) color = color << 8 | Between(random, 64, 191);
-        ImageUtil::Clear(*row, color, {x, 0, x + 1, 1});
+        colors->SetColor(*colors, x, 0, Color(color));
     }
     return row;
 }
@@ -167,37 +116,37 @@ const std::vector<GroupCase> kGroupCases{
 };
 
 void ExpectRealFormulas(const GroupCase& it) {
-    const Range<int, 2> whole{0, 0, kRowWidth, 1};
+    const auto whole = Cover({{0, 0, kRowWidth, 1}});
     Random random(7);
     double worstColor = 0;
     double worstAlpha = 0;
     for (const BlendMode mode : {BlendMode::Normal, BlendMode::Multiply, BlendMode::Screen}) {
-        const auto parent = RandomRow(PixelFormat::Bgra32Premultiplied, it.parentAlpha, random);
-        const auto before = ImageUtil::Clone(*parent, nullptr, nullptr);
-        const auto blender = examples::MakeBlender(parent);
-        const auto group = examples::MakeGroupImage(*parent, whole, it.kind.isolated);
+        const auto parent = RandomRow(it.parentAlpha, random);
+        const std::vector<unsigned char> before = parent->Bytes();
+        const auto group = std::make_shared<TestImage>(parent->GetShape());
+        std::ranges::copy(it.kind.isolated ? std::vector<unsigned char>(before.size()) : before, group->GetPixelData());
+        const auto blender = BlenderOn(parent);
         blender->BeginGroup(group, nullptr, it.kind.knockout, it.keepBackdrop, false);
-        std::vector<std::shared_ptr<CQorImage>> sources;
+        std::vector<std::shared_ptr<TestImage>> sources;
         for (const unsigned char alpha : it.elementAlphas) {
-            sources.push_back(RandomRow(PixelFormat::Bgr24, 255, random));
-            examples::Paint(*blender, sources.back(), whole, {0, 0}, alpha, mode);
+            sources.push_back(RandomRow(255, random));
+            Paint(*blender, {.source = sources.back(), .coverage = whole, .alpha = alpha, .mode = mode});
         }
         blender->EndGroup();
-        examples::Paint(*blender, group, whole, {0, 0}, it.groupAlpha, it.groupMode);
+        Paint(*blender, {.source = group, .coverage = whole, .alpha = it.groupAlpha, .mode = it.groupMode});
 
-        for (int x = 0; x < kRowWidth; ++x) {
-            const unsigned char* const result = Pixel(*parent, x, 0);
+        for (std::size_t at = 0; at < before.size(); at += 4) {
+            const unsigned char* const result = parent->GetPixelData() + at;
             Sample page{};
-            for (int c = 0; c < 3; ++c) {
-                const unsigned char* const old = Pixel(*before, x, 0);
-                const Sample initial{old[c] * 1.0 / old[3], old[3] / 255.0};
+            for (std::size_t c = at; c < at + 3; ++c) {
+                const Sample initial{before[c] * 1.0 / before[at + 3], before[at + 3] / 255.0};
                 std::vector<Element> elements;
                 for (std::size_t i = 0; i < sources.size(); ++i)
-                    elements.push_back({mode, {Pixel(*sources[i], x, 0)[c] / 255.0, it.elementAlphas[i] / 255.0}});
+                    elements.push_back({mode, {sources[i]->GetPixelData()[c] / 255.0, it.elementAlphas[i] / 255.0}});
                 Sample own = GroupReal(it.kind, initial, elements);
                 own.alpha *= it.groupAlpha / 255.0;
                 page = CompositeReal(it.groupMode, initial, own);
-                worstColor = std::max(worstColor, std::abs(page.color * page.alpha * 255 - result[c]));
+                worstColor = std::max(worstColor, std::abs(page.color * page.alpha * 255 - result[c - at]));
             }
             worstAlpha = std::max(worstAlpha, std::abs(page.alpha * 255 - result[3]));
         }
@@ -206,7 +155,7 @@ void ExpectRealFormulas(const GroupCase& it) {
     EXPECT_LE(worstAlpha, 2);
 }
 
-TEST(GroupOnParent, FollowsTheRealFormulas) {
+TEST(Groups, OnTheirParentFollowTheRealFormulas) {
     for (std::size_t number = 0; number < kGroupCases.size(); ++number) {
         SCOPED_TRACE(testing::Message() << "case " << number);
         ExpectRealFormulas(kGroupCases[number]);
