@@ -64,9 +64,15 @@ void MakeOpaqueIfAlphaIsUnused(IQorImage& image) {
     if (!used) ImageUtil::ClearPixelAlpha(image, 255, kWholeImage);
 }
 
+// Why a loader gave no image; `known` is what it reads.
+std::string WhyNot(LoadResult result, const std::string& known) {
+    return result == LoadResult::NotRead ? "it is not " + known : TextOf(result);
+}
+
 Image ReadDib(const std::string& path) {
-    Image image = CDIBLoader().Load(path, nullptr);
-    if (!image) Refuse(path, "it is not an uncompressed bitmap of 1, 4, 8, 16, 24 or 32 bits");
+    LoadResult result{};
+    Image image = CDIBLoader().Load(path, nullptr, result);
+    if (!image) Refuse(path, WhyNot(result, "an uncompressed bitmap of 1, 4, 8, 16, 24 or 32 bits"));
     if (image->GetPixelFormat() == PixelFormat::Bgra32Premultiplied) MakeOpaqueIfAlphaIsUnused(*image);
     return image;
 }
@@ -84,16 +90,18 @@ bool IsPlainPng(unsigned char depth, unsigned char colourType) {
 Image ReadPng(const std::string& path, std::string_view head) {
     if (!IsPlainPng(static_cast<unsigned char>(head[24]), static_cast<unsigned char>(head[25])))
         Refuse(path, "it is not a PNG of 8-bit colours (with or without alpha) or of 1-, 4- or 8-bit grey");
-    const Image onItsHead = CPNGLoader().Load(path, nullptr);
-    if (!onItsHead) Refuse(path, "its PNG data is damaged");
+    LoadResult result{};
+    const Image onItsHead = CPNGLoader().Load(path, nullptr, result);
+    if (!onItsHead) Refuse(path, TextOf(result));
     Image image = ImageUtil::Flip(*onItsHead, false, true, nullptr, nullptr);
     if (image->GetPixelFormat() == PixelFormat::Bgra32Premultiplied) Premultiply(*image);
     return image;
 }
 
 Image ReadJpeg(const std::string& path) {
-    Image image = CJPEGLoader().Load(path, nullptr);
-    if (!image) Refuse(path, "it is damaged, or not a JPEG of one or three components");
+    LoadResult result{};
+    Image image = CJPEGLoader().Load(path, nullptr, result);
+    if (!image) Refuse(path, WhyNot(result, "a JPEG of one or three components"));
     return image;
 }
 

@@ -13,6 +13,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
             const InputFile file({data, size});
             return CDIBLoader(factory).Load(file.Descriptor(), nullptr, skipFileHeader);
         });
+        RequireToldSize(made, [&](auto& width, auto& height, auto& format) {
+            return CDIBLoader().GetImageSize(InputFile({data, size}).Descriptor(), width, height, format,
+                                             skipFileHeader);
+        });
         Require(!made || made->IsBottomUp(), "a factory is asked for bottom-up images");
         if (!own) continue;
 

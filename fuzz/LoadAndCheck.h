@@ -48,6 +48,17 @@ inline bool SameRows(const IQorImage& a, const IQorImage& b) {
     return true;
 }
 
+/// Requires that `getSize(width, height, format)` told what was then loaded.
+template <typename GetSize>
+void RequireToldSize(const std::shared_ptr<IQorImage>& image, GetSize getSize) {
+    unsigned int width = 0, height = 0;
+    auto format = PixelFormat::Index1;
+    const bool told = getSize(width, height, format);
+    Require(!image || (told && image->GetWidth() == width && image->GetHeight() == height &&
+                       image->GetPixelFormat() == format),
+            "an image has the size that its header tells");
+}
+
 /// Loads with `load(factory)` three ways: with a factory of images like the library's own, without one unless that
 /// refused, and with one that is contrary: other alignment, a row too few. No way may write past its image.
 /// @return what the second and the first made; each may be empty.

@@ -25,6 +25,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         const InputFile file({data, size});
         return CPNGLoader(factory).Load(file.Descriptor(), nullptr);
     });
+    RequireToldSize(made, [&](auto& width, auto& height, auto& format) {
+        return CPNGLoader().GetImageSize(InputFile({data, size}).Descriptor(), width, height, format);
+    });
     Require(!own || !made || SameRows(*own, *made), "what is loaded does not depend on whose memory it is loaded into");
     if (!own || own->GetPixelFormat() == PixelFormat::Rgb555) return 0;
 

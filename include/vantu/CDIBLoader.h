@@ -2,6 +2,7 @@
 
 #include <vantu/Export.h>
 #include <vantu/IGraphicsFactory.h>
+#include <vantu/LoadResult.h>
 
 #include <memory>
 #include <string>
@@ -20,6 +21,26 @@ public:
     /// @param factory makes the images; null for `CQorImage`. Not owned: it must outlive the loader's calls.
     explicit CDIBLoader(IGraphicsFactory* factory = nullptr) : factory_(factory) {}
 
+    /// Reads the headers only.
+    /// @param path handed to `QorOpenFile` or `QorOpenFileW`.
+    /// @param[out] width, height in pixels, as the header says them; they may be absurd.
+    /// @param[out] format what `Load` would make.
+    /// @return false if the file cannot be opened, or if `Load` would refuse its headers; the arguments are then
+    /// untouched.
+    /// @{
+    [[nodiscard]] bool GetImageSize(const std::string& path, unsigned int& width, unsigned int& height,
+                                    IQorImage::PixelFormat& format) const;
+    [[nodiscard]] bool GetImageSize(const std::wstring& path, unsigned int& width, unsigned int& height,
+                                    IQorImage::PixelFormat& format) const;
+    /// @}
+    /// The same from the start of an open file, which stays open; its position moves.
+    /// @param fd descriptor of the file.
+    /// @param[out] width, height, format as above.
+    /// @param skipFileHeader true if the data begins with the info header.
+    /// @return as above.
+    [[nodiscard]] bool GetImageSize(int fd, unsigned int& width, unsigned int& height, IQorImage::PixelFormat& format,
+                                    bool skipFileHeader) const;
+
     /// Reads a file.
     /// @param path handed to `QorOpenFile` or `QorOpenFileW`.
     /// @param memory handed to the factory as it is; without a factory not looked at.
@@ -29,12 +50,21 @@ public:
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory) const;
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory) const;
     /// @}
+    /// The same, and why there is no image.
+    /// @param[out] result what became of it; as it was if an exception leaves.
+    /// @{
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory, LoadResult& result) const;
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory, LoadResult& result) const;
+    /// @}
     /// Reads from the start of an open file, which stays open.
     /// @param fd descriptor of the file.
     /// @param memory handed to the factory.
     /// @param skipFileHeader true if the data begins with the info header and the rows follow the palette.
     /// @return as above.
     [[nodiscard]] std::shared_ptr<IQorImage> Load(int fd, void** memory, bool skipFileHeader) const;
+    /// The same, and why there is no image.
+    /// @param[out] result as above.
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(int fd, void** memory, bool skipFileHeader, LoadResult& result) const;
 
 private:
     IGraphicsFactory* factory_;

@@ -2,6 +2,7 @@
 
 #include <vantu/Export.h>
 #include <vantu/IGraphicsFactory.h>
+#include <vantu/LoadResult.h>
 
 #include <memory>
 #include <string>
@@ -44,11 +45,20 @@ public:
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory) const;
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory) const;
     /// @}
+    /// The same, and why there is no image.
+    /// @param[out] result what became of it; as it was if an exception leaves.
+    /// @{
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory, LoadResult& result) const;
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory, LoadResult& result) const;
+    /// @}
     /// Reads from an open file at its position; the file stays open.
     /// @param fd descriptor of the file.
     /// @param memory handed to the factory.
     /// @return as above.
     [[nodiscard]] std::shared_ptr<IQorImage> Load(int fd, void** memory) const;
+    /// The same, and why there is no image.
+    /// @param[out] result as above.
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(int fd, void** memory, LoadResult& result) const;
 
 private:
     IGraphicsFactory* factory_;

@@ -2,6 +2,7 @@
 
 #include <vantu/Export.h>
 #include <vantu/IGraphicsFactory.h>
+#include <vantu/LoadResult.h>
 
 #include <memory>
 #include <string>
@@ -23,6 +24,25 @@ public:
     /// @param factory makes the images; null for `CQorImage`. Not owned: it must outlive the loader's calls.
     explicit CPNGLoader(IGraphicsFactory* factory = nullptr) : factory_(factory) {}
 
+    /// Reads the headers only.
+    /// @param path handed to `QorOpenFile` or `QorOpenFileW`.
+    /// @param[out] width, height in pixels, as the header says them; they may be absurd.
+    /// @param[out] format what `Load` would make.
+    /// @return false if the file cannot be opened, or if `Load` would refuse its headers; the arguments are then
+    /// untouched.
+    /// @{
+    [[nodiscard]] bool GetImageSize(const std::string& path, unsigned int& width, unsigned int& height,
+                                    IQorImage::PixelFormat& format) const;
+    [[nodiscard]] bool GetImageSize(const std::wstring& path, unsigned int& width, unsigned int& height,
+                                    IQorImage::PixelFormat& format) const;
+    /// @}
+    /// The same from an open file at its position; the file stays open and its position moves.
+    /// @param fd descriptor of the file; -1 is refused.
+    /// @param[out] width, height, format as above.
+    /// @return as above.
+    [[nodiscard]] bool GetImageSize(int fd, unsigned int& width, unsigned int& height,
+                                    IQorImage::PixelFormat& format) const;
+
     /// Reads a file.
     /// @param path handed to `QorOpenFile` or `QorOpenFileW`.
     /// @param memory handed to the factory as it is; without a factory not looked at.
@@ -32,11 +52,20 @@ public:
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory) const;
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory) const;
     /// @}
+    /// The same, and why there is no image.
+    /// @param[out] result what became of it; as it was if an exception leaves.
+    /// @{
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory, LoadResult& result) const;
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory, LoadResult& result) const;
+    /// @}
     /// Reads from an open file at its position; the file stays open.
     /// @param fd descriptor of the file; -1 is refused.
     /// @param memory handed to the factory.
     /// @return as above.
     [[nodiscard]] std::shared_ptr<IQorImage> Load(int fd, void** memory) const;
+    /// The same, and why there is no image.
+    /// @param[out] result as above.
+    [[nodiscard]] std::shared_ptr<IQorImage> Load(int fd, void** memory, LoadResult& result) const;
 
 private:
     IGraphicsFactory* factory_;

@@ -38,4 +38,5 @@
 #include <vantu/IQorImage.h>
 #include <vantu/IRasterizer.h>
 #include <vantu/ImageUtil.h>
+#include <vantu/LoadResult.h>
 #include <vantu/QorIo.h>

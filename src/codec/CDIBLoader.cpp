@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <optional>
 #include <vector>
 
 #include "codec/DibHeader.h"
-#include "codec/WithFile.h"
+#include "codec/Loading.h"
 #include "codec/WritableRows.h"
 #include "pixel/MakeImage.h"
 #include "pixel/PixelCodec.h"
@@ -27,27 +26,48 @@ constexpr std::array kFormats = {
     BitCountFormat{24, PixelFormat::Bgr24}, BitCountFormat{32, PixelFormat::Bgra32Premultiplied},
 };
 
-/// Reads the file header. @return the offset of the rows, 0 if they follow the palette; none for another file.
-std::optional<std::uint32_t> ReadRowOffset(int fd) {
+/// What the headers of a file say.
+struct DibPicture {
+    [[nodiscard]] bool TopDown() const { return (header.biHeight >> 31) != 0; }
+    [[nodiscard]] unsigned int Rows() const { return TopDown() ? 0U - header.biHeight : header.biHeight; }
+
+    DibInfoHeader header{};
+    PixelFormat format{};
+    std::uint32_t rowOffset = 0;  ///< from the start of the file; 0 if the rows follow the palette
+};
+
+/// Reads the file header. @return `Loaded` if it is one.
+LoadResult ReadFileHeader(int fd, DibPicture& picture) {
     std::array<unsigned char, kDibFileHeaderSize> bytes{};
-    if (QorReadFile(bytes.data(), bytes.size(), fd) < bytes.size()) return std::nullopt;
-    if (LoadWord16(bytes.data()) != kDibType) return std::nullopt;
-    return LoadWord32(&bytes[10]);
+    const bool whole = QorReadFile(bytes.data(), bytes.size(), fd) == bytes.size();
+    if (LoadWord16(bytes.data()) != kDibType) return LoadResult::NotThisKind;
+    picture.rowOffset = LoadWord32(&bytes[10]);
+    return whole ? LoadResult::Loaded : LoadResult::Damaged;
 }
 
-/// Reads the info header. @return none if it is short or says what this loader cannot read.
-std::optional<DibInfoHeader> ReadInfoHeader(int fd) {
+/// Reads the info header. @return `Loaded` if this loader reads what it says.
+LoadResult ReadInfoHeader(int fd, DibPicture& picture) {
     std::array<unsigned char, sizeof(DibInfoHeader)> bytes{};
-    if (QorReadFile(bytes.data(), bytes.size(), fd) < bytes.size()) return std::nullopt;
-    DibInfoHeader header{};
+    if (QorReadFile(bytes.data(), bytes.size(), fd) < bytes.size()) return LoadResult::Damaged;
+    DibInfoHeader& header = picture.header;
     header.biSize = LoadWord32(&bytes[0]);
     header.biWidth = LoadWord32(&bytes[4]);
     header.biHeight = LoadWord32(&bytes[8]);
     header.biBitCount = static_cast<std::uint16_t>(LoadWord16(&bytes[14]));
     header.biCompression = LoadWord32(&bytes[16]);
     header.biClrUsed = LoadWord32(&bytes[32]);
-    if (header.biSize == kCoreHeaderSize || header.biCompression != 0) return std::nullopt;
-    return header;
+    if (header.biSize == kCoreHeaderSize || header.biCompression != 0) return LoadResult::NotRead;
+    const auto* const row =
+        std::find_if(kFormats.begin(), kFormats.end(), [&](const auto& f) { return f.bits == header.biBitCount; });
+    if (row == kFormats.end()) return LoadResult::NotRead;
+    picture.format = row->format;
+    return LoadResult::Loaded;
+}
+
+/// Reads the headers of a file that stands at its start.
+LoadResult ReadHeaders(int fd, bool skipFileHeader, DibPicture& picture) {
+    const LoadResult result = skipFileHeader ? LoadResult::Loaded : ReadFileHeader(fd, picture);
+    return result == LoadResult::Loaded ? ReadInfoHeader(fd, picture) : result;
 }
 
 /// Number of palette entries in the file. Only 16 bits of it count, so that 16-bit files have none by default.
@@ -97,38 +117,71 @@ void ReverseRows(std::size_t count, unsigned int rowBytes, const PixelRows<unsig
 
 }  // namespace
 
+bool CDIBLoader::GetImageSize(const std::string& path, unsigned int& width, unsigned int& height,
+                              IQorImage::PixelFormat& format) const {
+    return WithFile(path, QOR_OPEN_READ, [&](int fd) { return GetImageSize(fd, width, height, format, false); });
+}
+
+bool CDIBLoader::GetImageSize(const std::wstring& path, unsigned int& width, unsigned int& height,
+                              IQorImage::PixelFormat& format) const {
+    return WithFile(path, QOR_OPEN_READ, [&](int fd) { return GetImageSize(fd, width, height, format, false); });
+}
+
+bool CDIBLoader::GetImageSize(int fd, unsigned int& width, unsigned int& height, IQorImage::PixelFormat& format,
+                              bool skipFileHeader) const {
+    QorSeekFile(fd, 0, 0);
+    DibPicture picture;
+    if (ReadHeaders(fd, skipFileHeader, picture) != LoadResult::Loaded) return false;
+    width = picture.header.biWidth;
+    height = picture.Rows();
+    format = picture.format;
+    return true;
+}
+
 std::shared_ptr<IQorImage> CDIBLoader::Load(const std::string& path, void** memory) const {
-    return WithFile(path, QOR_OPEN_READ, [&](int fd) { return Load(fd, memory, false); });
+    LoadResult unused{};
+    return Load(path, memory, unused);
 }
 
 std::shared_ptr<IQorImage> CDIBLoader::Load(const std::wstring& path, void** memory) const {
-    return WithFile(path, QOR_OPEN_READ, [&](int fd) { return Load(fd, memory, false); });
+    LoadResult unused{};
+    return Load(path, memory, unused);
 }
 
 std::shared_ptr<IQorImage> CDIBLoader::Load(int fd, void** memory, bool skipFileHeader) const {
+    LoadResult unused{};
+    return Load(fd, memory, skipFileHeader, unused);
+}
+
+std::shared_ptr<IQorImage> CDIBLoader::Load(const std::string& path, void** memory, LoadResult& result) const {
+    return LoadFile(path, result, [&](int fd) { return Load(fd, memory, false, result); });
+}
+
+std::shared_ptr<IQorImage> CDIBLoader::Load(const std::wstring& path, void** memory, LoadResult& result) const {
+    return LoadFile(path, result, [&](int fd) { return Load(fd, memory, false, result); });
+}
+
+std::shared_ptr<IQorImage> CDIBLoader::Load(int fd, void** memory, bool skipFileHeader, LoadResult& result) const {
     const long long base = QorSeekFile(fd, 0, 0);
-    const auto rowOffset = skipFileHeader ? 0U : ReadRowOffset(fd);
-    if (!rowOffset) return nullptr;
-    const auto header = ReadInfoHeader(fd);
-    if (!header) return nullptr;
-    const auto* const row =
-        std::find_if(kFormats.begin(), kFormats.end(), [&](const auto& f) { return f.bits == header->biBitCount; });
-    if (row == kFormats.end()) return nullptr;
+    DibPicture picture;
+    const LoadResult read = ReadHeaders(fd, skipFileHeader, picture);
+    if (read != LoadResult::Loaded) return Refuse(result, read);
 
-    const bool topDown = (header->biHeight >> 31) != 0;
-    const unsigned int rows = topDown ? 0U - header->biHeight : header->biHeight;
+    const DibInfoHeader& header = picture.header;
+    const unsigned int rows = picture.Rows();
     // A factory's image is always bottom-up; without one the image says which way the file's rows lie.
-    const bool bottomUp = factory_ != nullptr || (!topDown && rows != 0);
-    auto image = MakeImage(header->biWidth, rows, row->format, 4, bottomUp, factory_, memory);
-    if (!image) return nullptr;
+    const bool bottomUp = factory_ != nullptr || (!picture.TopDown() && rows != 0);
+    auto image = MakeImage(header.biWidth, rows, picture.format, 4, bottomUp, factory_, memory);
+    if (!image) return Refuse(result, LoadResult::NoImage);
 
-    if (const unsigned int count = PaletteCount(*header); count != 0) ReadPalette(fd, count, image->GetPalette());
-    if (*rowOffset != 0) QorSeekFile(fd, base + *rowOffset, 0);
+    if (const unsigned int count = PaletteCount(header); count != 0) ReadPalette(fd, count, image->GetPalette());
+    if (picture.rowOffset != 0) QorSeekFile(fd, base + picture.rowOffset, 0);
     const auto target = WritableRows(*image);
-    ReadRows(fd, *header, rows, target);
-    if (topDown && factory_ != nullptr) {
+    ReadRows(fd, header, rows, target);
+    if (picture.TopDown() && factory_ != nullptr) {
         ReverseRows(rows, RowStride(image->GetWidth(), image->GetPixelFormat(), 0), target);
     }
+    result = LoadResult::Loaded;
     return image;
 }
 

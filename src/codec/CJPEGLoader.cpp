@@ -9,7 +9,7 @@
 #include <jerror.h>
 
 #include "codec/CatchJump.h"
-#include "codec/WithFile.h"
+#include "codec/Loading.h"
 #include "codec/WritableRows.h"
 #include "pixel/MakeImage.h"
 
@@ -127,6 +127,21 @@ public:
         });
     }
 
+    /// Why the last step ended in a fatal error.
+    [[nodiscard]] LoadResult Failure() const {
+        switch (errors_.msg_code) {
+            case JERR_INPUT_EMPTY:
+            case JERR_NO_SOI: return LoadResult::NotThisKind;
+            case JERR_ARITH_NOTIMPL:
+            case JERR_BAD_PRECISION:
+            case JERR_CONVERSION_NOTIMPL:
+            case JERR_IMAGE_TOO_BIG:
+            case JERR_SOF_UNSUPPORTED: return LoadResult::NotRead;
+            case JERR_OUT_OF_MEMORY: return LoadResult::NoMemory;
+            default: return LoadResult::Damaged;
+        }
+    }
+
     [[nodiscard]] int Components() const { return decompressor_.num_components; }
     [[nodiscard]] unsigned int Width() const { return decompressor_.image_width; }
     [[nodiscard]] unsigned int Height() const { return decompressor_.image_height; }
@@ -160,21 +175,38 @@ bool CJPEGLoader::GetImageSize(int fd, unsigned int& width, unsigned int& height
 }
 
 std::shared_ptr<IQorImage> CJPEGLoader::Load(const std::string& path, void** memory) const {
-    return WithFile(path, QOR_OPEN_READ, [&](int fd) { return Load(fd, memory); });
+    LoadResult unused{};
+    return Load(path, memory, unused);
 }
 
 std::shared_ptr<IQorImage> CJPEGLoader::Load(const std::wstring& path, void** memory) const {
-    return WithFile(path, QOR_OPEN_READ, [&](int fd) { return Load(fd, memory); });
+    LoadResult unused{};
+    return Load(path, memory, unused);
 }
 
 std::shared_ptr<IQorImage> CJPEGLoader::Load(int fd, void** memory) const {
+    LoadResult unused{};
+    return Load(fd, memory, unused);
+}
+
+std::shared_ptr<IQorImage> CJPEGLoader::Load(const std::string& path, void** memory, LoadResult& result) const {
+    return LoadFile(path, result, [&](int fd) { return Load(fd, memory, result); });
+}
+
+std::shared_ptr<IQorImage> CJPEGLoader::Load(const std::wstring& path, void** memory, LoadResult& result) const {
+    return LoadFile(path, result, [&](int fd) { return Load(fd, memory, result); });
+}
+
+std::shared_ptr<IQorImage> CJPEGLoader::Load(int fd, void** memory, LoadResult& result) const {
     JpegReader reader(fd);
-    if (!reader.ReadHeader()) return nullptr;
-    if (reader.Components() != 1 && reader.Components() != 3) return nullptr;
+    if (!reader.ReadHeader()) return Refuse(result, reader.Failure());
+    if (reader.Components() != 1 && reader.Components() != 3) return Refuse(result, LoadResult::NotRead);
     auto image = MakeImage(reader.Width(), reader.Height(), PixelFormat::Bgr24, 4, true, factory_, memory);
-    if (!image) return nullptr;
+    if (!image) return Refuse(result, LoadResult::NoImage);
     const auto rows = WritableRows(*image);
-    if (rows.count == 0 || !reader.ReadRows(rows.Reversed(), image->GetWidth())) return nullptr;
+    if (rows.count == 0) return Refuse(result, LoadResult::NoImage);
+    if (!reader.ReadRows(rows.Reversed(), image->GetWidth())) return Refuse(result, reader.Failure());
+    result = LoadResult::Loaded;
     return image;
 }
 

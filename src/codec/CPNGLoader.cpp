@@ -1,14 +1,13 @@
 #include <vantu/CPNGLoader.h>
 
-#include <png.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <optional>
 #include <vector>
 
-#include "codec/CatchJump.h"
-#include "codec/WithFile.h"
+#include "codec/Loading.h"
+#include "codec/PngFile.h"
 #include "codec/WritableRows.h"
 #include "pixel/MakeImage.h"
 
@@ -31,23 +30,23 @@ constexpr std::array kFormats = {
     PixelBitsFormat{24, PixelFormat::Bgr24}, PixelBitsFormat{32, PixelFormat::Bgra32Premultiplied},
 };
 
-/// One file being read. Every call that may end in a fatal error of libpng runs under `CatchJump`.
-class PngReader {
+/// One file being read.
+class PngReader : public PngFile {
 public:
-    explicit PngReader(int fd) : fd_(fd) {}
+    explicit PngReader(int fd) : PngFile(fd) {}
     ~PngReader() { png_destroy_read_struct(&png_, &info_, nullptr); }
-    PngReader(const PngReader&) = delete;
-    PngReader& operator=(const PngReader&) = delete;
 
-    /// Reads up to the first row. @return false if this is no PNG file or a broken one.
-    bool ReadHeader() {
+    /// Whether the file begins with the signature of PNG, which is read.
+    bool ReadSignature() {
         std::array<unsigned char, kSignatureSize> signature{};
         QorReadFile(signature.data(), signature.size(), fd_);
-        if (png_sig_cmp(signature.data(), 0, signature.size()) != 0) return false;
-        return CatchJump(onError_, [this] {
-            png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, OnError, [](png_structp, png_const_charp) {});
-            if (png_ != nullptr) info_ = png_create_info_struct(png_);
-            if (info_ == nullptr) std::longjmp(onError_, 1);
+        return png_sig_cmp(signature.data(), 0, signature.size()) == 0;
+    }
+
+    /// Reads up to the first row. @return false if the file is broken.
+    bool ReadHeader() {
+        return Run([this] {
+            MakeStructures(png_create_read_struct_2);
             png_set_sig_bytes(png_, kSignatureSize);
             png_set_read_fn(png_, this, Read);
             png_read_info(png_, info_);
@@ -56,22 +55,24 @@ public:
 
     /// Reads the rows to where `rows` points, red and blue exchanged.
     bool ReadRows(unsigned char** rows) {
-        return CatchJump(onError_, [this, rows] {
+        return Run([this, rows] {
             png_set_bgr(png_);
             png_read_image(png_, rows);
         });
     }
 
-    [[nodiscard]] int PixelBits() const { return png_get_bit_depth(png_, info_) * png_get_channels(png_, info_); }
+    /// @return none for pixels that no format holds.
+    [[nodiscard]] std::optional<PixelFormat> Format() const {
+        const int bits = png_get_bit_depth(png_, info_) * png_get_channels(png_, info_);
+        const auto* const row =
+            std::find_if(kFormats.begin(), kFormats.end(), [&](const auto& f) { return f.bits == bits; });
+        return row == kFormats.end() ? std::nullopt : std::optional(row->format);
+    }
     [[nodiscard]] unsigned int Width() const { return png_get_image_width(png_, info_); }
     [[nodiscard]] unsigned int Height() const { return png_get_image_height(png_, info_); }
     [[nodiscard]] std::size_t RowBytes() const { return png_get_rowbytes(png_, info_); }
 
 private:
-    [[noreturn]] static void OnError(png_structp png, png_const_charp /*message*/) {
-        std::longjmp(static_cast<PngReader*>(png_get_error_ptr(png))->onError_, 1);
-    }
-
     /// A short read is no error by itself: the rest reads as zero, which no checksum forgives.
     static void Read(png_structp png, png_bytep buffer, std::size_t size) {
         auto& self = *static_cast<PngReader*>(png_get_io_ptr(png));
@@ -82,11 +83,7 @@ private:
         if (self.pastEnd_ > kMostPastEnd) png_error(png, "unexpected end of file");
     }
 
-    int fd_;
     std::size_t pastEnd_ = 0;
-    png_structp png_ = nullptr;
-    png_infop info_ = nullptr;
-    std::jmp_buf onError_{};
 };
 
 std::vector<unsigned char*> AddressesOf(const PixelRows<unsigned char>& rows) {
@@ -95,30 +92,72 @@ std::vector<unsigned char*> AddressesOf(const PixelRows<unsigned char>& rows) {
     return addresses;
 }
 
+/// Why libpng gave up.
+LoadResult Broken(const PngReader& reader) {
+    return reader.OutOfMemory() ? LoadResult::NoMemory : LoadResult::Damaged;
+}
+
 }  // namespace
 
+bool CPNGLoader::GetImageSize(const std::string& path, unsigned int& width, unsigned int& height,
+                              IQorImage::PixelFormat& format) const {
+    return WithFile(path, QOR_OPEN_READ, [&](int fd) { return GetImageSize(fd, width, height, format); });
+}
+
+bool CPNGLoader::GetImageSize(const std::wstring& path, unsigned int& width, unsigned int& height,
+                              IQorImage::PixelFormat& format) const {
+    return WithFile(path, QOR_OPEN_READ, [&](int fd) { return GetImageSize(fd, width, height, format); });
+}
+
+bool CPNGLoader::GetImageSize(int fd, unsigned int& width, unsigned int& height, IQorImage::PixelFormat& format) const {
+    PngReader reader(fd);
+    if (!reader.ReadSignature() || !reader.ReadHeader()) return false;
+    const auto readAs = reader.Format();
+    if (!readAs) return false;
+    width = reader.Width();
+    height = reader.Height();
+    format = *readAs;
+    return true;
+}
+
 std::shared_ptr<IQorImage> CPNGLoader::Load(const std::string& path, void** memory) const {
-    return WithFile(path, QOR_OPEN_READ, [&](int fd) { return Load(fd, memory); });
+    LoadResult unused{};
+    return Load(path, memory, unused);
 }
 
 std::shared_ptr<IQorImage> CPNGLoader::Load(const std::wstring& path, void** memory) const {
-    return WithFile(path, QOR_OPEN_READ, [&](int fd) { return Load(fd, memory); });
+    LoadResult unused{};
+    return Load(path, memory, unused);
 }
 
 std::shared_ptr<IQorImage> CPNGLoader::Load(int fd, void** memory) const {
-    if (fd == -1) return nullptr;
-    PngReader reader(fd);
-    if (!reader.ReadHeader()) return nullptr;
-    const auto* const row =
-        std::find_if(kFormats.begin(), kFormats.end(), [&](const auto& f) { return f.bits == reader.PixelBits(); });
-    if (row == kFormats.end()) return nullptr;
+    LoadResult unused{};
+    return Load(fd, memory, unused);
+}
 
-    auto image = MakeImage(reader.Width(), reader.Height(), row->format, 4, false, factory_, memory);
-    if (!image) return nullptr;
+std::shared_ptr<IQorImage> CPNGLoader::Load(const std::string& path, void** memory, LoadResult& result) const {
+    return LoadFile(path, result, [&](int fd) { return Load(fd, memory, result); });
+}
+
+std::shared_ptr<IQorImage> CPNGLoader::Load(const std::wstring& path, void** memory, LoadResult& result) const {
+    return LoadFile(path, result, [&](int fd) { return Load(fd, memory, result); });
+}
+
+std::shared_ptr<IQorImage> CPNGLoader::Load(int fd, void** memory, LoadResult& result) const {
+    if (fd == -1) return Refuse(result, LoadResult::NotThisKind);
+    PngReader reader(fd);
+    if (!reader.ReadSignature()) return Refuse(result, LoadResult::NotThisKind);
+    if (!reader.ReadHeader()) return Refuse(result, Broken(reader));
+    const auto format = reader.Format();
+    if (!format) return Refuse(result, LoadResult::NotRead);
+
+    auto image = MakeImage(reader.Width(), reader.Height(), *format, 4, false, factory_, memory);
+    if (!image) return Refuse(result, LoadResult::NoImage);
     const auto rows = WritableRows(*image);
-    if (rows.count < reader.Height() || rows.Stride() < reader.RowBytes()) return nullptr;
+    if (rows.count < reader.Height() || rows.Stride() < reader.RowBytes()) return Refuse(result, LoadResult::NoImage);
     // The picture's top row is the last one in memory.
-    if (!reader.ReadRows(AddressesOf(rows.Reversed()).data())) return nullptr;
+    if (!reader.ReadRows(AddressesOf(rows.Reversed()).data())) return Refuse(result, Broken(reader));
+    result = LoadResult::Loaded;
     return image;
 }
 

@@ -13,6 +13,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -116,6 +117,28 @@ ImagePtr LoadPath(const std::string& kind, const Path& path, IGraphicsFactory* f
 inline ImagePtr LoadFrom(const std::string& kind, int fd, IGraphicsFactory* factory) {
     if (kind == "bmp") return CDIBLoader(factory).Load(fd, nullptr, false);
     return kind == "png" ? CPNGLoader(factory).Load(fd, nullptr) : CJPEGLoader(factory).Load(fd, nullptr);
+}
+
+/// The same from either, and why.
+template <typename File>
+ImagePtr LoadWhy(const std::string& kind, const File& file, IGraphicsFactory* factory, LoadResult& result) {
+    if constexpr (std::is_same_v<File, int>) {
+        if (kind == "bmp") return CDIBLoader(factory).Load(file, nullptr, false, result);
+    } else {
+        if (kind == "bmp") return CDIBLoader(factory).Load(file, nullptr, result);
+    }
+    return kind == "png" ? CPNGLoader(factory).Load(file, nullptr, result)
+                         : CJPEGLoader(factory).Load(file, nullptr, result);
+}
+
+/// What `GetImageSize` says of a file, at its start; a size of 0 if nothing.
+inline Shape SizeOf(const std::string& kind, int fd) {
+    Shape shape{0, 0, PixelFormat{}};
+    const bool told = kind == "bmp"   ? CDIBLoader().GetImageSize(fd, shape.width, shape.height, shape.format, false)
+                      : kind == "png" ? CPNGLoader().GetImageSize(fd, shape.width, shape.height, shape.format)
+                                      : CJPEGLoader().GetImageSize(fd, shape.width, shape.height, shape.format);
+    EXPECT_EQ(told, shape.format != PixelFormat{});
+    return shape;
 }
 
 }  // namespace vantu::test

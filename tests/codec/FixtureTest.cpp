@@ -2,6 +2,7 @@
 
 #include <array>
 #include <string_view>
+#include <tuple>
 
 #include "codec/Files.h"
 #include "pixel/DynamicAccessor.h"
@@ -61,9 +62,15 @@ Bytes Colors(const IQorImage& image) {
 TEST(Fixtures, LoadAsOtherDecodersSeeThem) {
     for (const auto& [file, width, height, bits, crc] : Fixtures()) {
         SCOPED_TRACE(file);
-        const auto image = LoadPath(Kind(file), FixturePath(file), nullptr);
+        LoadResult result{};
+        const auto image = LoadWhy(Kind(file), FixturePath(file), nullptr, result);
         ASSERT_EQ(image == nullptr, crc == "refused");
+        ASSERT_EQ(result, image ? LoadResult::Loaded : LoadResult::NotRead);
+        const Shape told = SizeOf(Kind(file), MemoryFile(ReadAll(FixturePath(file))).Descriptor());
+        EXPECT_EQ(told.width != 0, image || Kind(file) == "jpg");
         if (!image) continue;
+        EXPECT_EQ(std::tuple(told.width, told.height, told.format),
+                  std::tuple(image->GetWidth(), image->GetHeight(), image->GetPixelFormat()));
         const bool png = Kind(file) == "png";
         EXPECT_EQ(image->GetWidth(), width);
         EXPECT_EQ(image->GetHeight(), height);

@@ -42,6 +42,61 @@ TEST(Loaders, CloseWhatTheyOpenAndPassMemoryOn) {
     EXPECT_EQ(NextDescriptor(), next);
 }
 
+TEST(Loaders, SayWhyThereIsNoImage) {
+    for (const std::string file : kPictures) {
+        SCOPED_TRACE(file);
+        const std::string kind = Kind(file), path = FixturePath(file);
+        const auto why = [&](const auto& from, IGraphicsFactory* factory = nullptr) {
+            LoadResult result{-1};
+            const auto image = LoadWhy(kind, from, factory, result);
+            EXPECT_EQ(image != nullptr, result == LoadResult::Loaded);
+            return result;
+        };
+        const Bytes bytes = ReadAll(path);
+        EXPECT_EQ(why(path), LoadResult::Loaded);
+        EXPECT_EQ(why(FixturePath("no such file")), LoadResult::NoFile);
+        EXPECT_EQ(why(std::wstring(L"no such file")), LoadResult::NoFile);
+        for (const std::string other : kPictures) {
+            EXPECT_EQ(why(FixturePath(other)), other == file ? LoadResult::Loaded : LoadResult::NotThisKind);
+        }
+        EXPECT_EQ(why(-1), LoadResult::NotThisKind);
+        EXPECT_EQ(why(MemoryFile({}).Descriptor()), LoadResult::NotThisKind);
+        for (const int size : {8, 13, 20, 30}) {
+            EXPECT_EQ(why(MemoryFile(Bytes(bytes.begin(), bytes.begin() + size)).Descriptor()), LoadResult::Damaged);
+        }
+        TestFactory none, withoutMemory;
+        none.refuse = withoutMemory.withoutMemory = true;
+        EXPECT_EQ(why(path, &none), LoadResult::NoImage);
+        EXPECT_EQ(why(path, &withoutMemory), kind == "bmp" ? LoadResult::Loaded : LoadResult::NoImage);
+    }
+    for (int result = 0; result <= static_cast<int>(LoadResult::NoMemory); ++result) {
+        EXPECT_STRNE(TextOf(LoadResult{result}), TextOf(LoadResult{-1}));
+    }
+}
+
+TEST(Loaders, TellTheSizeOfFilesByPath) {
+    for (const std::string file : kPictures) {
+        const std::string path = FixturePath(file);
+        const auto tell = [&](const auto& loader, const auto& from) {
+            Shape shape{7, 8, PixelFormat::Index1};
+            const bool told = loader.GetImageSize(from, shape.width, shape.height, shape.format);
+            EXPECT_EQ(shape.width, told ? 37U : 7U);
+            EXPECT_EQ(shape.height, told ? 23U : 8U);
+            EXPECT_EQ(shape.format, told ? PixelFormat::Bgr24 : PixelFormat::Index1);
+            return told;
+        };
+        for (const bool wide : {false, true}) {
+            const auto from = [&](const auto& loader) {
+                return wide ? tell(loader, std::wstring(path.begin(), path.end())) : tell(loader, path);
+            };
+            EXPECT_EQ(from(CDIBLoader()), Kind(file) == "bmp");
+            EXPECT_EQ(from(CPNGLoader()), Kind(file) == "png");
+            EXPECT_EQ(from(CJPEGLoader()), Kind(file) == "jpg");
+        }
+    }
+    EXPECT_EQ(SizeOf("bmp", MemoryFile(ReadAll(FixturePath("bits8rle.bmp"))).Descriptor()).width, 0U);
+}
+
 TEST(Loaders, KeepInsideTheImageThatAFactoryMakes) {
     for (const std::string file : kPictures) {
         SCOPED_TRACE(file);

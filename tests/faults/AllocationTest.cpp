@@ -30,11 +30,13 @@ TEST(AllocationFailure, LoadersGiveAllOrNothingAndCloseTheFile) {
         const Bytes whole = BlockOf(*LoadPath(Kind(name), name, nullptr));
         const unsigned long count = WithEveryAllocationFailing([&](Failure& failure) {
             ImagePtr image;
+            LoadResult result{};
             const Outcome outcome = failure.In([&] {
-                image = LoadPath(Kind(name), name, nullptr);
+                image = LoadWhy(Kind(name), name, nullptr, result);
                 return image != nullptr;
             });
             EXPECT_EQ(outcome == Outcome::True, image != nullptr);
+            EXPECT_TRUE(outcome != Outcome::False || result == LoadResult::NoMemory);
             EXPECT_TRUE(image == nullptr || BlockOf(*image) == whole);
             EXPECT_EQ(TheFile().open, 0);
         });
