@@ -7,6 +7,7 @@
 #include <new>
 #include <utility>
 
+#include "blend/CheckedRanges.h"
 #include "blend/GroupResolve.h"
 #include "blend/painting/KernelTables.h"
 
@@ -74,17 +75,20 @@ bool CPDFImageBlender::BlendOnDestination(IQorImage& source, BlendRequest<Blendi
         const std::unique_ptr<DynamicAccessor> colors = MakeConstAccessor(source);
         const auto index = static_cast<std::size_t>(mode);
         if (!colors || index >= rasterizerBlends_.size()) return false;
-        return rasterizerBlends_[index]->Blend(surface_.get(), colors.get(), &request);
+        return MayPaint(request, nullptr, source) &&
+               rasterizerBlends_[index]->Blend(surface_.get(), colors.get(), &request);
     }
     const auto kernel = pixelBlends_.find(MakeBlendKey(image_->GetPixelFormat(), source.GetPixelFormat(), mode));
-    return kernel != pixelBlends_.end() && kernel->second->Blend(image_.get(), &source, &request);
+    return kernel != pixelBlends_.end() && MayPaint(request, image_.get(), source) &&
+           kernel->second->Blend(image_.get(), &source, &request);
 }
 
 bool CPDFImageBlender::BlendInGroup(GroupState& top, IQorImage& source, BlendRequest<GroupBlendingTraits>& request,
                                     BlendMode mode) {
     const auto kernel =
         groupPixelBlends_.find(MakeBlendKey(top.image->GetPixelFormat(), source.GetPixelFormat(), mode));
-    return kernel != groupPixelBlends_.end() && kernel->second->Blend(top.image.get(), &source, &request);
+    return kernel != groupPixelBlends_.end() && MayPaint(request, top.image.get(), source) &&
+           kernel->second->Blend(top.image.get(), &source, &request);
 }
 
 bool CPDFImageBlender::BeginGroup(const std::shared_ptr<IQorImage>& image, const std::shared_ptr<void>& heldObject,

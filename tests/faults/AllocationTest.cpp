@@ -140,7 +140,7 @@ std::vector<Painted> Paintings(const std::shared_ptr<TestImage>& destination) {
          {.source = image(Rgb555), .coverage = where, .mask = image(Bgra32), .transfer = host, .mode = BlendMode{5}},
          true},
         {"shared memory",
-         {.source = std::make_shared<Window>(destination, 8, Shape{16, 8, Bgra32Premultiplied}), .coverage = where}},
+         {.source = std::make_shared<Window>(destination, 8, Shape{17, 8, Bgra32Premultiplied}), .coverage = where}},
     };
 }
 
