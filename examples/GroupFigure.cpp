@@ -76,8 +76,8 @@ void PaintEllipse(IPDFImageBlender& blender, const Color& color, const Point<int
     for (int y = -radii.y; y < radii.y; ++y) {
         const double height = (y + 0.5) / radii.y;
         const int half = static_cast<int>(std::lround(radii.x * std::sqrt(1 - height * height)));
-        Paint(blender, row, {middle.x - half, middle.y + y, middle.x + half, middle.y + y + 1},
-              {radii.x - middle.x, -middle.y - y}, 255, mode);
+        BlendRange(blender, row, {middle.x - half, middle.y + y, middle.x + half, middle.y + y + 1},
+                   {radii.x - middle.x, -middle.y - y}, 255, mode);
     }
 }
 

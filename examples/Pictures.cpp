@@ -166,8 +166,8 @@ std::shared_ptr<CQorImage> MakeSheet(int width, int height, const Color& color) 
     return sheet;
 }
 
-void Paint(IPDFImageBlender& blender, const Image& source, const Range<int, 2>& range, const Point<int, 2>& offset,
-           unsigned char alpha, BlendMode mode) {
+void BlendRange(IPDFImageBlender& blender, const Image& source, const Range<int, 2>& range, const Point<int, 2>& offset,
+                unsigned char alpha, BlendMode mode) {
     Blend(blender, source, range, offset, nullptr, nullptr, alpha, mode);
 }
 
@@ -175,7 +175,7 @@ void PaintAt(IPDFImageBlender& blender, const Image& source, const Point<int, 2>
              BlendMode mode) {
     const int right = corner.x + static_cast<int>(source->GetWidth());
     const int bottom = corner.y + static_cast<int>(source->GetHeight());
-    Paint(blender, source, {corner.x, corner.y, right, bottom}, {-corner.x, -corner.y}, alpha, mode);
+    BlendRange(blender, source, {corner.x, corner.y, right, bottom}, {-corner.x, -corner.y}, alpha, mode);
 }
 
 void PaintThrough(IPDFImageBlender& blender, const Image& source, const Image& mask,

@@ -21,17 +21,17 @@ public:
 [[nodiscard]] std::shared_ptr<vantu::CQorImage> MakeSheet(int width, int height, const vantu::Color& color);
 
 /// Paints one range of a source. @throws std::runtime_error if the blender refuses.
-void Paint(vantu::IPDFImageBlender& blender, const std::shared_ptr<vantu::IQorImage>& source,
-           const vantu::Range<int, 2>& range, const vantu::Point<int, 2>& offset, unsigned char alpha,
-           vantu::BlendMode mode);
+void BlendRange(vantu::IPDFImageBlender& blender, const std::shared_ptr<vantu::IQorImage>& source,
+                const vantu::Range<int, 2>& range, const vantu::Point<int, 2>& offset, unsigned char alpha,
+                vantu::BlendMode mode);
 
-/// Paints a source with its top left corner at `corner`. @throws as `Paint`.
+/// Paints a source with its top left corner at `corner`. @throws as `BlendRange`.
 void PaintAt(vantu::IPDFImageBlender& blender, const std::shared_ptr<vantu::IQorImage>& source,
              const vantu::Point<int, 2>& corner, unsigned char alpha, vantu::BlendMode mode);
 
 /// Paints what a mask lets through of a source of its size or more, both with their corners at `corner`. With a mask a
 /// range is a place in the source and in the mask, and the offset leads from there to what is painted on.
-/// @param transfer empty for a stencil. @throws as `Paint`.
+/// @param transfer empty for a stencil. @throws as `BlendRange`.
 void PaintThrough(vantu::IPDFImageBlender& blender, const std::shared_ptr<vantu::IQorImage>& source,
                   const std::shared_ptr<vantu::IQorImage>& mask,
                   const std::shared_ptr<vantu::IPDFTransferFunction>& transfer, const vantu::Point<int, 2>& corner,

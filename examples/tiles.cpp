@@ -60,7 +60,7 @@ void PaintLayers(const Image& image, const Point<int, 2>& origin, const std::vec
             std::min(top + static_cast<int>(layer.picture->GetHeight()), static_cast<int>(image->GetHeight()));
         const Range<int, 2> visible{std::max(left, 0), std::max(top, 0), right, bottom};
         if (visible.x0 < visible.x1 && visible.y0 < visible.y1)
-            Paint(*blender, layer.picture, visible, {-left, -top}, layer.alpha, layer.mode);
+            BlendRange(*blender, layer.picture, visible, {-left, -top}, layer.alpha, layer.mode);
     }
 }
 
