@@ -5,9 +5,10 @@
 
 /// @mainpage
 ///
-/// Exact PDF transparency compositing, image utilities and codecs. The entries are vantu::IPDFImageBlender,
-/// vantu::IPDFTransferFunction, vantu::ImageUtil, vantu::CDIBLoader, vantu::CPNGLoader, vantu::CJPEGLoader,
-/// vantu::CDIBSaver and vantu::CPNGSaver; the other names are what they are called with, or what a host implements.
+/// Exact PDF transparency compositing, image utilities and codecs. The entries are vantu::Painter,
+/// vantu::IPDFImageBlender, vantu::IPDFTransferFunction, vantu::ImageUtil, vantu::CDIBLoader, vantu::CPNGLoader,
+/// vantu::CJPEGLoader, vantu::CDIBSaver and vantu::CPNGSaver; the other names are what they are called with, or what a
+/// host implements.
 ///
 /// Everywhere: positions and sizes count pixels, y from the top of the picture; a byte of opacity or colour is 0 to
 /// 255; a failure is a false or empty result without a message, and exceptions leave only for exhausted memory and a
@@ -39,4 +40,5 @@
 #include <vantu/IRasterizer.h>
 #include <vantu/ImageUtil.h>
 #include <vantu/LoadResult.h>
+#include <vantu/Painter.h>
 #include <vantu/QorIo.h>

@@ -1,0 +1,22 @@
+#include "painter/ColorSheet.h"
+
+#include <vantu/ImageUtil.h>
+
+namespace vantu {
+
+const std::shared_ptr<IQorImage>& ColorSheet::Get(Color color, int rows) {
+    const auto same = [](const Color& a, const Color& b) {
+        return a.GetRed() == b.GetRed() && a.GetGreen() == b.GetGreen() && a.GetBlue() == b.GetBlue();
+    };
+    if (!image_) {
+        image_ = std::make_shared<CQorImage>(kWidth, kHeight, PixelFormat::Bgra32Premultiplied, 4, false);
+    }
+    color.SetAlpha(255);
+    if (!same(color, color_)) rows_ = 0;
+    color_ = color;
+    if (rows_ < rows) ImageUtil::Clear(*image_, color, {0, rows_, kWidth, rows});
+    rows_ = std::max(rows_, rows);
+    return image_;
+}
+
+}  // namespace vantu

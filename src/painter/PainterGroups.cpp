@@ -1,0 +1,158 @@
+#include <vantu/ImageUtil.h>
+
+#include <utility>
+
+#include "painter/PainterImplementation.h"
+
+namespace vantu {
+namespace {
+
+std::shared_ptr<CQorImage> MakeImage(const Rectangle& bounds, PixelFormat format) {
+    const auto length = [](int start, int end) {
+        return static_cast<unsigned int>(end) - static_cast<unsigned int>(start);
+    };
+    return std::make_shared<CQorImage>(length(bounds.x0, bounds.x1), length(bounds.y0, bounds.y1), format, 4, false);
+}
+
+Rectangle WholeOf(const IQorImage& image) {
+    return RectangleAt({0, 0}, image.GetWidth(), image.GetHeight());
+}
+
+/// The pixels of a surface as straight colours.
+std::shared_ptr<CQorImage> ReadSurface(RasterSurface& surface, const Rectangle& bounds) {
+    std::shared_ptr<CQorImage> image = MakeImage(bounds, PixelFormat::Bgra32);
+    unsigned char* pixel = image->GetPixelData();
+    for (int y = bounds.y0; y < bounds.y1; ++y) {
+        for (int x = bounds.x0; x < bounds.x1; ++x) {
+            Color color;
+            surface.GetPixel(&surface, x, y, color);
+            for (const unsigned char byte : {color.GetBlue(), color.GetGreen(), color.GetRed(), color.GetAlpha()}) {
+                *pixel++ = byte;
+            }
+        }
+    }
+    return image;
+}
+
+bool IsPlain(const Paint& paint) {
+    return paint.mode == BlendMode::Normal && paint.alpha == 255 && !paint.mask;
+}
+
+}  // namespace
+
+/// What a group starts on: the content of the level below or, if that is a knockout group, what that started on, which
+/// lies unchanged below it. @return null for a transparent start.
+const Painter::Implementation::Level* Painter::Implementation::StartOf(const GroupKind& kind) const {
+    if (kind.isolated) return nullptr;
+    auto level = levels_.rbegin();
+    for (; level->kind.knockout; ++level) {
+        if (level->kind.isolated) return nullptr;
+    }
+    return &*level;
+}
+
+PaintResult Painter::Implementation::BeginGroup(const Rectangle& bounds, const GroupKind& kind) {
+    levels_.reserve(levels_.size() + 1);
+    const Level& parent = levels_.back();
+    const Level* const start = StartOf(kind);
+    Level group;
+    group.kind = kind;
+    group.clip = clip_;
+    group.bounds = VisibleBox(bounds);
+    group.origin = {group.bounds.x0, group.bounds.y0};
+    group.refusal = parent.refusal;
+    if (group.refusal == PaintResult::Painted && IsEmpty(group.bounds)) group.refusal = PaintResult::NothingToPaint;
+    if (group.refusal == PaintResult::Painted && start != nullptr && !start->image) group.refusal = CheckPage();
+
+    PaintResult result = group.refusal;
+    if (group.refusal == PaintResult::Painted) {
+        const bool plainStart = kind.plain && !kind.isolated && !parent.kind.knockout;
+        if (plainStart && !kind.knockout) {
+            // Its elements composite with what lies below, where its result would come to lie as it is.
+            group.image = parent.image;
+            group.origin = parent.origin;
+        } else {
+            group.copiedBack = plainStart && !parent.image && PageIsCopiedExactly();
+            group.image = MakeImage(group.bounds, PixelFormat::Bgra32Premultiplied);
+            group.ownsImage = true;
+            if (start != nullptr) CopyContent(*start, group);
+            OpenInBlender(group);
+        }
+        result = PaintResult::GroupBegun;
+    }
+    levels_.push_back(std::move(group));
+    return result;
+}
+
+/// Whether pixels of the page come back from a group's image as they were.
+bool Painter::Implementation::PageIsCopiedExactly() const {
+    return page_ && (page_->GetPixelFormat() == PixelFormat::Bgr24 ||
+                     page_->GetPixelFormat() == PixelFormat::Bgra32Premultiplied);
+}
+
+void Painter::Implementation::CopyContent(const Level& from, const Level& group) const {
+    std::shared_ptr<const IQorImage> content = from.image ? from.image : page_;
+    Rectangle range = group.bounds;
+    if (from.image) range = Moved(range, from.origin);
+    if (!content) {
+        content = ReadSurface(*surface_, group.bounds);
+        range = WholeOf(*content);
+    }
+    ImageUtil::Copy(*content, range, *group.image, {0, 0});
+}
+
+void Painter::Implementation::OpenInBlender(const Level& group) {
+    const bool keepBackdrop = group.kind.isolated || group.copiedBack;
+    blender_->BeginGroup(group.image, nullptr, group.kind.knockout, keepBackdrop, false);
+    // The group notes these two empty ranges as one, the box of both: its whole image. Each range that is painted later
+    // is joined to it, so that every pixel is resolved once.
+    const Rectangle whole = WholeOf(*group.image);
+    try {
+        ranges_->ranges = {{0, 0, 0, whole.y1}, {0, 0, whole.x1, 0}};
+        blender_->Blend(group.image, ranges_, {0, 0}, nullptr, nullptr, {0, 0}, 255, BlendMode::Normal, painted_);
+    } catch (...) {
+        blender_->EndGroup();
+        throw;
+    }
+}
+
+PaintResult Painter::Implementation::EndGroup(const Paint& paint) {
+    if (levels_.size() == 1) return PaintResult::NoGroup;
+    const Level group = std::move(levels_.back());
+    levels_.pop_back();
+    clip_ = group.clip;
+    if (group.ownsImage) blender_->EndGroup();
+    if (group.refusal != PaintResult::Painted) return group.refusal;
+
+    PaintResult result = PaintResult::NothingToPaint;
+    if (group.painted && !group.ownsImage) {
+        levels_.back().painted = true;
+        result = PaintResult::Painted;
+    } else if (group.painted && group.copiedBack) {
+        result = CopyBack(group);
+    } else if (group.painted) {
+        result = Draw(group.image, group.origin, group.kind.plain ? Paint{} : paint);
+    }
+    return group.kind.plain && !IsPlain(paint) ? PaintResult::PlainGroup : result;
+}
+
+/// Puts the group's image in the page's place, as far as the clip allows.
+PaintResult Painter::Implementation::CopyBack(const Level& group) {
+    const PaintResult refusal = CheckPage();
+    if (refusal != PaintResult::Painted) return refusal;
+    ranges_->ranges.clear();
+    shape_.assign(1, group.bounds);
+    AddVisible(shape_, group.bounds);
+    for (const Rectangle& r : ranges_->ranges) {
+        // Copy does nothing where the target's position is beyond the end of the source's range, so the target is a
+        // view that starts there.
+        ImageView target;
+        target.Show(*page_, static_cast<unsigned int>(r.x0), static_cast<unsigned int>(r.y0),
+                    static_cast<unsigned int>(r.y1 - r.y0), nullptr);
+        ImageUtil::Copy(*group.image, Moved(r, group.origin), target, {0, 0});
+    }
+    levels_.back().painted = true;
+    return PaintResult::Painted;
+}
+
+}  // namespace vantu

@@ -1,0 +1,233 @@
+#include "painter/PainterImplementation.h"
+
+#include <array>
+
+namespace vantu {
+namespace {
+
+/// A blender asks for a rasterizer even if it paints on an image.
+class SurfaceHolder : public IRasterizer {
+public:
+    explicit SurfaceHolder(std::shared_ptr<RasterSurface> surface) : surface_(std::move(surface)) {}
+    std::shared_ptr<RasterSurface> GetRasterSurface() override { return surface_; }
+
+private:
+    std::shared_ptr<RasterSurface> surface_;
+};
+
+/// Whether an image's pixels can be reached. Its format is one.
+PaintResult CheckPixels(const IQorImage& image) {
+    const unsigned int bits = BitsPerPixel(image.GetPixelFormat());
+    if (std::uint64_t{image.GetWidth()} * bits + 8 * (image.GetAlignment() + 1U) >= 1U << 31) {
+        return PaintResult::TooWide;
+    }
+    return image.GetPixelData() == nullptr ? PaintResult::NoPixels : PaintResult::Painted;
+}
+
+bool IsStencil(const Paint& paint) {
+    const IPDFTransferFunction* const transfer = paint.maskTransfer.get();
+    return paint.mask->GetPixelFormat() == PixelFormat::Index1 &&
+           (transfer == nullptr || (transfer->GetType() == IPDFTransferFunction::Type::Identity &&
+                                    transfer->GetSourceType() == IPDFTransferFunction::SourceType::Alpha));
+}
+
+bool MayHaveClearPixels(PixelFormat format) {
+    return format != PixelFormat::Rgb565 && format != PixelFormat::Rgb555 && format != PixelFormat::Bgr24;
+}
+
+/// The last position of a step of `length` from `start`, or `end` if that comes first.
+int StepEnd(int start, int length, int end) {
+    return std::int64_t{end} - start > length ? start + length : end;
+}
+
+/// The parts of `outer` around `inner`, which lies in it: above, below, left, right.
+std::array<Rectangle, 4> Around(const Rectangle& outer, const Rectangle& inner) {
+    if (IsEmpty(inner)) return {outer};
+    return {Rectangle{outer.x0, outer.y0, outer.x1, inner.y0}, Rectangle{outer.x0, inner.y1, outer.x1, outer.y1},
+            Rectangle{outer.x0, inner.y0, inner.x0, inner.y1}, Rectangle{inner.x1, inner.y0, outer.x1, inner.y1}};
+}
+
+/// Stands for no mask and no function in a `Blend`.
+const std::shared_ptr<IQorImage> kNoMask;
+const std::shared_ptr<IPDFTransferFunction> kNoTransfer;
+
+}  // namespace
+
+Painter::Implementation::Implementation(std::shared_ptr<IQorImage> page, std::shared_ptr<RasterSurface> surface,
+                                        const Rectangle& bounds)
+    : page_(std::move(page)), surface_(std::move(surface)) {
+    std::shared_ptr<IRasterizer> rasterizer = std::make_shared<SurfaceHolder>(surface_);
+    blender_ = IPDFImageBlender::Create(rasterizer, page_);
+    Level& level = levels_.emplace_back();
+    level.bounds = page_ ? RectangleAt({0, 0}, page_->GetWidth(), page_->GetHeight()) : bounds;
+    level.refusal = CheckPage();
+}
+
+void Painter::Implementation::SetClip(const std::vector<Rectangle>& rectangles) {
+    auto clip = std::make_shared<Clip>();
+    clip->bands = ToBands(rectangles);
+    clip->box = BoundingBox(clip->bands);
+    clip_ = std::move(clip);
+}
+
+PaintResult Painter::Implementation::CheckPage() const {
+    if (surface_) return PaintResult::Painted;
+    if (!page_) return PaintResult::NoPixels;
+    const PixelFormat format = page_->GetPixelFormat();
+    return BitsPerPixel(format) < 16 ? PaintResult::TargetFormat : CheckPixels(*page_);
+}
+
+PaintResult Painter::Implementation::CheckPaint(const Paint& paint) const {
+    if (static_cast<unsigned int>(paint.mode) >= kBlendModeCount) return PaintResult::NoSuchMode;
+    if (!paint.mask) return PaintResult::Painted;
+    if (BitsPerPixel(paint.mask->GetPixelFormat()) == 0) return PaintResult::MaskFormat;
+    if (!paint.maskTransfer && !IsStencil(paint)) return PaintResult::MaskWithoutFunction;
+    return CheckPixels(*paint.mask);
+}
+
+PaintResult Painter::Implementation::CheckPicture(const IQorImage* picture) const {
+    if (picture == nullptr) return PaintResult::NoPixels;
+    const PixelFormat format = picture->GetPixelFormat();
+    const bool painted = OnSurface() ? BitsPerPixel(format) != 0
+                                     : format >= PixelFormat::Rgb555 && format <= PixelFormat::Bgra32Inverted;
+    return painted ? CheckPixels(*picture) : PaintResult::SourceFormat;
+}
+
+Rectangle Painter::Implementation::VisibleBox(const Rectangle& rectangle) const {
+    const Rectangle box = Intersection(rectangle, levels_.back().bounds);
+    return clip_ ? Intersection(box, clip_->box) : box;
+}
+
+PaintResult Painter::Implementation::Draw(const std::shared_ptr<IQorImage>& picture, const Point<int, 2>& at,
+                                          const Paint& paint) {
+    PaintResult refusal = levels_.back().refusal;
+    if (refusal == PaintResult::Painted) refusal = CheckPicture(picture.get());
+    if (refusal == PaintResult::Painted) refusal = CheckPaint(paint);
+    if (refusal != PaintResult::Painted) return refusal;
+    const Rectangle whole = RectangleAt(at, picture->GetWidth(), picture->GetHeight());
+    shape_.assign(1, whole);
+    const Source source{picture, at, MayHaveClearPixels(picture->GetPixelFormat()), paint.alpha};
+    return PaintShape(source, shape_, VisibleBox(whole), paint);
+}
+
+PaintResult Painter::Implementation::Fill(std::span<const Rectangle> rectangles, const Color& color,
+                                          const Paint& paint) {
+    PaintResult refusal = levels_.back().refusal;
+    if (refusal == PaintResult::Painted) refusal = CheckPaint(paint);
+    if (refusal != PaintResult::Painted) return refusal;
+    if (AreBands(rectangles)) {
+        shape_.assign(rectangles.begin(), rectangles.end());
+    } else {
+        shape_ = ToBands(rectangles);
+    }
+    const Rectangle box = VisibleBox(BoundingBox(shape_));
+    const auto alpha = static_cast<unsigned char>(paint.alpha * color.GetAlpha() / 255);
+    PaintResult result = PaintResult::NothingToPaint;
+    for (int y = box.y0; y < box.y1;) {
+        const int bottom = StepEnd(y, ColorSheet::kHeight, box.y1);
+        for (int x = box.x0; x < box.x1;) {
+            const int right = StepEnd(x, ColorSheet::kWidth, box.x1);
+            const Source source{sheet_.Get(color, bottom - y), {x, y}, false, alpha};
+            const PaintResult part = PaintShape(source, shape_, {x, y, right, bottom}, paint);
+            if (part == PaintResult::NoPixels) return part;
+            if (part == PaintResult::Painted) result = part;
+            x = right;
+        }
+        y = bottom;
+    }
+    return result;
+}
+
+/// Paints what can be seen of a shape in a box, which lies in the visible part of the page, first inside the mask.
+PaintResult Painter::Implementation::PaintShape(const Source& source, const Bands& shape, const Rectangle& box,
+                                                const Paint& paint) {
+    if (source.alpha == 0 || IsEmpty(box)) return PaintResult::NothingToPaint;
+    bool some = false;
+    Rectangle inside{};
+    if (paint.mask) {
+        const IQorImage& mask = *paint.mask;
+        inside = Intersection(box, RectangleAt(paint.maskAt, mask.GetWidth(), mask.GetHeight()));
+        ranges_->ranges.clear();
+        if (!IsEmpty(inside)) AddVisible(shape, inside);
+        if (!ranges_->ranges.empty()) {
+            if (!BlendInside(source, inside, paint)) return PaintResult::NoPixels;
+            some = !ranges_->ranges.empty();
+        }
+    }
+    if (!paint.mask || paint.outsideMask) {
+        ranges_->ranges.clear();
+        for (const Rectangle& part : Around(box, inside)) {
+            if (!IsEmpty(part)) AddVisible(shape, part);
+        }
+        if (!ranges_->ranges.empty()) {
+            if (!BlendUnmasked(source, paint)) return PaintResult::NoPixels;
+            some = some || !ranges_->ranges.empty();
+        }
+    }
+    if (!some) return PaintResult::NothingToPaint;
+    levels_.back().painted = true;
+    return PaintResult::Painted;
+}
+
+/// Adds what can be seen of a shape in a box to the ranges.
+void Painter::Implementation::AddVisible(const Bands& shape, const Rectangle& box) {
+    if (!clip_) {
+        AppendIntersection(shape, box, ranges_->ranges);
+        return;
+    }
+    visible_.clear();
+    AppendIntersection(shape, box, visible_);
+    for (const Rectangle& r : visible_) AppendIntersection(clip_->bands, r, ranges_->ranges);
+}
+
+/// Without a mask a range is a place in the target, also where a group notes it.
+bool Painter::Implementation::BlendUnmasked(const Source& source, const Paint& paint) {
+    const Level& level = levels_.back();
+    const Point<int, 2> offset = Difference(level.origin, source.at);
+    for (Rectangle& r : ranges_->ranges) r = Moved(r, level.origin);
+    if (level.kind.knockout && source.hasAlpha) {
+        elementShape_.CutToPicture(ranges_->ranges, *source.image, Difference(source.at, level.origin));
+    }
+    if (ranges_->ranges.empty()) return true;
+    return blender_->Blend(source.image, ranges_, offset, kNoMask, kNoTransfer, {0, 0}, source.alpha, paint.mode,
+                           painted_);
+}
+
+/// Paints the ranges, which lie inside the mask.
+bool Painter::Implementation::BlendInside(const Source& source, const Rectangle& box, const Paint& paint) {
+    // A stencil leaves alphas out in groups, and with Normal at full alpha it copies clear pixels. There it is taken
+    // for the runs of pixels that it paints.
+    const bool copies = source.hasAlpha && source.alpha == 255 && paint.mode == BlendMode::Normal;
+    if (!IsStencil(paint) || !(levels_.back().image || copies)) return BlendMasked(source, box, paint);
+    elementShape_.CutToStencil(ranges_->ranges, *paint.mask, paint.maskAt);
+    return BlendUnmasked(source, paint);
+}
+
+/// With a mask a range is a place in the source, and the target lies at the range plus the offset. A group notes the
+/// range all the same, so it must lie in the group's image: it counts from the box, which does.
+bool Painter::Implementation::BlendMasked(const Source& source, const Rectangle& box, const Paint& paint) {
+    const Level& level = levels_.back();
+    const auto height = static_cast<unsigned int>(box.y1) - static_cast<unsigned int>(box.y0);
+    // Shows an image from the box on, or from the start of that byte. @return how many pixels before the box.
+    const auto show = [&](ImageView& view, const IQorImage& image, const Point<int, 2>& at) {
+        const auto [x, y] = Difference({box.x0, box.y0}, at);
+        const auto column = static_cast<unsigned int>(x);
+        const unsigned int early = BitsPerPixel(image.GetPixelFormat()) < 8 ? column % 8 : 0;
+        view.Show(image, column - early, static_cast<unsigned int>(y), height, image.GetPalette());
+        return static_cast<int>(early);
+    };
+    const int maskEarly = show(*maskView_, *paint.mask, paint.maskAt);
+    const int sourceEarly = show(*sourceView_, *source.image, source.at);
+    const Point<int, 2> start{box.x0 - sourceEarly, box.y0};
+    const Point<int, 2> maskOffset{sourceEarly - maskEarly, 0};
+    for (Rectangle& r : ranges_->ranges) r = Moved(r, start);
+    if (level.kind.knockout) {
+        if (source.hasAlpha) elementShape_.CutToPicture(ranges_->ranges, *sourceView_, {0, 0});
+        elementShape_.CutToMask(ranges_->ranges, *maskView_, maskOffset, *paint.maskTransfer);
+        if (ranges_->ranges.empty()) return true;
+    }
+    return blender_->Blend(sourceView_, ranges_, Difference(start, level.origin), maskView_, paint.maskTransfer,
+                           maskOffset, source.alpha, paint.mode, painted_);
+}
+
+}  // namespace vantu

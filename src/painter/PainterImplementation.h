@@ -1,0 +1,94 @@
+#pragma once
+
+#include <vantu/CQorImage.h>
+#include <vantu/IPDFImageBlender.h>
+#include <vantu/Painter.h>
+
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "painter/ColorSheet.h"
+#include "painter/ElementShape.h"
+#include "painter/ImageView.h"
+#include "painter/RangeList.h"
+#include "painter/Rectangles.h"
+
+namespace vantu {
+
+/// A painter: a blender, the page and the stack of open groups on it.
+class Painter::Implementation {
+public:
+    Implementation(std::shared_ptr<IQorImage> page, std::shared_ptr<RasterSurface> surface, const Rectangle& bounds);
+
+    void SetClip(const std::vector<Rectangle>& rectangles);
+    void ClearClip() { clip_ = nullptr; }
+    PaintResult Draw(const std::shared_ptr<IQorImage>& picture, const Point<int, 2>& at, const Paint& paint);
+    PaintResult Fill(std::span<const Rectangle> rectangles, const Color& color, const Paint& paint);
+    PaintResult BeginGroup(const Rectangle& bounds, const GroupKind& kind);
+    PaintResult EndGroup(const Paint& paint);
+    [[nodiscard]] std::size_t GroupDepth() const { return levels_.size() - 1; }
+
+private:
+    struct Clip {
+        Bands bands;
+        Rectangle box;
+    };
+
+    /// The page, or an open group.
+    struct Level {
+        std::shared_ptr<IQorImage> image;            ///< what is painted on; empty for the page
+        Point<int, 2> origin{0, 0};                  ///< where pixel (0, 0) of what is painted on lies on the page
+        Rectangle bounds{};                          ///< what can be painted, on the page
+        PaintResult refusal = PaintResult::Painted;  ///< why nothing can be, if so
+        GroupKind kind;
+        bool ownsImage = false;            ///< not the one below it: a group is open in the blender
+        bool copiedBack = false;           ///< the image takes the page's place at the end
+        bool painted = false;              ///< something was
+        std::shared_ptr<const Clip> clip;  ///< that held before the group
+    };
+
+    /// What colours are taken from.
+    struct Source {
+        const std::shared_ptr<IQorImage>& image;
+        Point<int, 2> at;  ///< its top left corner on the page
+        bool hasAlpha;
+        unsigned char alpha;  ///< constant alpha
+    };
+
+    [[nodiscard]] PaintResult CheckPage() const;
+    [[nodiscard]] PaintResult CheckPaint(const Paint& paint) const;
+    [[nodiscard]] PaintResult CheckPicture(const IQorImage* picture) const;
+    [[nodiscard]] bool OnSurface() const { return surface_ != nullptr && !levels_.back().image; }
+    [[nodiscard]] Rectangle VisibleBox(const Rectangle& rectangle) const;
+
+    PaintResult PaintShape(const Source& source, const Bands& shape, const Rectangle& box, const Paint& paint);
+    void AddVisible(const Bands& shape, const Rectangle& box);
+    bool BlendUnmasked(const Source& source, const Paint& paint);
+    bool BlendInside(const Source& source, const Rectangle& box, const Paint& paint);
+    bool BlendMasked(const Source& source, const Rectangle& box, const Paint& paint);
+
+    [[nodiscard]] const Level* StartOf(const GroupKind& kind) const;
+    [[nodiscard]] bool PageIsCopiedExactly() const;
+    void CopyContent(const Level& from, const Level& group) const;
+    void OpenInBlender(const Level& group);
+    PaintResult CopyBack(const Level& group);
+
+    std::shared_ptr<IQorImage> page_;  ///< empty on a surface
+    std::shared_ptr<RasterSurface> surface_;
+    std::shared_ptr<IPDFImageBlender> blender_;
+    std::shared_ptr<const Clip> clip_;  ///< empty for none
+    std::vector<Level> levels_;         ///< the page, and above it the open groups
+
+    // Kept from call to call for their memory.
+    std::shared_ptr<RangeList> ranges_ = std::make_shared<RangeList>();
+    std::shared_ptr<IPDFImageBlender::Coverage> painted_;
+    std::shared_ptr<ImageView> sourceView_ = std::make_shared<ImageView>();
+    std::shared_ptr<ImageView> maskView_ = std::make_shared<ImageView>();
+    Bands shape_;
+    std::vector<Rectangle> visible_;
+    ColorSheet sheet_;
+    ElementShape elementShape_;
+};
+
+}  // namespace vantu
