@@ -1,0 +1,72 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include "Qpdf.h"
+
+#include "FontFile.h"
+#include "Geometry.h"
+#include "Notes.h"
+#include "Path.h"
+
+namespace pdf {
+
+// One glyph of a text.
+struct Glyph {
+    const Path* outline = nullptr;  // one unit an em; lives as long as the font. Null of a Type 3 glyph and of none
+    QPDFObjectHandle content;       // of a Type 3 glyph; else null
+    PointD advance;                 // in ems, to the right or down
+    PointD origin;                  // of the glyph on the line, in ems
+    bool isSpace = false;           // whether word spacing counts
+};
+
+// A font as text uses it. One thread at a time.
+class Font {
+public:
+    virtual ~Font() = default;
+    Font(const Font&) = delete;
+    Font& operator=(const Font&) = delete;
+
+    // The glyph at a position of a text; moves the position behind its code. REQUIRES: position < text.size().
+    virtual Glyph Next(const std::string& text, std::size_t& position) const = 0;
+
+    // From the space of outlines and contents to ems.
+    [[nodiscard]] virtual Matrix ToEms() const { return {}; }
+    // Resources of Type 3 glyphs; null for those of the page.
+    [[nodiscard]] virtual QPDFObjectHandle Resources() const { return QPDFObjectHandle::newNull(); }
+    [[nodiscard]] virtual bool IsVertical() const { return false; }
+
+protected:
+    Font() = default;
+};
+
+// The fonts of a document, each made once. One thread at a time.
+class FontCache {
+public:
+    FontCache() : library_(OpenFreeType()) {}
+
+    // The font of a dictionary; empty if nothing can be painted with it, which is noted.
+    std::shared_ptr<const Font> Get(QPDFObjectHandle dictionary, Notes& notes);
+
+private:
+    std::shared_ptr<const Font> Make(QPDFObjectHandle dictionary, Notes& notes);
+
+    std::shared_ptr<FT_LibraryRec_> library_;
+    std::map<QPDFObjGen, std::shared_ptr<const Font>> fonts_;
+};
+
+// The program of a font: the one in the file, or else a font of the system with the same widths, which is noted.
+// @param font a simple font's dictionary, or that of a composite font's descendant.
+// @return empty if there is neither.
+std::unique_ptr<FontFile> OpenFontFile(QPDFObjectHandle font, const std::shared_ptr<FT_LibraryRec_>& library,
+                                       Notes& notes);
+
+// Whether the program of a font is in the file.
+bool IsEmbedded(QPDFObjectHandle font);
+
+// The font of a composite font's dictionary; empty if it has no program.
+std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary,
+                                              const std::shared_ptr<FT_LibraryRec_>& library, Notes& notes);
+
+}  // namespace pdf
