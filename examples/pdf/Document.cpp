@@ -1,6 +1,5 @@
 #include "Document.h"
 
-#include <qpdf/QPDFPageObjectHelper.hh>
 #include <stdexcept>
 
 #include "Objects.h"
@@ -11,6 +10,7 @@ namespace {
 
 constexpr double kMostPixels = 1 << 28;
 constexpr double kPointsPerInch = 72;
+constexpr int kDeepestTree = 64;
 const Box kLetter{0, 0, 612, 792};
 
 }  // namespace
@@ -30,10 +30,18 @@ Document::Document(const std::string& path) {
     forEach(Entry(byDefault, "/OFF"), [this](QPDFObjGen group) { hiddenGroups_.insert(group); });
 }
 
+QPDFObjectHandle Document::Inherited(int number, const std::string& key) const {
+    QPDFObjectHandle node = Page(number);
+    for (int depth = 0; depth < kDeepestTree; ++depth, node = Entry(node, "/Parent")) {
+        const QPDFObjectHandle value = Entry(node, key);
+        if (!QPDFObjectHandle(value).isNull()) return value;
+    }
+    return QPDFObjectHandle::newNull();
+}
+
 PageGeometry Document::Geometry(int number, double dotsPerInch) const {
-    QPDFPageObjectHelper page(Page(number));
-    const Box media = ToBox(page.getAttribute("/MediaBox", false), kLetter);
-    Box crop = ToBox(page.getAttribute("/CropBox", false), media);
+    const Box media = ToBox(Inherited(number, "/MediaBox"), kLetter);
+    Box crop = ToBox(Inherited(number, "/CropBox"), media);
     crop = {std::max(crop.x0, media.x0), std::max(crop.y0, media.y0), std::min(crop.x1, media.x1),
             std::min(crop.y1, media.y1)};
     if (crop.IsEmpty()) crop = media.IsEmpty() ? kLetter : media;
@@ -41,7 +49,7 @@ PageGeometry Document::Geometry(int number, double dotsPerInch) const {
     const double scale = dotsPerInch / kPointsPerInch * ToNumber(Entry(Page(number), "/UserUnit"), 1);
     const double width = (crop.x1 - crop.x0) * scale;
     const double height = (crop.y1 - crop.y0) * scale;
-    const int quarterTurns = (ToInteger(page.getAttribute("/Rotate", false), 0) / 90 % 4 + 4) % 4;
+    const int quarterTurns = (ToInteger(Inherited(number, "/Rotate"), 0) / 90 % 4 + 4) % 4;
     const bool isTurned = quarterTurns % 2 != 0;
     // A page of 595.276 points has 596 columns at 72 dots an inch, one of 612.0000001 has 612.
     const double columns = std::max(1.0, std::ceil((isTurned ? height : width) - 1e-3));
@@ -53,6 +61,12 @@ PageGeometry Document::Geometry(int number, double dotsPerInch) const {
     const Matrix turns[] = {
         {1, 0, 0, -1, 0, height}, {0, 1, 1, 0, 0, 0}, {-1, 0, 0, 1, width, 0}, {0, -1, -1, 0, height, width}};
     return {Concat(scaled, turns[quarterTurns]), {0, 0, static_cast<int>(columns), static_cast<int>(rows)}};
+}
+
+QPDFObjectHandle Document::MakeStream(QPDFObjectHandle dictionary, const std::string& data) {
+    QPDFObjectHandle stream = QPDFObjectHandle::newStream(&file_, data);
+    stream.replaceDict(dictionary);
+    return stream;
 }
 
 bool Document::IsShown(QPDFObjectHandle group) const {

@@ -26,6 +26,9 @@ public:
     // The dictionary of a page. REQUIRES: 0 <= number < PageCount().
     [[nodiscard]] QPDFObjectHandle Page(int number) const { return pages_[static_cast<std::size_t>(number)]; }
 
+    // An entry of a page, or of what it stands below.
+    [[nodiscard]] QPDFObjectHandle Inherited(int number, const std::string& key) const;
+
     // How a page lies on pixels: its crop box inside its media box, turned by its rotation, scaled by its user unit.
     // @param dotsPerInch pixels an inch.
     // @throws std::runtime_error if the page would be larger than 2^28 pixels.
@@ -34,6 +37,9 @@ public:
     // Whether the content of an optional content group, or of a membership of several, is shown by default.
     // @param group the entry OC of an object, or what the operator BDC names; anything else is shown.
     [[nodiscard]] bool IsShown(QPDFObjectHandle group) const;
+
+    // A stream of this document that is not in its file.
+    QPDFObjectHandle MakeStream(QPDFObjectHandle dictionary, const std::string& data);
 
 private:
     QPDF file_;

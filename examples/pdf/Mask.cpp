@@ -59,13 +59,17 @@ Mask Intersect(const Mask& a, const Mask& b) {
     return out;
 }
 
-Mask Subtract(const Mask& a, const Mask& b) {
-    if (IsEmpty(Intersect(a.box, b.box))) return a;
-    Mask out = MakeMask(a.box);
-    for (int y = a.box.y0; y < a.box.y1; ++y) {
+Mask UnderStroke(const Mask& fill, const Mask& stroke, double strokeAlpha) {
+    if (IsEmpty(Intersect(fill.box, stroke.box))) return fill;
+    Mask out = MakeMask(fill.box);
+    for (int y = fill.box.y0; y < fill.box.y1; ++y) {
         unsigned char* const row = RowOf(out, y);
-        for (int x = a.box.x0; x < a.box.x1; ++x)
-            row[x - a.box.x0] = Product(SampleAt(a, x, y), 255U - SampleAt(b, x, y));
+        for (int x = fill.box.x0; x < fill.box.x1; ++x) {
+            const double s = SampleAt(stroke, x, y) / 255.0;
+            // f (1 - s) / (1 - a s); a fill under nothing but stroke is not seen
+            const double part = s < 1 ? SampleAt(fill, x, y) * (1 - s) / (1 - strokeAlpha * s) : 0;
+            row[x - fill.box.x0] = static_cast<unsigned char>(std::lround(part));
+        }
     }
     return out;
 }

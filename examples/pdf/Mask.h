@@ -28,7 +28,8 @@ unsigned char SampleAt(const Mask& mask, int x, int y);
 // What lies in both: round(a * b / 255) in each pixel.
 Mask Intersect(const Mask& a, const Mask& b);
 
-// What of `a` is not in `b`: round(a * (255 - b) / 255) in each pixel.
-Mask Subtract(const Mask& a, const Mask& b);
+// The part of a fill through which it is painted before its stroke, so that the two are one object that shows the
+// backdrop once: with f, s the two coverages and a the stroke's alpha, f (1 - s) / (1 - a s) in each pixel.
+Mask UnderStroke(const Mask& fill, const Mask& stroke, double strokeAlpha);
 
 }  // namespace pdf

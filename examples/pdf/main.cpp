@@ -1,24 +1,136 @@
-// pdf FILE.pdf: says how many pages a file has and how large each is in pixels of 1/72 inch.
+// pdf FILE.pdf [-p PAGE or FIRST-LAST] [-r DPI] [-o OUT.png] [-j THREADS] [--calls]: paints pages of a PDF file on
+// white, one PNG file a page. Of several pages the number stands before the .png. What is left out or replaced is said
+// at the end; --calls also prints what the pages asked of the library.
 
+#include <unistd.h>
+#include <vantu/CPNGSaver.h>
+
+#include <charconv>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <stdexcept>
+#include <string_view>
 
-#include "Document.h"
+#include "PagePainter.h"
+
+namespace {
+
+constexpr const char* kUsage =
+    "usage: pdf FILE.pdf [-p PAGE or FIRST-LAST] [-r DPI] [-o OUT.png] [-j THREADS] [--calls]\n";
+constexpr int kMostThreads = 64;
+constexpr double kMostDotsPerInch = 10000;
+
+struct Arguments {
+    std::string file;
+    std::string out;
+    int first = 1;
+    int last = 0;  // 0 for the last page of the file
+    double dotsPerInch = 72;
+    int threads = 1;
+    bool printsCalls = false;
+};
+
+template <typename Value>
+Value Parse(std::string_view text, Value least, Value most) {
+    Value value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc{} || end != text.data() + text.size() || !(value >= least && value <= most))
+        throw std::invalid_argument("\"" + std::string(text) + "\" is no number that can stand here");
+    return value;
+}
+
+void ParsePages(std::string_view text, Arguments& arguments) {
+    const std::size_t dash = text.find('-');
+    const int most = std::numeric_limits<int>::max();
+    arguments.first = Parse(text.substr(0, dash), 1, most);
+    arguments.last = dash == std::string_view::npos ? arguments.first : Parse(text.substr(dash + 1), 1, most);
+}
+
+// @throws std::invalid_argument
+Arguments ParseArguments(int argc, char** argv) {
+    Arguments arguments;
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view option = argv[i];
+        if (option == "--calls") {
+            arguments.printsCalls = true;
+        } else if (option.empty() || option[0] != '-') {
+            if (!arguments.file.empty()) throw std::invalid_argument("one file at a time");
+            arguments.file = option;
+        } else {
+            if (++i == argc) throw std::invalid_argument(std::string(option) + " needs a value");
+            if (option == "-p")
+                ParsePages(argv[i], arguments);
+            else if (option == "-r")
+                arguments.dotsPerInch = Parse(argv[i], 1.0, kMostDotsPerInch);
+            else if (option == "-o")
+                arguments.out = argv[i];
+            else if (option == "-j")
+                arguments.threads = Parse(argv[i], 1, kMostThreads);
+            else
+                throw std::invalid_argument("there is no option " + std::string(option));
+        }
+    }
+    if (arguments.file.empty()) throw std::invalid_argument("no file is named");
+    return arguments;
+}
+
+// The name of a page's picture.
+std::string NameOf(const Arguments& arguments, int page, bool isOneOfMany) {
+    std::string name = arguments.out;
+    if (name.empty()) name = arguments.file.substr(arguments.file.find_last_of('/') + 1) + ".png";
+    if (!isOneOfMany) return name;
+    const std::string extension = ".png";
+    if (name.ends_with(extension)) name.erase(name.size() - extension.size());
+    return name + "-" + std::to_string(page) + extension;
+}
+
+void PaintPages(const Arguments& arguments) {
+    std::vector<std::unique_ptr<pdf::PagePainter>> painters;
+    for (int i = 0; i < arguments.threads; ++i) painters.push_back(std::make_unique<pdf::PagePainter>(arguments.file));
+    const int count = painters.front()->GetDocument().PageCount();
+    const int last = arguments.last == 0 ? count : arguments.last;
+    if (arguments.first > last || last > count)
+        throw std::runtime_error("the file has pages 1 to " + std::to_string(count));
+
+    const bool isMany = last > arguments.first;
+    const bool showsProgress = isMany && isatty(STDERR_FILENO) != 0;
+    for (int page = arguments.first; page <= last; ++page) {
+        if (showsProgress) std::cerr << "\rpage " << page << " of " << last << std::flush;
+        const std::string name = NameOf(arguments, page, isMany);
+        const auto image = pdf::PaintPage(painters, page - 1, arguments.dotsPerInch);
+        if (!vantu::CPNGSaver().Save(*image, name)) throw std::runtime_error("cannot write " + name);
+    }
+    if (showsProgress) std::cerr << '\n';
+
+    // Each band meets the same content, but for what it need not look into.
+    std::map<std::string, unsigned long> notes;
+    for (const auto& painter : painters) {
+        for (const auto& [text, times] : painter->GetNotes().Counts()) notes[text] = std::max(notes[text], times);
+    }
+    for (const auto& [text, times] : notes)
+        std::cerr << text << (times > 1 ? " (" + std::to_string(times) + " times)" : "") << '\n';
+    if (!arguments.printsCalls) return;
+    for (std::size_t i = 0; i < painters.size(); ++i) {
+        if (painters.size() > 1) std::cout << "thread " << i + 1 << '\n';
+        painters[i]->GetCalls().Print(std::cout);
+    }
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: pdf FILE.pdf\n";
+    Arguments arguments;
+    try {
+        arguments = ParseArguments(argc, argv);
+    } catch (const std::invalid_argument& error) {
+        std::cerr << "pdf: " << error.what() << '\n' << kUsage;
         return EXIT_FAILURE;
     }
     try {
-        const pdf::Document document(argv[1]);
-        for (int number = 0; number < document.PageCount(); ++number) {
-            const pdf::Pixels area = document.Geometry(number, 72).area;
-            std::cout << "page " << number + 1 << ": " << area.x1 << " x " << area.y1 << " pixels\n";
-        }
+        PaintPages(arguments);
     } catch (const std::exception& error) {
-        std::cerr << "pdf: cannot read " << argv[1] << ": " << error.what() << '\n';
+        std::cerr << "pdf: " << arguments.file << ": " << error.what() << '\n';
         return EXIT_FAILURE;
     }
     return EXIT_SUCCESS;

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <vantu/BlendMode.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+#include "Qpdf.h"
+
+#include "ColorSpaces.h"
+#include "Mask.h"
+#include "Outlines.h"
+
+namespace pdf {
+
+class Font;
+
+// What a fill or a stroke is painted with.
+struct Ink {
+    std::shared_ptr<const ColorSpace> space;
+    std::vector<double> components;
+    QPDFObjectHandle pattern;  // null unless the space is one of patterns
+    double alpha = 1;
+};
+
+// A soft mask as ExtGState names it. Its picture is made when it is first needed and shared by all states that have it.
+struct SoftMask {
+    QPDFObjectHandle dictionary;
+    Matrix toDevice;           // when it was set
+    std::optional<Mask> mask;  // once it is made
+};
+
+struct TextState {
+    std::shared_ptr<const Font> font;
+    double size = 0;
+    double characterSpacing = 0;
+    double wordSpacing = 0;
+    double horizontalScale = 1;
+    double leading = 0;
+    double rise = 0;
+    int renderMode = 0;
+    bool knockout = true;  // the glyphs of a string are one object
+};
+
+// What q saves and Q restores.
+struct GraphicsState {
+    Matrix toDevice;
+    Mask clip;
+    Ink fill;
+    Ink stroke;
+    StrokeStyle line;
+    vantu::BlendMode mode = vantu::BlendMode::Normal;
+    std::shared_ptr<SoftMask> softMask;  // empty for none
+    TextState text;
+};
+
+// What a page, a soft mask's group and a tile start with: black, opaque, nothing clipped away.
+// @param toDevice from their own space. @param visible the pixels that can be painted on.
+GraphicsState InitialState(const Matrix& toDevice, const Pixels& visible);
+
+}  // namespace pdf

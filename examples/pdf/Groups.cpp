@@ -1,0 +1,146 @@
+#include <vantu/CQorImage.h>
+
+#include <array>
+
+#include "Functions.h"
+#include "Interpreter.h"
+#include "Objects.h"
+#include "Transparency.h"
+
+namespace pdf {
+
+namespace {
+
+constexpr double kMost = 255;
+constexpr unsigned int kBytesPerPixel = 4;
+const Box kEverywhere{-1e6, -1e6, 1e6, 1e6};
+
+bool IsTransparencyGroup(QPDFObjectHandle form) {
+    return ToName(Entry(Entry(form, "/Group"), "/S")) == "/Transparency";
+}
+
+Box BoxOf(QPDFObjectHandle form) {
+    return ToBox(Entry(form, "/BBox"), kEverywhere);
+}
+
+// What a transfer function makes of each of the 256 values that a mask's group can have.
+std::array<unsigned char, 256> TransferTable(QPDFObjectHandle transfer) {
+    std::array<unsigned char, 256> table{};
+    const auto function = transfer.isDictionary() || transfer.isStream() ? Function::Parse(transfer) : nullptr;
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        double value = static_cast<double>(i) / kMost;
+        if (function) value = std::clamp((*function)(value), 0.0, 1.0);
+        table[i] = static_cast<unsigned char>(std::lround(value * kMost));
+    }
+    return table;
+}
+
+// Luminosity of a pixel of bytes blue, green, red: 0.3 R + 0.59 G + 0.11 B.
+unsigned char Luminosity(const unsigned char* pixel) {
+    return static_cast<unsigned char>((30U * pixel[2] + 59U * pixel[1] + 11U * pixel[0] + 50U) / 100U);
+}
+
+}  // namespace
+
+void Interpreter::PaintObject(QPDFObjectHandle object) {
+    if (IsHidden() || !page_.document.IsShown(Entry(object, "/OC"))) return;
+    const std::string kind = ToName(Entry(object, "/Subtype"));
+    if (kind == "/Image") PaintPicture(object);
+    if (kind == "/Form") PaintForm(object);
+}
+
+void Interpreter::PaintForm(QPDFObjectHandle form) {
+    if (!form.isStream() || IsHidden()) return;
+    GraphicsState inside = state_;
+    inside.toDevice = Concat(ToMatrix(Entry(form, "/Matrix")), state_.toDevice);
+    if (IsTransparencyGroup(form))
+        PaintGroup(form, inside);
+    else
+        PaintContentOf(form, inside);
+}
+
+void Interpreter::PaintContentOf(QPDFObjectHandle form, const GraphicsState& inside) {
+    const QPDFObjectHandle own = Entry(form, "/Resources");
+    Interpreter content(page_, QPDFObjectHandle(own).isDictionary() ? own : resources_, inside, colorless_);
+    Path box;
+    box.AddRectangle(BoxOf(form));
+    content.ClipTo(box, inside.toDevice, false);
+    if (!IsEmpty(content.Visible())) content.Paint(form);
+}
+
+void Interpreter::PaintGroup(QPDFObjectHandle form, GraphicsState inside) {
+    const QPDFObjectHandle group = Entry(form, "/Group");
+    const bool knockout = ToBool(Entry(group, "/K"), false);
+    // With Normal alone inside, a group is the same isolated, and nothing need be taken out of it.
+    const bool usesModes = UsesBlendModes(form);
+    const bool isolated = ToBool(Entry(group, "/I"), false) || !usesModes;
+    const bool asItIs = state_.mode == vantu::BlendMode::Normal && state_.fill.alpha == 1 && !state_.softMask;
+    inside.mode = vantu::BlendMode::Normal;
+    inside.fill.alpha = inside.stroke.alpha = 1;
+    inside.softMask.reset();
+    // Such a group is what it would be without being one.
+    if (asItIs && !knockout && !page_.canvas.IsKnockout() && (!isolated || !usesModes)) {
+        PaintContentOf(form, inside);
+        return;
+    }
+    const Mask mask = Masked({Intersect(Visible(), Around(MapBox(inside.toDevice, BoxOf(form)))), nullptr});
+    const Pixels bounds = mask.box;
+    if (IsEmpty(bounds)) return;
+    inside.clip = {bounds, nullptr};  // the clip cuts the group as a whole
+    page_.canvas.BeginGroup(bounds, {isolated, knockout, asItIs && !mask.image});
+    PaintContentOf(form, inside);
+    page_.canvas.EndGroup(mask, PlacingOf(state_.fill));
+}
+
+Mask Interpreter::Masked(const Mask& shape) {
+    const Mask clipped = Intersect(shape, state_.clip);
+    return state_.softMask && !IsEmpty(clipped.box) ? Intersect(clipped, MaskOf(*state_.softMask)) : clipped;
+}
+
+// A soft mask's group is painted as a page of its own: its alpha, or its luminosity on the backdrop colour, is the
+// mask.
+const Mask& Interpreter::MaskOf(SoftMask& softMask) {
+    if (softMask.mask) return *softMask.mask;
+    softMask.mask = Mask{};  // of a mask that needs itself
+    const QPDFObjectHandle form = Entry(softMask.dictionary, "/G");
+    const QPDFObjectHandle group = Entry(form, "/Group");
+    const bool byLuminosity = ToName(Entry(softMask.dictionary, "/S")) == "/Luminosity";
+    vantu::Color backdrop = vantu::ARGB_BLACK;
+    const std::vector<double> components = ToNumbers(Entry(softMask.dictionary, "/BC"));
+    if (!components.empty())
+        backdrop = ColorSpace::Parse(Entry(group, "/CS"), Entry(form, "/Resources"), page_.notes)->ToColor(components);
+    const unsigned char bgr[] = {backdrop.GetBlue(), backdrop.GetGreen(), backdrop.GetRed()};
+    const auto table = TransferTable(Entry(softMask.dictionary, "/TR"));
+    const unsigned char outside = table[byLuminosity ? Luminosity(bgr) : 0];
+
+    const Matrix toDevice = Concat(ToMatrix(Entry(form, "/Matrix")), softMask.toDevice);
+    const Pixels all = page_.canvas.Visible();
+    const Pixels bounds = outside == 0 ? Intersect(all, Around(MapBox(toDevice, BoxOf(form)))) : all;
+    if (IsEmpty(bounds)) return *softMask.mask;
+    const auto image =
+        std::make_shared<vantu::CQorImage>(static_cast<unsigned int>(bounds.x1), static_cast<unsigned int>(bounds.y1),
+                                           vantu::PixelFormat::Bgra32Premultiplied, kBytesPerPixel, false);
+    Canvas canvas(image, bounds, page_.canvas.GetCalls());
+    PageContext page{page_.document, canvas, page_.fonts, page_.notes, page_.budget};
+    if (byLuminosity) canvas.Fill(backdrop, {bounds, nullptr}, {});
+    const GraphicsState inside = InitialState(toDevice, bounds);
+    const bool knockout = ToBool(Entry(group, "/K"), false);
+    const bool needsGroup = knockout || (byLuminosity && UsesBlendModes(form));
+    if (needsGroup) canvas.BeginGroup(bounds, {true, knockout, true});
+    Interpreter(page, resources_, inside).PaintContentOf(form, inside);
+    if (needsGroup) canvas.EndGroup({bounds, nullptr}, {});
+
+    Mask mask = MakeMask(bounds);
+    for (int y = bounds.y0; y < bounds.y1; ++y) {
+        unsigned char* const row = RowOf(mask, y);
+        const std::size_t first =
+            static_cast<std::size_t>(y) * image->GetWidth() + static_cast<unsigned int>(bounds.x0);
+        const unsigned char* pixel = image->GetPixelData() + first * kBytesPerPixel;
+        for (int x = 0; x < Width(bounds); ++x, pixel += kBytesPerPixel)
+            row[x] = table[byLuminosity ? Luminosity(pixel) : pixel[3]];
+    }
+    softMask.mask = std::move(mask);
+    return *softMask.mask;
+}
+
+}  // namespace pdf

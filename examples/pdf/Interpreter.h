@@ -1,0 +1,108 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Canvas.h"
+#include "ContentReader.h"
+#include "Document.h"
+#include "Fonts.h"
+#include "GraphicsState.h"
+#include "Notes.h"
+
+namespace pdf {
+
+// What all content of a page is painted with.
+struct PageContext {
+    Document& document;
+    Canvas& canvas;
+    FontCache& fonts;
+    Notes& notes;
+    Budget& budget;
+};
+
+// Paints one content stream: that of a page, a form, a tile of a pattern or a glyph. Each has its own resources and
+// its own stack of graphics states. The members stand in files of one idea each:
+//   Interpreter.cpp    operators, graphics state, colours, marked content
+//   PathPainting.cpp   paths, pictures, shadings
+//   Groups.cpp         forms, transparency groups, soft masks
+//   Tiling.cpp         tiling patterns
+//   TextPainting.cpp   text
+class Interpreter : public ContentHandler {
+public:
+    // @param state what the content starts with.
+    // @param colorless whether the content has no colour of its own: operators that set one are left out.
+    Interpreter(PageContext& page, QPDFObjectHandle resources, const GraphicsState& state, bool colorless = false);
+
+    // Reads and paints a content stream.
+    void Paint(QPDFObjectHandle content);
+    // Paints a form in the present state, as the operator Do does.
+    void PaintForm(QPDFObjectHandle form);
+    // Paints the content of a form or a tile, inside its box, as if it were no group.
+    // @param inside what it starts with, its own matrix included.
+    void PaintContentOf(QPDFObjectHandle form, const GraphicsState& inside);
+
+    void HandleOperator(const std::string& name, const Operands& operands) override;
+    void HandleInlinePicture(QPDFObjectHandle dictionary, const std::string& data) override;
+
+private:
+    using Action = void (*)(Interpreter&, const Operands&);
+    static const std::map<std::string, Action>& Operators();
+
+    QPDFObjectHandle Resource(const char* kind, QPDFObjectHandle name) const;
+    void RestoreState();
+    void SetDashes(QPDFObjectHandle lengths, double phase);
+    void SetParameters(QPDFObjectHandle dictionary);
+    void SetSpace(Ink& ink, QPDFObjectHandle space);
+    void SetColor(Ink& ink, const Operands& operands);
+    void SetDeviceColor(Ink& ink, const char* space, const Operands& operands);
+    void BeginMarkedContent(const Operands& operands);
+    void EndMarkedContent();
+
+    enum class PendingClip { None, NonZero, EvenOdd };
+    void PaintPath(bool fill, bool evenOdd, bool stroke);
+    void ClipTo(const Path& path, const Matrix& toDevice, bool evenOdd);
+    void PaintOutline(const Path& path, const Matrix& toDevice, bool fill, bool evenOdd, bool stroke);
+    void PaintShape(const Mask& shape, const Ink& ink);
+    void PaintPicture(QPDFObjectHandle picture);
+    void PaintShadingOf(QPDFObjectHandle shading);
+    [[nodiscard]] Placing PlacingOf(const Ink& ink) const { return {state_.mode, ink.alpha}; }
+    // The pixels that can be painted on at the moment.
+    [[nodiscard]] Pixels Visible() const { return Intersect(state_.clip.box, page_.canvas.Visible()); }
+    [[nodiscard]] bool IsHidden() const { return hiddenDepth_ > 0; }
+
+    void PaintObject(QPDFObjectHandle object);
+    void PaintGroup(QPDFObjectHandle form, GraphicsState inside);
+    // What of a shape is inside the clip, and how opaque the soft mask lets it be there.
+    Mask Masked(const Mask& shape);
+    const Mask& MaskOf(SoftMask& softMask);
+
+    void PaintTiles(const Mask& mask, const Ink& ink);
+    GraphicsState TileState(const Ink& ink) const;
+
+    void SetFont(QPDFObjectHandle font, double size);
+    void MoveLine(const PointD& by);
+    void NextLine();
+    void ShowText(const std::string& text);
+    void ShowAdjustedText(QPDFObjectHandle pieces);
+    void PaintGlyphs(const Path& outlines);
+    void PaintGlyphContent(const Glyph& glyph, const Matrix& toUser);
+    void EndText();
+
+    PageContext& page_;
+    QPDFObjectHandle resources_;
+    GraphicsState state_;
+    std::vector<GraphicsState> saved_;
+    Matrix baseToDevice_;  // from the space that this content started in, which is that of its patterns
+    Path path_;
+    PendingClip pendingClip_ = PendingClip::None;
+    Matrix textMatrix_;
+    Matrix lineMatrix_;
+    Path textClip_;        // in device space
+    int markedDepth_ = 0;  // marked content that is open
+    int hiddenDepth_ = 0;  // at which the outermost hidden one began; 0 for none
+    bool colorless_;
+};
+
+}  // namespace pdf

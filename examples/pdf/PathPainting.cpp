@@ -1,0 +1,62 @@
+#include "Interpreter.h"
+#include "Objects.h"
+#include "Pictures.h"
+#include "Shadings.h"
+
+namespace pdf {
+
+void Interpreter::PaintPath(bool fill, bool evenOdd, bool stroke) {
+    if (fill || stroke) PaintOutline(path_, state_.toDevice, fill, evenOdd, stroke);
+    if (pendingClip_ != PendingClip::None) ClipTo(path_, state_.toDevice, pendingClip_ == PendingClip::EvenOdd);
+    pendingClip_ = PendingClip::None;
+    path_ = {};
+}
+
+void Interpreter::ClipTo(const Path& path, const Matrix& toDevice, bool evenOdd) {
+    state_.clip = Intersect(state_.clip, FillCoverage(path, toDevice, evenOdd, Visible()));
+}
+
+void Interpreter::PaintOutline(const Path& path, const Matrix& toDevice, bool fill, bool evenOdd, bool stroke) {
+    if (IsHidden() || path.IsEmpty()) return;
+    Mask filled, stroked;
+    if (fill) filled = FillCoverage(path, toDevice, evenOdd, Visible());
+    if (stroke) stroked = StrokeCoverage(path, toDevice, state_.line, Visible());
+    if (fill && stroke) filled = UnderStroke(filled, stroked, state_.stroke.alpha);
+    PaintShape(filled, state_.fill);
+    PaintShape(stroked, state_.stroke);
+}
+
+void Interpreter::PaintShape(const Mask& shape, const Ink& ink) {
+    const Mask mask = Masked(shape);
+    if (IsEmpty(mask.box)) return;
+    if (!ink.space->IsPattern()) {
+        page_.canvas.Fill(ink.space->ToColor(ink.components), mask, PlacingOf(ink));
+    } else if (ToInteger(Entry(ink.pattern, "/PatternType"), 0) == 1) {
+        PaintTiles(mask, ink);
+    } else {
+        const Matrix toDevice = Concat(ToMatrix(Entry(ink.pattern, "/Matrix")), baseToDevice_);
+        const ShadedImage shaded =
+            PaintShading(Entry(ink.pattern, "/Shading"), resources_, toDevice, mask.box, true, page_.notes);
+        page_.canvas.Draw(shaded.image, {shaded.box.x0, shaded.box.y0}, mask, PlacingOf(ink));
+    }
+}
+
+void Interpreter::PaintPicture(QPDFObjectHandle picture) {
+    if (IsHidden()) return;
+    const PlacedPicture placed = PlacePicture(picture, resources_, state_.toDevice, Visible(), page_.notes);
+    if (placed.image == nullptr) {
+        PaintShape(placed.coverage, state_.fill);
+    } else {
+        const Pixels& box = placed.coverage.box;
+        page_.canvas.Draw(placed.image, {box.x0, box.y0}, Masked(placed.coverage), PlacingOf(state_.fill));
+    }
+}
+
+void Interpreter::PaintShadingOf(QPDFObjectHandle shading) {
+    if (IsHidden()) return;
+    const ShadedImage shaded = PaintShading(shading, resources_, state_.toDevice, Visible(), false, page_.notes);
+    page_.canvas.Draw(shaded.image, {shaded.box.x0, shaded.box.y0}, Masked({shaded.box, nullptr}),
+                      PlacingOf(state_.fill));
+}
+
+}  // namespace pdf

@@ -1,0 +1,98 @@
+#include "Interpreter.h"
+#include "Objects.h"
+
+namespace pdf {
+
+namespace {
+
+constexpr int kInvisible = 3;
+constexpr double kThousandths = 1000;
+
+// Text render modes 0 to 7: fill, stroke, both, neither; from 4 on the same, and added to the clip.
+bool Fills(int mode) {
+    return mode % 4 == 0 || mode % 4 == 2;
+}
+bool Strokes(int mode) {
+    return mode % 4 == 1 || mode % 4 == 2;
+}
+bool Clips(int mode) {
+    return mode >= 4 && mode <= 7;
+}
+
+}  // namespace
+
+void Interpreter::SetFont(QPDFObjectHandle font, double size) {
+    state_.text.font = page_.fonts.Get(font, page_.notes);
+    state_.text.size = size;
+}
+
+void Interpreter::MoveLine(const PointD& by) {
+    lineMatrix_ = Concat({1, 0, 0, 1, by.x, by.y}, lineMatrix_);
+    textMatrix_ = lineMatrix_;
+}
+
+void Interpreter::NextLine() {
+    MoveLine({0, -state_.text.leading});
+}
+
+void Interpreter::ShowAdjustedText(QPDFObjectHandle pieces) {
+    for (int i = 0; pieces.isArray() && i < pieces.getArrayNItems(); ++i) {
+        QPDFObjectHandle piece = pieces.getArrayItem(i);
+        if (piece.isString()) {
+            ShowText(piece.getStringValue());
+            continue;
+        }
+        const double back = ToNumber(piece, 0) / kThousandths * state_.text.size;
+        const bool isVertical = state_.text.font && state_.text.font->IsVertical();
+        const PointD by = isVertical ? PointD{0, -back} : PointD{-back * state_.text.horizontalScale, 0};
+        textMatrix_ = Concat({1, 0, 0, 1, by.x, by.y}, textMatrix_);
+    }
+}
+
+void Interpreter::ShowText(const std::string& text) {
+    const TextState& t = state_.text;
+    if (!t.font) return;
+    const std::shared_ptr<const Font> font = t.font;
+    Path outlines;  // in user space
+    for (std::size_t position = 0; position < text.size();) {
+        const Glyph glyph = font->Next(text, position);
+        const Matrix emsToText{t.size * t.horizontalScale, 0, 0, t.size, 0, t.rise};
+        const Matrix emsToUser = Concat(emsToText, textMatrix_);
+        const Matrix placed = Concat({1, 0, 0, 1, glyph.origin.x, glyph.origin.y}, emsToUser);
+        if (glyph.outline)
+            outlines.Append(*glyph.outline, placed);
+        else if (QPDFObjectHandle(glyph.content).isStream() && t.renderMode != kInvisible)
+            PaintGlyphContent(glyph, Concat(font->ToEms(), placed));
+        if (!t.knockout) {
+            PaintGlyphs(outlines);
+            outlines = {};
+        }
+        const double spacing = t.characterSpacing + (glyph.isSpace ? t.wordSpacing : 0);
+        const PointD by = font->IsVertical() ? PointD{0, glyph.advance.y * t.size + spacing}
+                                             : PointD{(glyph.advance.x * t.size + spacing) * t.horizontalScale, 0};
+        textMatrix_ = Concat({1, 0, 0, 1, by.x, by.y}, textMatrix_);
+    }
+    PaintGlyphs(outlines);
+}
+
+void Interpreter::PaintGlyphs(const Path& outlines) {
+    const int mode = state_.text.renderMode;
+    PaintOutline(outlines, state_.toDevice, Fills(mode), false, Strokes(mode));
+    if (Clips(mode)) textClip_.Append(outlines, state_.toDevice);
+}
+
+void Interpreter::PaintGlyphContent(const Glyph& glyph, const Matrix& toUser) {
+    if (IsHidden()) return;
+    GraphicsState inside = state_;
+    inside.toDevice = Concat(toUser, state_.toDevice);
+    const QPDFObjectHandle own = state_.text.font->Resources();
+    Interpreter content(page_, QPDFObjectHandle(own).isDictionary() ? own : resources_, inside, colorless_);
+    content.Paint(glyph.content);
+}
+
+void Interpreter::EndText() {
+    if (!textClip_.IsEmpty()) ClipTo(textClip_, {}, false);
+    textClip_ = {};
+}
+
+}  // namespace pdf

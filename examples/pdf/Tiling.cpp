@@ -1,0 +1,123 @@
+#include <vantu/CQorImage.h>
+
+#include <cstring>
+
+#include "Interpreter.h"
+#include "Objects.h"
+
+namespace pdf {
+
+namespace {
+
+// Tiles with steps of so many pixels are painted one by one, others as copies of one.
+constexpr double kLeastPaintedStep = 8;
+constexpr double kLeastPaintedArea = 48 * 48;
+constexpr double kMostOverlappingTiles = 400;
+constexpr double kMostPixelsOfTile = 1 << 22;
+constexpr unsigned int kBytesPerPixel = 4;
+
+// A pattern's tiles: copies of its box, moved by multiples of its steps.
+struct Lattice {
+    Box box;
+    PointD step;
+
+    // The numbers of the tiles that may touch an area, from the first to behind the last.
+    [[nodiscard]] Box TilesIn(const Box& area) const {
+        return {std::floor((area.x0 - box.x1) / step.x) + 1, std::floor((area.y0 - box.y1) / step.y) + 1,
+                std::ceil((area.x1 - box.x0) / step.x), std::ceil((area.y1 - box.y0) / step.y)};
+    }
+};
+
+double Count(const Box& tiles) {
+    return (tiles.x1 - tiles.x0) * (tiles.y1 - tiles.y0);
+}
+
+// x modulo n, from 0 to below n
+int Modulo(double x, int n) {
+    const double whole = std::floor(x);
+    return static_cast<int>(whole - std::floor(whole / n) * n);
+}
+
+Matrix TileMatrix(const Lattice& lattice, double column, double row, const Matrix& toDevice) {
+    return Concat({1, 0, 0, 1, column * lattice.step.x, row * lattice.step.y}, toDevice);
+}
+
+}  // namespace
+
+// The state that a tile starts with, but for its matrix and clip: an uncoloured one has the colour of the ink.
+GraphicsState Interpreter::TileState(const Ink& ink) const {
+    GraphicsState state = InitialState({}, page_.canvas.Visible());
+    if (ToInteger(Entry(ink.pattern, "/PaintType"), 1) == 2 && ink.space->Underlying()) {
+        state.fill = state.stroke = Ink{ink.space->Underlying(), ink.components, QPDFObjectHandle::newNull(), 1};
+    }
+    return state;
+}
+
+void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
+    const Matrix toDevice = Concat(ToMatrix(Entry(ink.pattern, "/Matrix")), baseToDevice_);
+    const Lattice lattice{
+        ToBox(Entry(ink.pattern, "/BBox"), {}),
+        {std::abs(ToNumber(Entry(ink.pattern, "/XStep"), 0)), std::abs(ToNumber(Entry(ink.pattern, "/YStep"), 0))}};
+    if (!QPDFObjectHandle(ink.pattern).isStream() || !toDevice.IsInvertible() || lattice.box.IsEmpty() ||
+        !(lattice.step.x > 0) || !(lattice.step.y > 0)) {
+        page_.notes.Add("a tiling pattern without tiles");
+        return;
+    }
+    const Pixels& area = mask.box;
+    const Box tiles = lattice.TilesIn(
+        MapBox(toDevice.Inverse(), {double(area.x0), double(area.y0), double(area.x1), double(area.y1)}));
+    const bool colorless = ToInteger(Entry(ink.pattern, "/PaintType"), 1) == 2;
+    const auto paintTiles = [&](PageContext& page, const Box& numbers, const Matrix& matrix, const Pixels& visible) {
+        GraphicsState state = TileState(ink);
+        state.clip.box = visible;
+        Interpreter tile(page, resources_, state, colorless);
+        for (double row = numbers.y0; row < numbers.y1; ++row) {
+            for (double column = numbers.x0; column < numbers.x1; ++column) {
+                state.toDevice = TileMatrix(lattice, column, row, matrix);
+                tile.PaintContentOf(ink.pattern, state);
+            }
+        }
+    };
+    const double across = lattice.step.x * std::hypot(toDevice.a, toDevice.b);
+    const double down = lattice.step.y * std::hypot(toDevice.c, toDevice.d);
+    if (std::min(across, down) >= kLeastPaintedStep && across * down >= kLeastPaintedArea) {
+        page_.canvas.BeginGroup(area, {true, false, false});
+        paintTiles(page_, tiles, toDevice, area);
+        page_.canvas.EndGroup(mask, PlacingOf(ink));
+        return;
+    }
+
+    // One period of the pattern as a picture of whole pixels; each pixel of the area is looked up there.
+    const double columns = std::max(1.0, std::round(across));
+    const double rows = std::max(1.0, std::round(down));
+    const Box overlapping = lattice.TilesIn({0, 0, lattice.step.x, lattice.step.y});
+    if (!(columns * rows <= kMostPixelsOfTile && Count(overlapping) <= kMostOverlappingTiles)) {
+        page_.notes.Add("a tiling pattern of too many pixels");
+        return;
+    }
+    const Pixels period{0, 0, static_cast<int>(columns), static_cast<int>(rows)};
+    const Matrix toPeriod{columns / lattice.step.x, 0, 0, rows / lattice.step.y, 0, 0};
+    const auto image = [](const Pixels& size) {
+        return std::make_shared<vantu::CQorImage>(static_cast<unsigned int>(Width(size)),
+                                                  static_cast<unsigned int>(Height(size)),
+                                                  vantu::PixelFormat::Bgra32Premultiplied, kBytesPerPixel, false);
+    };
+    const auto tile = image(period);
+    Canvas tileCanvas(tile, period, page_.canvas.GetCalls());
+    PageContext tilePage{page_.document, tileCanvas, page_.fonts, page_.notes, page_.budget};
+    paintTiles(tilePage, overlapping, toPeriod, period);
+
+    const auto picture = image(area);
+    const Matrix fromDevice = Concat(toDevice.Inverse(), toPeriod);
+    unsigned char* pixel = picture->GetPixelData();
+    for (int y = area.y0; y < area.y1; ++y) {
+        for (int x = area.x0; x < area.x1; ++x, pixel += kBytesPerPixel) {
+            const PointD place = fromDevice.Map({x + 0.5, y + 0.5});
+            const int index = Modulo(place.y, period.y1) * period.x1 + Modulo(place.x, period.x1);
+            std::memcpy(pixel, tile->GetPixelData() + static_cast<std::size_t>(index) * kBytesPerPixel, kBytesPerPixel);
+        }
+    }
+    page_.canvas.Draw(picture, {area.x0, area.y0}, mask, PlacingOf(ink));
+}
+
+}  // namespace pdf
