@@ -3,6 +3,9 @@
 namespace vantu {
 
 /// The separable blend modes of the PDF imaging model (ISO 32000-2, 11.3.5.2). The values are fixed.
+///
+/// ColorDodge and ColorBurn are those of ISO 32000-1: white dodges black to white, and black burns white to black,
+/// where ISO 32000-2 leaves the backdrop.
 enum class BlendMode : unsigned int {
     Normal = 0,       ///< the source
     Multiply = 1,     ///< product

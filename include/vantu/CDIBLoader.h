@@ -14,11 +14,13 @@ namespace vantu {
 /// Pixels are never converted: 16 bits become `Rgb555`, 24 `Bgr24`, 32 `Bgra32Premultiplied`. RLE, bit fields and
 /// OS/2 core headers are refused. Without a factory the image keeps the file's row order and has alignment 4; with one
 /// it is always bottom-up. Rows are read in one run at the file's stride, so a factory's image needs alignment 4; what
-/// a shorter block cannot take is left out. A file that ends early leaves the rest of the block as the image was born.
+/// a shorter block cannot take is left out. The palette of a file of 1, 4 or 8 bits is read into the one that the image
+/// has; without one it is lost. A file that ends early leaves the rest of the block as the image was born.
 /// Separate calls on separate files may run on different threads.
 class VANTU_API CDIBLoader {
 public:
-    /// @param factory makes the images; null for `CQorImage`. Not owned: it must outlive the loader's calls.
+    /// REQUIRES: the factory outlives the loader's calls.
+    /// @param factory makes the images; null for `CQorImage`. Not owned.
     explicit CDIBLoader(IGraphicsFactory* factory = nullptr) : factory_(factory) {}
 
     /// Reads the headers only.
@@ -33,7 +35,7 @@ public:
     [[nodiscard]] bool GetImageSize(const std::wstring& path, unsigned int& width, unsigned int& height,
                                     IQorImage::PixelFormat& format) const;
     /// @}
-    /// The same from the start of an open file, which stays open; its position moves.
+    /// The same from the start of an open file, which stays open; its position afterwards is not defined.
     /// @param fd descriptor of the file.
     /// @param[out] width, height, format as above.
     /// @param skipFileHeader true if the data begins with the info header.
@@ -56,7 +58,8 @@ public:
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory, LoadResult& result) const;
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory, LoadResult& result) const;
     /// @}
-    /// Reads from the start of an open file, which stays open.
+    /// Reads from the start of an open file, wherever its position is. The file stays open; its position afterwards is
+    /// not defined.
     /// @param fd descriptor of the file.
     /// @param memory handed to the factory.
     /// @param skipFileHeader true if the data begins with the info header and the rows follow the palette.

@@ -11,11 +11,13 @@ namespace vantu {
 
 /// Decodes JPEG files of one or three components into bottom-up `Bgr24` images; grey becomes three equal bytes.
 ///
-/// A file that ends early gives an image whose missing rows are as the decoder fills them. Separate calls on separate
-/// files may run on different threads.
+/// A file that ends early gives an image whose missing rows are as the decoder fills them. The orientation that a
+/// camera notes (EXIF) is not read: the picture comes as it lies in the file. Separate calls on separate files may run
+/// on different threads.
 class VANTU_API CJPEGLoader {
 public:
-    /// @param factory makes the images; null for `CQorImage`. Not owned: it must outlive the loader's calls.
+    /// REQUIRES: the factory outlives the loader's calls.
+    /// @param factory makes the images; null for `CQorImage`. Not owned.
     explicit CJPEGLoader(IGraphicsFactory* factory = nullptr) : factory_(factory) {}
 
     /// Reads the header only.
@@ -29,7 +31,7 @@ public:
     [[nodiscard]] bool GetImageSize(const std::wstring& path, unsigned int& width, unsigned int& height,
                                     IQorImage::PixelFormat& format) const;
     /// @}
-    /// The same from an open file at its position; the file stays open and its position moves.
+    /// The same from an open file at its position; the file stays open, its position afterwards is not defined.
     /// @param fd descriptor of the file.
     /// @param[out] width, height, format as above.
     /// @return as above.
@@ -51,7 +53,8 @@ public:
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory, LoadResult& result) const;
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory, LoadResult& result) const;
     /// @}
-    /// Reads from an open file at its position; the file stays open.
+    /// Reads from an open file at its position, which may lie inside a larger file. The file stays open; its position
+    /// afterwards is not defined.
     /// @param fd descriptor of the file.
     /// @param memory handed to the factory.
     /// @return as above.

@@ -12,8 +12,9 @@ namespace vantu {
 /// Reads PNG files; samples are not converted, but for the order of red and blue.
 ///
 /// The format follows from bit depth times channels: 1 `Index1`, 4 `Index4`, 8 `Index8`, 16 `Rgb555` (the bytes of a
-/// 16-bit grey or grey-alpha sample, as they come), 24 `Bgr24`, 32 `Bgra32Premultiplied` (although PNG alpha is
-/// straight). Other products are refused. Palettes, transparency chunks and gamma are not read.
+/// 16-bit grey or of an 8-bit grey with alpha, as they come), 24 `Bgr24`, 32 `Bgra32Premultiplied` (although PNG alpha
+/// is straight; a 16-bit grey with alpha comes so, too). Other products are refused. Palettes, transparency chunks and
+/// gamma are not read.
 ///
 /// Attention: rows are stored bottom row first while the image says that it is not bottom-up, so the picture stands on
 /// its head to everything that honours the flag. `ImageUtil::Flip(image, false, true, ...)` puts it upright.
@@ -21,7 +22,8 @@ namespace vantu {
 /// Separate calls on separate files may run on different threads.
 class VANTU_API CPNGLoader {
 public:
-    /// @param factory makes the images; null for `CQorImage`. Not owned: it must outlive the loader's calls.
+    /// REQUIRES: the factory outlives the loader's calls.
+    /// @param factory makes the images; null for `CQorImage`. Not owned.
     explicit CPNGLoader(IGraphicsFactory* factory = nullptr) : factory_(factory) {}
 
     /// Reads the headers only.
@@ -36,7 +38,7 @@ public:
     [[nodiscard]] bool GetImageSize(const std::wstring& path, unsigned int& width, unsigned int& height,
                                     IQorImage::PixelFormat& format) const;
     /// @}
-    /// The same from an open file at its position; the file stays open and its position moves.
+    /// The same from an open file at its position; the file stays open, its position afterwards is not defined.
     /// @param fd descriptor of the file; -1 is refused.
     /// @param[out] width, height, format as above.
     /// @return as above.
@@ -58,7 +60,8 @@ public:
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory, LoadResult& result) const;
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory, LoadResult& result) const;
     /// @}
-    /// Reads from an open file at its position; the file stays open.
+    /// Reads from an open file at its position, which may lie inside a larger file. The file stays open; its position
+    /// afterwards is not defined.
     /// @param fd descriptor of the file; -1 is refused.
     /// @param memory handed to the factory.
     /// @return as above.

@@ -9,7 +9,9 @@ namespace vantu {
 
 /// The host's image factory. A host overrides `CreateImage`; the library calls nothing else.
 ///
-/// The library holds a factory only as a raw pointer that may be null; it must outlive the call it is given to.
+/// The library holds a factory only as a raw pointer that may be null.
+///
+/// REQUIRES: it outlives the call it is given to.
 class VANTU_API IGraphicsFactory {
 public:
     virtual ~IGraphicsFactory() = default;
@@ -21,7 +23,8 @@ public:
     /// @}
 
     /// Makes an image of exactly this size, format and row order; its alignment is the factory's choice, but 4 for the
-    /// bitmap loader. Called on the thread of the loader or `ImageUtil` call.
+    /// bitmap loader. An image of 1, 4 or 8 bits for that loader needs a palette of 2, 16 or 256 entries, for the
+    /// file's to be read into. Called on the thread of the loader or `ImageUtil` call.
     ///
     /// @param width, height in pixels, 0 allowed; they may come from a file and be absurd.
     /// @param format one of the nine.

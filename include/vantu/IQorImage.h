@@ -9,9 +9,11 @@ namespace vantu {
 /// A raster image: one block of rows, all of the same stride, in one of nine pixel formats.
 ///
 /// The first byte of the block belongs to the first row in memory, which is the visually lowest row of a
-/// bottom-up image and the visually highest of a top-down one. Size, format, alignment and row order never
-/// change during an image's life. The library asks for them anew at each operation and takes no lock: an image
-/// is used by one thread at a time, unless all of them only read.
+/// bottom-up image and the visually highest of a top-down one. The library asks for all of it anew at each operation
+/// and takes no lock: an image is used by one thread at a time, unless all of them only read.
+///
+/// REQUIRES: size, format, alignment and row order never change during an image's life.
+/// REQUIRES: the block, if there is one, holds `GetHeight()` rows at `RowStride` and stays where it is during a call.
 class VANTU_API IQorImage : public CQorManagedObject {
 public:
     /// Memory layout of a pixel. Colour bytes of formats 7 and 8 are premultiplied by alpha.
@@ -46,8 +48,7 @@ public:
     virtual PixelFormat GetPixelFormat() const = 0;
     /// Row alignment in bytes, 0 for none; see `RowStride`.
     virtual unsigned char GetAlignment() const = 0;
-    /// First byte of the pixel block: `GetHeight()` rows at `RowStride`, owned by the image. Null for an image without
-    /// memory. It stays where it is during every call that is given the image.
+    /// First byte of the pixel block, owned by the image; null for an image without memory.
     virtual const unsigned char* GetPixelData() const = 0;
     /// The same block, writable.
     virtual unsigned char* GetPixelData() = 0;

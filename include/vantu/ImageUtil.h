@@ -11,9 +11,10 @@
 
 /// Operations on whole images and rectangles of them.
 ///
-/// Ranges count from the visual top left and are not clipped: the caller keeps them inside the image. A range with y0
-/// above y1 has no rows. One thread at a time on an image that is written; no state of its own. Where an image cannot
-/// be had for lack of memory, std::bad_alloc leaves.
+/// Ranges count from the visual top left; one with y0 above y1 has no rows. One thread at a time on an image that is
+/// written; no state of its own. Where an image cannot be had for lack of memory, std::bad_alloc leaves.
+///
+/// REQUIRES: a range lies inside its image, unless it is one that means the whole image; nothing is clipped.
 namespace vantu::ImageUtil {
 
 /// Fills a rectangle with a colour. A range with x0 above x1 means the whole image; one with x0 = x1 nothing.
@@ -22,8 +23,9 @@ namespace vantu::ImageUtil {
 /// @param image the image to change.
 /// @param color straight; written as the format stores it.
 /// @param range in pixels.
-/// @return false, with nothing touched, for an image with a palette, for `Index1` and `Index4` unless the rectangle
-///         holds no whole byte, and for an image without memory unless the rectangle is empty.
+/// @return false, with nothing touched, for an image with a palette, and for an image without memory unless the
+///         rectangle is empty. Pixels of 1 and 4 bits are never touched: true for a rectangle of them that is empty, or
+///         that reaches an end of a byte and holds no whole one; else false.
 VANTU_API bool Clear(IQorImage& image, const Color& color, const Range<int, 2>& range);
 
 /// Fills a rectangle with a raw pixel value, most significant byte first in memory (so not the order of a colour).
@@ -67,10 +69,13 @@ VANTU_API [[nodiscard]] std::shared_ptr<IQorImage> Clone(const IQorImage& image,
 /// Between images of one format raw values are copied, indices as they are; otherwise colours are converted. A source
 /// without colours (`Index8` without palette) paints black.
 /// Nothing is done, with the result true, when sourceRange.x0 > sourceRange.x1, targetPoint.x > sourceRange.x1 or
-/// targetPoint.y > sourceRange.y1.
+/// targetPoint.y > sourceRange.y1: a picture at (0, 0) of its image is not copied further right or down than its own
+/// size. `IPDFImageBlender::Blend` puts one there.
+///
+/// REQUIRES: the rectangle lies inside the target at `targetPoint`, too.
 /// @param source only read.
-/// @param sourceRange in pixels of the source; it lies inside it.
-/// @param target the image to change; the rectangle fits into it at `targetPoint`. It may be the source.
+/// @param sourceRange in pixels of the source.
+/// @param target the image to change. It may be the source.
 /// @param targetPoint in pixels of the target.
 /// @return false, with nothing written, for a format that is none, for colours into an image with a palette, and for
 ///         1- or 4-bit images of one format where one has no palette or an image without memory, unless the rectangle
@@ -78,14 +83,15 @@ VANTU_API [[nodiscard]] std::shared_ptr<IQorImage> Clone(const IQorImage& image,
 VANTU_API bool Copy(const IQorImage& source, const Range<int, 2>& sourceRange, IQorImage& target,
                     const Point<int, 2>& targetPoint);
 
-/// A mirrored image.
+/// A mirrored image. Both ways at once is the half turn of `Rotate`: with a factory that chooses another alignment its
+/// rows of 8 bits and more come out skewed.
 ///
 /// The horizontal flip of 1- and 4-bit images takes target pixel x from source position width - x, one further than the
 /// mirror image: the source's first pixel is not used and target pixel 0 gets the bits behind the row's last pixel (0
 /// behind the last byte of the block). Bytes between rows are not written.
 /// @param image only read.
 /// @param horizontal whether left and right are swapped.
-/// @param vertical whether top and bottom are swapped; both are a half turn, neither a copy.
+/// @param vertical whether top and bottom are swapped; neither is a `Clone`.
 /// @param factory makes the image; null for a `CQorImage` of the source's alignment.
 /// @param memory handed to the factory.
 /// @return the new image with the source's format and row order, or empty if none could be made, one of the two has no
