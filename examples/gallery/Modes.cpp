@@ -53,6 +53,26 @@ Image DrawMode() {
     return sheet;
 }
 
+// Black burnt into white, and white dodged out of black.
+Image DrawDodgeAndBurn() {
+    constexpr Point<int, 2> kCell{132, 84};
+    const Image white = MakeSheet(kCell.x, kCell.y, 0xFFFFFFFF), black = MakeSheet(kCell.x, kCell.y, ARGB_BLACK);
+    const Image drawing = MakeSheet(kCell.x, kCell.y, 0xFFFFFFFF);
+    PaintAt(*MakeBlender(drawing),
+            Fit(*ReadPicture(IMAGEOP_EXAMPLE_DATA "/horse.png"), kCell.x, kCell.y, Framing::Whole), {0, 0}, 255,
+            BlendMode::Normal);
+    const Image stencil = MakeStencil(*drawing);
+    Sheet sheet(2, 1, kCell, 0xFF808080);
+    const auto paint = [&](const Image& paper, const Image& ink, BlendMode mode) {
+        const Point<int, 2> corner = sheet.NextCell();
+        PaintAt(sheet.GetBlender(), paper, corner, 255, BlendMode::Normal);
+        PaintThrough(sheet.GetBlender(), ink, stencil, nullptr, corner, 255, mode);
+    };
+    paint(white, black, BlendMode::ColorBurn);
+    paint(black, white, BlendMode::ColorDodge);
+    return sheet.GetImage();
+}
+
 Image DrawAlphas() {
     constexpr Point<int, 2> kCell{108, 72};
     Sheet sheet(6, 1, kCell, 0xFFFFFFFF);
@@ -89,6 +109,7 @@ std::vector<Drawing> ModeDrawings() {
         {"mode-softlight", DrawMode<BlendMode::SoftLight>},
         {"mode-difference", DrawMode<BlendMode::Difference>},
         {"mode-exclusion", DrawMode<BlendMode::Exclusion>},
+        {"dodge-burn", DrawDodgeAndBurn},
         {"alphas", DrawAlphas},
         {"page", DrawPage},
     };
