@@ -1,7 +1,7 @@
 #include <vantu/ImageUtil.h>
 
 #include <algorithm>
-#include <cstdint>
+#include <cstddef>
 #include <cstring>
 
 #include "pixel/MakeImage.h"
@@ -17,11 +17,12 @@ std::shared_ptr<IQorImage> ImageUtil::Clone(const IQorImage& image, IGraphicsFac
     // Rows are looked for in the source at the new image's stride, so both blocks are one run of bytes each.
     const auto source = RowsInMemory(image);
     const auto target = RowsInMemory(*clone);
-    const std::uint64_t common = std::min(source.Size(), target.Size());
-    if (target.Size() > 0 && target.first == nullptr) return nullptr;
+    const auto size = static_cast<std::size_t>(target.Size());
+    const auto common = static_cast<std::size_t>(std::min(source.Size(), target.Size()));
+    if (size > 0 && target.first == nullptr) return nullptr;
     if (common > 0 && source.first == nullptr) return nullptr;
     if (common > 0) std::memcpy(target.first, source.first, common);
-    if (target.Size() > common) std::memset(target.first + common, 0, target.Size() - common);
+    if (size > common) std::memset(target.first + common, 0, size - common);
     return clone;
 }
 
