@@ -148,15 +148,14 @@ TEST(Groups, OffsetOfAMaskedElementMovesThePaintButNotTheCoverage) {
 TEST(Groups, ResolveOnlyWhatOfARangeLiesInTheImage) {
     const auto source = std::make_shared<TestImage>(Shape{200, 200, Bgr24});
     const auto stencil = std::make_shared<TestImage>(Shape{2, 1, Index1});
-    const auto nothing = std::make_shared<TestImage>(Shape{2, 1, Bgr24});  // as a mask without a function
-    for (const Point<int, 2>& at : {Point<int, 2>{2, 1}, {2, 100}, {3, 0}, {0, 2}, {100, 0}, {-4, -3}, {-9, 1}}) {
+    const auto blender = BlenderOn(nullptr);
+    for (const Point<int, 2>& at : {Point<int, 2>{2, 1}, {2, 100}, {3, 0}, {0, 2}, {100, 0}}) {
         const auto image = std::make_shared<TestImage>(Shape{3, 2, Bgra32Premultiplied});
-        const auto blender = BlenderOn(nullptr);
         blender->BeginGroup(image, nullptr, false, false, false);
         EXPECT_TRUE(Paint(*blender, {.source = source,
                                      .coverage = Cover({{at.x, at.y, at.x + 2, at.y + 1}}),
                                      .offset = {-at.x, -at.y},
-                                     .mask = at.x < 0 ? nothing : stencil,
+                                     .mask = stencil,
                                      .maskOffset = at}));
         Bytes resolved = image->Bytes();
         if (at.x == 2 && at.y == 1) std::fill_n(resolved.end() - 4, 4, static_cast<unsigned char>(0));
@@ -164,6 +163,14 @@ TEST(Groups, ResolveOnlyWhatOfARangeLiesInTheImage) {
         EXPECT_EQ(image->Bytes(), resolved) << at.x << ' ' << at.y;
         EXPECT_TRUE(image->GuardsIntact()) << at.x << ' ' << at.y;
     }
+    // Ranges without pixels may reach anywhere, and grow into a box where they touch.
+    const auto image = std::make_shared<TestImage>(Shape{3, 2, Bgra32Premultiplied});
+    blender->BeginGroup(image, nullptr, false, false, false);
+    EXPECT_TRUE(Paint(*blender, {source, Cover({{-2, 0, 5, 0}})}));
+    EXPECT_TRUE(Paint(*blender, {source, Cover({{0, -3, 0, 7}})}));
+    EXPECT_TRUE(blender->EndGroup());
+    EXPECT_EQ(image->Bytes(), Bytes(image->Size(), 0));
+    EXPECT_TRUE(image->GuardsIntact());
 }
 
 TEST(Groups, IsolatedOnePaintedInFullOverNothingGivesItsOwnImage) {
