@@ -82,7 +82,8 @@ public:
     /// @return true if the call was carried out; an `Index1`, `Index4` or `Index8` destination stays as it is all the
     ///         same. False, with nothing painted, if there is no destination, source, coverage or source memory; if a
     ///         destination to be painted on has no memory; if the format of one of the two is none or the source's is
-    ///         not one of the above; if the mode is none; or if memory ran out for a view of the images.
+    ///         not one of the above; if the mode is none; if memory ran out for a view of the images; or, in a library
+    ///         built with `IMAGEOP_CHECKED`, if what is painted or read leaves an image.
     /// @throws std::bad_alloc if memory runs out, and what a host's function or surface throws: coverages and groups
     ///         are then as before, and what was painted until then stays.
     virtual bool Blend(const std::shared_ptr<IQorImage>& source, const std::shared_ptr<Coverage>& coverage,
