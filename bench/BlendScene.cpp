@@ -7,7 +7,7 @@
 #include <random>
 #include <tuple>
 
-#include "pixel/FormatDispatch.h"
+#include "pixel/Formats.h"
 
 namespace vantu::bench {
 namespace {

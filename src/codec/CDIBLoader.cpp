@@ -8,6 +8,7 @@
 #include "codec/DibHeader.h"
 #include "codec/Loading.h"
 #include "codec/WritableRows.h"
+#include "pixel/Formats.h"
 #include "pixel/MakeImage.h"
 #include "pixel/PixelCodec.h"
 
@@ -15,16 +16,6 @@ namespace vantu {
 namespace {
 
 constexpr unsigned int kCoreHeaderSize = 12;
-
-struct BitCountFormat {
-    unsigned int bits;
-    PixelFormat format;
-};
-constexpr std::array kFormats = {
-    BitCountFormat{1, PixelFormat::Index1}, BitCountFormat{4, PixelFormat::Index4},
-    BitCountFormat{8, PixelFormat::Index8}, BitCountFormat{16, PixelFormat::Rgb555},
-    BitCountFormat{24, PixelFormat::Bgr24}, BitCountFormat{32, PixelFormat::Bgra32Premultiplied},
-};
 
 /// What the headers of a file say.
 struct DibPicture {
@@ -57,10 +48,9 @@ LoadResult ReadInfoHeader(int fd, DibPicture& picture) {
     header.biCompression = LoadWord32(&bytes[16]);
     header.biClrUsed = LoadWord32(&bytes[32]);
     if (header.biSize == kCoreHeaderSize || header.biCompression != 0) return LoadResult::NotRead;
-    const auto* const row =
-        std::find_if(kFormats.begin(), kFormats.end(), [&](const auto& f) { return f.bits == header.biBitCount; });
-    if (row == kFormats.end()) return LoadResult::NotRead;
-    picture.format = row->format;
+    const auto format = LoadedFormat(header.biBitCount);
+    if (!format) return LoadResult::NotRead;
+    picture.format = *format;
     return LoadResult::Loaded;
 }
 

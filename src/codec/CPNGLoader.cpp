@@ -1,6 +1,5 @@
 #include <vantu/CPNGLoader.h>
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 #include <optional>
@@ -9,6 +8,7 @@
 #include "codec/Loading.h"
 #include "codec/PngFile.h"
 #include "codec/WritableRows.h"
+#include "pixel/Formats.h"
 #include "pixel/MakeImage.h"
 
 namespace vantu {
@@ -19,16 +19,6 @@ constexpr std::size_t kSignatureSize = 8;
 /// Zeros that may be given out for a file that has ended. A whole picture never needs them, and libpng would go on
 /// reading them for as long as a chunk or a picture claims to be.
 constexpr std::size_t kMostPastEnd = 65536;
-
-struct PixelBitsFormat {
-    int bits;  ///< bit depth times channels
-    PixelFormat format;
-};
-constexpr std::array kFormats = {
-    PixelBitsFormat{1, PixelFormat::Index1}, PixelBitsFormat{4, PixelFormat::Index4},
-    PixelBitsFormat{8, PixelFormat::Index8}, PixelBitsFormat{16, PixelFormat::Rgb555},
-    PixelBitsFormat{24, PixelFormat::Bgr24}, PixelBitsFormat{32, PixelFormat::Bgra32Premultiplied},
-};
 
 /// One file being read.
 class PngReader : public PngFile {
@@ -63,10 +53,7 @@ public:
 
     /// @return none for pixels that no format holds.
     [[nodiscard]] std::optional<PixelFormat> Format() const {
-        const int bits = png_get_bit_depth(png_, info_) * png_get_channels(png_, info_);
-        const auto* const row =
-            std::find_if(kFormats.begin(), kFormats.end(), [&](const auto& f) { return f.bits == bits; });
-        return row == kFormats.end() ? std::nullopt : std::optional(row->format);
+        return LoadedFormat(unsigned{png_get_bit_depth(png_, info_)} * png_get_channels(png_, info_));
     }
     [[nodiscard]] unsigned int Width() const { return png_get_image_width(png_, info_); }
     [[nodiscard]] unsigned int Height() const { return png_get_image_height(png_, info_); }

@@ -7,7 +7,7 @@
 
 #include "codec/PngFile.h"
 #include "codec/WithFile.h"
-#include "pixel/FormatDispatch.h"
+#include "pixel/Formats.h"
 #include "pixel/PixelCodec.h"
 #include "pixel/PixelRows.h"
 
@@ -61,7 +61,7 @@ class StraightRows {
 public:
     explicit StraightRows(const IQorImage& image)
         : format_(image.GetPixelFormat()), rows_(RowsFromTop(image, format_)) {
-        if (HasAlpha(format_) && format_ != PixelFormat::Bgra32) converted_.resize(std::size_t{image.GetWidth()} * 4);
+        if (FactsOf(format_).colors == PixelColors::Premultiplied) converted_.resize(std::size_t{image.GetWidth()} * 4);
     }
 
     [[nodiscard]] std::size_t Count() const { return rows_.count; }

@@ -5,7 +5,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "pixel/FormatDispatch.h"
+#include "pixel/Formats.h"
 
 namespace vantu {
 namespace {

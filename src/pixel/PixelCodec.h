@@ -5,20 +5,12 @@
 #include <cstdint>
 #include <cstring>
 
-// The nine pixel formats in memory: how each is read into a straight `Color` and written from one. Every division
+#include "pixel/Formats.h"
+
+// The pixel formats in memory: how each is read into a straight `Color` and written from one. Every division
 // truncates, nothing rounds and no bits are replicated; what exceeds 8 bits is cut by the `Color` setters.
 
 namespace vantu {
-
-/// Whether pixels of a format hold colours by themselves; indices and bare samples do not.
-constexpr bool HasColors(PixelFormat format) {
-    return format >= PixelFormat::Rgb565;
-}
-
-/// Whether a format stores an alpha byte.
-constexpr bool HasAlpha(PixelFormat format) {
-    return format >= PixelFormat::Bgra32Premultiplied;
-}
 
 /// floor(255 * premultiplied / alpha) cut to 8 bits: the straight channel; 0 at alpha 0.
 constexpr unsigned char Unpremultiply(unsigned int premultiplied, unsigned int alpha) {
@@ -77,10 +69,12 @@ inline void ReadPixel([[maybe_unused]] const unsigned char* p, [[maybe_unused]] 
     } else if constexpr (F == PixelFormat::Bgr24) {
         set(p[2], p[1], p[0], 255);
     } else if constexpr (F == PixelFormat::Bgra32Premultiplied || F == PixelFormat::Bgra32Inverted) {
-        const unsigned char alpha = F == PixelFormat::Bgra32Inverted ? static_cast<unsigned char>(255 - p[3]) : p[3];
+        const unsigned char alpha = AlphaByte(F, p[3]);
         set(Unpremultiply(p[2], alpha), Unpremultiply(p[1], alpha), Unpremultiply(p[0], alpha), alpha);
     } else if constexpr (F == PixelFormat::Bgra32) {
         set(p[2], p[1], p[0], p[3]);
+    } else {
+        static_assert(!HasColors(F), "a format with colours is read");
     }
 }
 
@@ -103,10 +97,12 @@ inline void WritePixel([[maybe_unused]] unsigned char* p, [[maybe_unused]] const
     } else if constexpr (F == PixelFormat::Bgra32Premultiplied || F == PixelFormat::Bgra32Inverted) {
         const unsigned char alpha = in.GetAlpha();
         store(Premultiply(in.GetBlue(), alpha), Premultiply(in.GetGreen(), alpha), Premultiply(in.GetRed(), alpha));
-        p[3] = F == PixelFormat::Bgra32Inverted ? static_cast<unsigned char>(255 - alpha) : alpha;
+        p[3] = AlphaByte(F, alpha);
     } else if constexpr (F == PixelFormat::Bgra32) {
         store(in.GetBlue(), in.GetGreen(), in.GetRed());
         p[3] = in.GetAlpha();
+    } else {
+        static_assert(!HasColors(F), "a format with colours is written");
     }
 }
 

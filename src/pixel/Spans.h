@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "pixel/Formats.h"
 #include "pixel/PixelRows.h"
 
 // Rectangles of pixels as packed pixels: four bytes blue, green, red, alpha each, of which every blending stage works.
@@ -37,23 +38,17 @@ struct SpanCodec {
     Write write;  ///< stores those pixels alone whose byte in `select` is not 0; all if it is null
 };
 
-/// The codecs of the formats with colours, `Rgb565` to `Bgra32`.
-using SpanCodecs = std::array<SpanCodec, 6>;
+/// The codecs of all formats; those of formats without colours are empty.
+struct SpanCodecs {
+    [[nodiscard]] const SpanCodec& Of(PixelFormat format) const { return codecs[static_cast<std::size_t>(format) - 1]; }
+
+    std::array<SpanCodec, kPixelFormats.size()> codecs;
+};
 
 /// Plain loops over the conversions that define the formats.
 const SpanCodecs& ScalarSpanCodecs();
 
 /// The fastest codecs that this machine runs; chosen at first use.
 const SpanCodecs& ActiveSpanCodecs();
-
-/// The place of a format with colours in a list of codecs.
-constexpr std::size_t SpanCodecIndex(PixelFormat format) {
-    return static_cast<std::size_t>(format) - static_cast<std::size_t>(PixelFormat::Rgb565);
-}
-
-/// The codec of a format with colours.
-inline const SpanCodec& SpanCodecOf(PixelFormat format) {
-    return ActiveSpanCodecs()[SpanCodecIndex(format)];
-}
 
 }  // namespace vantu

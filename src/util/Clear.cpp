@@ -6,7 +6,7 @@
 #include <cstring>
 #include <span>
 
-#include "pixel/FormatDispatch.h"
+#include "pixel/Formats.h"
 #include "pixel/PixelCodec.h"
 #include "pixel/PixelRows.h"
 #include "util/RowExtent.h"
@@ -97,13 +97,13 @@ bool ImageUtil::ClearIndex(IQorImage& image, unsigned int index, const Range<int
 
 bool ImageUtil::ClearPixelAlpha(IQorImage& image, unsigned char alpha, const Range<int, 2>& range) {
     const PixelFormat format = image.GetPixelFormat();
-    if (!HasAlpha(format) || BitsPerPixel(format) == 0) return false;
+    if (!HasAlpha(format)) return false;
     const RowExtent extent = ComputeRowExtent(image, range);
     if (extent.byteCount == 0 || extent.rowCount == 0) return true;
     const auto rows = RowsInMemory(image);
     if (rows.first == nullptr) return false;
 
-    const unsigned int stored = format == PixelFormat::Bgra32Inverted ? 255U - alpha : alpha;
+    const std::uint32_t stored = AlphaByte(format, alpha);
     for (std::size_t i = 0; i < extent.rowCount; ++i) {
         unsigned char* const row = rows.Row(extent.firstRow + i) + extent.byteStart;
         for (std::size_t x = 0; x < extent.byteCount; x += 4) {

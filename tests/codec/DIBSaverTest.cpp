@@ -1,7 +1,7 @@
 #include <vantu/CDIBSaver.h>
 
 #include "codec/Files.h"
-#include "pixel/FormatDispatch.h"
+#include "pixel/Formats.h"
 
 namespace vantu::test {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "codec/Files.h"
 #include "pixel/DynamicAccessor.h"
-#include "pixel/FormatDispatch.h"
+#include "pixel/Formats.h"
 #include "support/Picture.h"
 
 namespace vantu::test {

@@ -26,11 +26,11 @@ protected:
                 EXPECT_TRUE(image.GuardsIntact() && packed.GuardsIntact()) << width;
             }
         };
-        run(ScalarSpanCodecs()[SpanCodecIndex(GetParam())]);
+        run(ScalarSpanCodecs().Of(GetParam()));
         for (const VectorTarget& target : VectorTargets()) {
             SCOPED_TRACE(target.name);
             const ForcedTarget forced(target);
-            run(SpanCodecOf(GetParam()));
+            run(ActiveSpanCodecs().Of(GetParam()));
         }
     }
 };

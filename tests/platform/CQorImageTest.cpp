@@ -7,7 +7,7 @@
 #include <new>
 #include <vector>
 
-#include "pixel/FormatDispatch.h"
+#include "pixel/Formats.h"
 
 namespace vantu {
 namespace {

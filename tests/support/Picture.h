@@ -5,7 +5,7 @@
 #include <random>
 
 #include "pixel/Accessor.h"
-#include "pixel/FormatDispatch.h"
+#include "pixel/Formats.h"
 #include "support/TestImage.h"
 
 // Pixels of an image by their place in the picture, whatever the format: the slow and plain way that fast code is

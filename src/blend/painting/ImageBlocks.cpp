@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "pixel/Accessor.h"
-#include "pixel/FormatDispatch.h"
+#include "pixel/Formats.h"
 
 namespace vantu {
 

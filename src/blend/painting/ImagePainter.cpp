@@ -43,8 +43,8 @@ public:
           source_(source),
           targetRows_(RowsFromTop(destination, kernel.destination)),
           sourceRows_(RowsFromTop(source, kernel.source)),
-          sourceCodec_(SpanCodecOf(kernel.source)),
-          targetCodec_(HasColors(kernel.destination) ? &SpanCodecOf(kernel.destination) : nullptr),
+          sourceCodec_(ActiveSpanCodecs().Of(kernel.source)),
+          targetCodec_(HasColors(kernel.destination) ? &ActiveSpanCodecs().Of(kernel.destination) : nullptr),
           form_(targetCodec_ != nullptr ? targetCodec_->form : PackedForm::Straight),
           foreign_(kernel.destination != destination.GetPixelFormat() || kernel.source != source.GetPixelFormat()),
           inOrder_(foreign_ || Overlap(destination, source)) {

@@ -1,5 +1,6 @@
 #include "blend/painting/KernelTables.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <memory>
@@ -8,7 +9,7 @@
 #include "blend/definition/ModeTable.h"
 #include "blend/painting/ImagePainter.h"
 #include "blend/painting/SurfacePainter.h"
-#include "pixel/FormatDispatch.h"
+#include "pixel/Formats.h"
 
 namespace vantu {
 
@@ -38,8 +39,16 @@ struct CPDFImageBlender::RasterizerBlend final : RasterizerBlendBase<Traits> {
 
 namespace {
 
-constexpr std::array kSourceFormats = {PixelFormat::Rgb555, PixelFormat::Bgr24, PixelFormat::Bgra32Premultiplied,
-                                       PixelFormat::Bgra32Inverted};
+/// The formats of images that can be painted onto images.
+constexpr auto kSourceFormats = [] {
+    constexpr auto isSource = [](const FormatFacts& facts) { return facts.source; };
+    std::array<PixelFormat, std::count_if(kFormatFacts.begin(), kFormatFacts.end(), isSource)> formats{};
+    std::size_t count = 0;
+    for (const FormatFacts& facts : kFormatFacts) {
+        if (isSource(facts)) formats[count++] = facts.format;
+    }
+    return formats;
+}();
 
 template <typename Traits>
 struct PixelBlendEntry {

@@ -93,13 +93,14 @@ Color SoftMaskReader::ColorOfKey(unsigned int key) const {
 const unsigned char* SoftMaskReader::ReadKeys(const unsigned char* row, unsigned int x, std::size_t count) {
     const unsigned int bits = BitsPerPixel(format_);
     if (key_ == Key::Index && bits == 8) return row + x;
+    const unsigned int inverted = AlphaByte(format_, 0);
     for (std::size_t i = 0; i < count; ++i) {
         unsigned int key = 0;
         if (key_ == Key::Index) {
             const std::size_t position = bits * (x + i);
             key = static_cast<unsigned int>(row[position >> 3]) >> (8 - (position & 7) - bits) & ((1U << bits) - 1);
         } else if (key_ == Key::Alpha) {
-            key = row[(x + i) * kPackedBytes + 3] ^ (format_ == PixelFormat::Bgra32Inverted ? 0xFFU : 0U);
+            key = row[(x + i) * kPackedBytes + 3] ^ inverted;
         }
         keys_[i] = static_cast<unsigned char>(key);
     }
@@ -144,7 +145,7 @@ double SoftMaskReader::OpacityOfColor(const unsigned char* bgr) {
 }
 
 bool SoftMaskReader::ReadOpacitiesOfColors(const unsigned char* row, unsigned int x, std::size_t count) {
-    const SpanCodec& codec = SpanCodecOf(format_);
+    const SpanCodec& codec = ActiveSpanCodecs().Of(format_);
     codec.read({row + std::size_t{x} * codec.bytesPerPixel, 0, 1}, count, packed_.data());
     for (std::size_t i = 0; i < count; ++i) {
         unsigned char* const pixel = packed_.data() + i * kPackedBytes;
