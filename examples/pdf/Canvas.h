@@ -3,6 +3,7 @@
 #include <vantu/Painter.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,9 @@ namespace pdf {
 // How an element or a group is put on the page.
 struct Placing {
     vantu::BlendMode mode = vantu::BlendMode::Normal;
-    double alpha = 1;  // 0 to 1
+    double alpha = 1;              // 0 to 1
+    std::optional<Mask> softMask;  // how opaque each pixel is at most
+    bool softMaskIsShape = false;  // whether it says where the element is, too
 };
 
 // The page and the groups open on it: turns what a page paints into calls to Painter, and counts them.
@@ -26,27 +29,31 @@ public:
     Canvas(const Image& page, const Pixels& visible, Calls* calls);
 
     // The pixels that can be painted on at the moment: those of the innermost group.
-    [[nodiscard]] const Pixels& Visible() const { return groups_.back().visible; }
-    [[nodiscard]] bool IsKnockout() const { return groups_.back().knockout; }
+    [[nodiscard]] const Pixels& Visible() const { return groups_.back().shape.box; }
     [[nodiscard]] Calls* GetCalls() const { return calls_; }
+    // Whether a group that is open is a knockout group. An element is there or not in each pixel of such a group: edges
+    // are not smooth, or what the group started on would shine through where they lie on other elements.
+    [[nodiscard]] bool IsKnockout() const { return groups_.back().insideKnockout; }
 
-    // Paints one colour, or a picture whose top left corner lies at a place of the page, through a mask.
-    void Fill(const vantu::Color& color, const Mask& mask, const Placing& placing);
-    void Draw(const Image& picture, const vantu::Point<int, 2>& at, const Mask& mask, const Placing& placing);
+    // Paints one colour, or a picture whose top left corner lies at a place of the page, in a shape.
+    void Fill(const vantu::Color& color, const Mask& shape, const Placing& placing);
+    void Draw(const Image& picture, const vantu::Point<int, 2>& at, const Mask& shape, const Placing& placing);
 
-    // Opens a group. What is painted until EndGroup or TakeGroup belongs to it.
-    void BeginGroup(const Pixels& bounds, const vantu::GroupKind& kind);
+    // Opens a group that can be seen in a shape. What is painted until EndGroup belongs to it.
+    void BeginGroup(const Mask& shape, const vantu::GroupKind& kind);
     // Paints the group that was opened last on what lies below it.
-    void EndGroup(const Mask& mask, const Placing& placing);
+    void EndGroup(const Placing& placing);
 
 private:
     struct Group {
-        Pixels visible;
-        bool knockout;
+        Mask shape;
+        bool insideKnockout = false;
     };
 
+    // The paint of an element or group of a shape, as far as it is not told by runs of pixels.
+    vantu::Paint PaintOf(const Mask& shape, const Placing& placing) const;
     template <typename Call>
-    void Count(const char* what, const Pixels& area, bool masked, const Placing& placing, Call call);
+    void Count(const char* what, const Mask& shape, const Placing& placing, Call call);
 
     vantu::Painter painter_;
     std::vector<Group> groups_;  // the page first

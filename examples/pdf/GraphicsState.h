@@ -51,6 +51,7 @@ struct GraphicsState {
     StrokeStyle line;
     vantu::BlendMode mode = vantu::BlendMode::Normal;
     std::shared_ptr<SoftMask> softMask;  // empty for none
+    bool alphaIsShape = false;
     TextState text;
 };
 

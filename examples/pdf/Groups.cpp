@@ -83,18 +83,19 @@ void Interpreter::PaintGroup(QPDFObjectHandle form, GraphicsState inside) {
         PaintContentOf(form, inside);
         return;
     }
-    const Mask mask = Masked({Intersect(Visible(), Around(MapBox(inside.toDevice, BoxOf(form)))), nullptr});
-    const Pixels bounds = mask.box;
-    if (IsEmpty(bounds)) return;
-    inside.clip = {bounds, nullptr};  // the clip cuts the group as a whole
-    page_.canvas.BeginGroup(bounds, {isolated, knockout, asItIs && !mask.image});
+    const Pixels bounds = Intersect(Visible(), Around(MapBox(inside.toDevice, BoxOf(form))));
+    const Mask shape = Clipped({bounds, nullptr});  // the clip cuts the group as a whole
+    if (IsEmpty(shape.box)) return;
+    inside.clip = {shape.box, nullptr};
+    page_.canvas.BeginGroup(shape, {isolated, knockout, asItIs && !shape.image});
     PaintContentOf(form, inside);
-    page_.canvas.EndGroup(mask, PlacingOf(state_.fill));
+    page_.canvas.EndGroup(PlacingOf(state_.fill));
 }
 
-Mask Interpreter::Masked(const Mask& shape) {
-    const Mask clipped = Intersect(shape, state_.clip);
-    return state_.softMask && !IsEmpty(clipped.box) ? Intersect(clipped, MaskOf(*state_.softMask)) : clipped;
+Placing Interpreter::PlacingOf(const Ink& ink) {
+    Placing placing{state_.mode, ink.alpha, std::nullopt, state_.alphaIsShape};
+    if (state_.softMask) placing.softMask = MaskOf(*state_.softMask);
+    return placing;
 }
 
 // A soft mask's group is painted as a page of its own: its alpha, or its luminosity on the backdrop colour, is the
@@ -115,7 +116,9 @@ const Mask& Interpreter::MaskOf(SoftMask& softMask) {
 
     const Matrix toDevice = Concat(ToMatrix(Entry(form, "/Matrix")), softMask.toDevice);
     const Pixels all = page_.canvas.Visible();
-    const Pixels bounds = outside == 0 ? Intersect(all, Around(MapBox(toDevice, BoxOf(form)))) : all;
+    // In a knockout group an element is also there where a mask makes it clear.
+    const bool needsAll = outside != 0 || page_.canvas.IsKnockout();
+    const Pixels bounds = !needsAll ? Intersect(all, Around(MapBox(toDevice, BoxOf(form)))) : all;
     if (IsEmpty(bounds)) return *softMask.mask;
     const auto image =
         std::make_shared<vantu::CQorImage>(static_cast<unsigned int>(bounds.x1), static_cast<unsigned int>(bounds.y1),
@@ -126,9 +129,9 @@ const Mask& Interpreter::MaskOf(SoftMask& softMask) {
     const GraphicsState inside = InitialState(toDevice, bounds);
     const bool knockout = ToBool(Entry(group, "/K"), false);
     const bool needsGroup = knockout || (byLuminosity && UsesBlendModes(form));
-    if (needsGroup) canvas.BeginGroup(bounds, {true, knockout, true});
+    if (needsGroup) canvas.BeginGroup({bounds, nullptr}, {true, knockout, true});
     Interpreter(page, resources_, inside).PaintContentOf(form, inside);
-    if (needsGroup) canvas.EndGroup({bounds, nullptr}, {});
+    if (needsGroup) canvas.EndGroup({});
 
     Mask mask = MakeMask(bounds);
     for (int y = bounds.y0; y < bounds.y1; ++y) {

@@ -180,6 +180,7 @@ void Interpreter::SetParameters(QPDFObjectHandle dictionary) {
         if (key == "/ca") state_.fill.alpha = std::clamp(ToNumber(value, 1), 0.0, 1.0);
         if (key == "/CA") state_.stroke.alpha = std::clamp(ToNumber(value, 1), 0.0, 1.0);
         if (key == "/BM") state_.mode = ToBlendMode(value, page_.notes);
+        if (key == "/AIS") state_.alphaIsShape = ToBool(value, false);
         if (key == "/TK") state_.text.knockout = ToBool(value, true);
         if (key == "/SMask") {
             state_.softMask.reset();

@@ -67,15 +67,14 @@ private:
     void PaintShape(const Mask& shape, const Ink& ink);
     void PaintPicture(QPDFObjectHandle picture);
     void PaintShadingOf(QPDFObjectHandle shading);
-    [[nodiscard]] Placing PlacingOf(const Ink& ink) const { return {state_.mode, ink.alpha}; }
+    Placing PlacingOf(const Ink& ink);
     // The pixels that can be painted on at the moment.
     [[nodiscard]] Pixels Visible() const { return Intersect(state_.clip.box, page_.canvas.Visible()); }
     [[nodiscard]] bool IsHidden() const { return hiddenDepth_ > 0; }
 
     void PaintObject(QPDFObjectHandle object);
     void PaintGroup(QPDFObjectHandle form, GraphicsState inside);
-    // What of a shape is inside the clip, and how opaque the soft mask lets it be there.
-    Mask Masked(const Mask& shape);
+    [[nodiscard]] Mask Clipped(const Mask& shape) const { return Intersect(shape, state_.clip); }
     const Mask& MaskOf(SoftMask& softMask);
 
     void PaintTiles(const Mask& mask, const Ink& ink);

@@ -6,6 +6,8 @@ namespace pdf {
 
 namespace {
 
+constexpr unsigned char kHalf = 128;
+
 // round(a * b / 255)
 unsigned char Product(unsigned int a, unsigned int b) {
     return static_cast<unsigned char>((a * b * 2 + 255) / 510);
@@ -72,6 +74,35 @@ Mask UnderStroke(const Mask& fill, const Mask& stroke, double strokeAlpha) {
         }
     }
     return out;
+}
+
+Mask AtLeast(const Mask& mask, unsigned char least) {
+    if (!mask.image) return mask;
+    Mask out = Cut(mask, mask.box);
+    for (int y = mask.box.y0; y < mask.box.y1; ++y) {
+        unsigned char* const row = RowOf(out, y);
+        std::transform(row, row + Width(mask.box), row, [least](unsigned char s) { return std::max(s, least); });
+    }
+    return out;
+}
+
+std::vector<Pixels> RunsOf(const Mask& mask) {
+    if (!mask.image) return {mask.box};
+    const auto isInside = [](unsigned char sample) { return sample >= kHalf; };
+    std::vector<Pixels> runs;
+    for (int y = mask.box.y0; y < mask.box.y1; ++y) {
+        const unsigned char* const row = RowOf(mask, y);
+        const unsigned char* const end = row + Width(mask.box);
+        for (const unsigned char* first = row;;) {
+            first = std::find_if(first, end, isInside);
+            if (first == end) break;
+            const unsigned char* const last = std::find_if_not(first, end, isInside);
+            runs.push_back(
+                {mask.box.x0 + static_cast<int>(first - row), y, mask.box.x0 + static_cast<int>(last - row), y + 1});
+            first = last;
+        }
+    }
+    return runs;
 }
 
 }  // namespace pdf

@@ -3,6 +3,7 @@
 #include <vantu/IQorImage.h>
 
 #include <memory>
+#include <vector>
 
 #include "Geometry.h"
 
@@ -31,5 +32,11 @@ Mask Intersect(const Mask& a, const Mask& b);
 // The part of a fill through which it is painted before its stroke, so that the two are one object that shows the
 // backdrop once: with f, s the two coverages and a the stroke's alpha, f (1 - s) / (1 - a s) in each pixel.
 Mask UnderStroke(const Mask& fill, const Mask& stroke, double strokeAlpha);
+
+// The mask with the samples raised that are below `least`.
+Mask AtLeast(const Mask& mask, unsigned char least);
+
+// The pixels of which at least half is inside, as runs in rows from the top.
+std::vector<Pixels> RunsOf(const Mask& mask);
 
 }  // namespace pdf

@@ -27,7 +27,7 @@ void Interpreter::PaintOutline(const Path& path, const Matrix& toDevice, bool fi
 }
 
 void Interpreter::PaintShape(const Mask& shape, const Ink& ink) {
-    const Mask mask = Masked(shape);
+    const Mask mask = Clipped(shape);
     if (IsEmpty(mask.box)) return;
     if (!ink.space->IsPattern()) {
         page_.canvas.Fill(ink.space->ToColor(ink.components), mask, PlacingOf(ink));
@@ -48,14 +48,14 @@ void Interpreter::PaintPicture(QPDFObjectHandle picture) {
         PaintShape(placed.coverage, state_.fill);
     } else {
         const Pixels& box = placed.coverage.box;
-        page_.canvas.Draw(placed.image, {box.x0, box.y0}, Masked(placed.coverage), PlacingOf(state_.fill));
+        page_.canvas.Draw(placed.image, {box.x0, box.y0}, Clipped(placed.coverage), PlacingOf(state_.fill));
     }
 }
 
 void Interpreter::PaintShadingOf(QPDFObjectHandle shading) {
     if (IsHidden()) return;
     const ShadedImage shaded = PaintShading(shading, resources_, state_.toDevice, Visible(), false, page_.notes);
-    page_.canvas.Draw(shaded.image, {shaded.box.x0, shaded.box.y0}, Masked({shaded.box, nullptr}),
+    page_.canvas.Draw(shaded.image, {shaded.box.x0, shaded.box.y0}, Clipped({shaded.box, nullptr}),
                       PlacingOf(state_.fill));
 }
 

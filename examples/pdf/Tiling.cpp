@@ -81,9 +81,9 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const double across = lattice.step.x * std::hypot(toDevice.a, toDevice.b);
     const double down = lattice.step.y * std::hypot(toDevice.c, toDevice.d);
     if (std::min(across, down) >= kLeastPaintedStep && across * down >= kLeastPaintedArea) {
-        page_.canvas.BeginGroup(area, {true, false, false});
+        page_.canvas.BeginGroup(mask, {true, false, false});
         paintTiles(page_, tiles, toDevice, area);
-        page_.canvas.EndGroup(mask, PlacingOf(ink));
+        page_.canvas.EndGroup(PlacingOf(ink));
         return;
     }
 
