@@ -48,7 +48,9 @@ public:
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory) const;
     /// @}
     /// The same, and why there is no image.
+    /// @param path, memory as above.
     /// @param[out] result what became of it; as it was if an exception leaves.
+    /// @return as above.
     /// @{
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::string& path, void** memory, LoadResult& result) const;
     [[nodiscard]] std::shared_ptr<IQorImage> Load(const std::wstring& path, void** memory, LoadResult& result) const;
@@ -60,7 +62,8 @@ public:
     /// @return as above.
     [[nodiscard]] std::shared_ptr<IQorImage> Load(int fd, void** memory) const;
     /// The same, and why there is no image.
-    /// @param[out] result as above.
+    /// @param fd, memory, result as above.
+    /// @return as above.
     [[nodiscard]] std::shared_ptr<IQorImage> Load(int fd, void** memory, LoadResult& result) const;
 
 private:
