@@ -10,16 +10,19 @@ namespace {
 /// Goes where a kernel would go, and looks only.
 class Inspector {
 public:
-    Inspector(const IQorImage* target, const IQorImage& source, const IQorImage* mask)
-        : target_(target), source_(source), mask_(mask) {}
+    Inspector(const BlendRequestBase& request, const IQorImage* target, const IQorImage& source)
+        : request_(request), target_(target), source_(source) {}
 
     void Rect(const PaintArea& area) {
         if (target_ != nullptr) Look("image that it paints on", *target_, area.targetX, area.targetY, area);
         Look("source", source_, area.sourceX, area.sourceY, area);
     }
     void Masked(const PaintArea& area, unsigned int maskX, unsigned int maskY) {
+        const IQorImage& mask = **request_.mask;
+        const bool paints = mask.GetPixelData() != nullptr && (HasStencil(request_) || *request_.maskTransfer);
+        if (!paints) return;
         Rect(area);
-        Look("mask", *mask_, maskX, maskY, area);
+        Look("mask", mask, maskX, maskY, area);
     }
 
     [[nodiscard]] bool Inside() const { return inside_; }
@@ -34,16 +37,16 @@ private:
                      x1, y0, y1, what, image.GetWidth(), image.GetHeight());
     }
 
+    const BlendRequestBase& request_;
     const IQorImage* target_;
     const IQorImage& source_;
-    const IQorImage* mask_;
     bool inside_ = true;
 };
 
 }  // namespace
 
 bool MayPaint(const BlendRequestBase& request, const IQorImage* target, const IQorImage& source) {
-    Inspector inspector(target, source, request.mask->get());
+    Inspector inspector(request, target, source);
     WalkRanges(request, inspector);
     return inspector.Inside();
 }

@@ -58,6 +58,8 @@ TEST_P(CheckedRanges, LookWhereAMaskedRangePaints) {
     EXPECT_EQ(Complain({2, 2, 8, 6}, {2, 0}), "") << "read as it stands, painted two to the right";
     EXPECT_NE(Complain({2, 2, 8, 6}, {3, 0}), "");
     EXPECT_NE(Complain({2, 2, 9, 6}, {0, 0}), "");
+    call_.mask = std::make_shared<TestImage>(Shape{4, 4, Bgr24});
+    EXPECT_EQ(Complain({2, 2, 4, 4}, {90, 0}), "") << "a soft mask without a function lets nothing through";
 }
 
 INSTANTIATE_TEST_SUITE_P(InAGroupOrNot, CheckedRanges, testing::Bool());
