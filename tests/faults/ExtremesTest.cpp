@@ -1,4 +1,4 @@
-// Sizes at the ends of their ranges: nothing, one pixel, long rows, many ranges, many groups, headers that claim much.
+// Sizes at the ends of their ranges: no pixels, rows that wrap in 32 bits, headers that claim much.
 
 #include <vantu/CDIBSaver.h>
 #include <vantu/CQorImage.h>
