@@ -68,7 +68,7 @@ void ElementShape::CutToMask(std::vector<Rectangle>& ranges, const IQorImage& ma
                              const IPDFTransferFunction& transfer) {
     if (!colors_) colors_ = std::make_shared<CQorImage>(kMostPixels, 1U, PixelFormat::Bgra32, 4, false);
     Cut(ranges, at, [&](int x, int y, unsigned char* has, int count) {
-        ImageUtil::Copy(mask, {x, y, x + count, y + 1}, *colors_, {0, 0});
+        if (!ImageUtil::Copy(mask, {x, y, x + count, y + 1}, *colors_, {0, 0})) return;
         const unsigned char* const pixels = colors_->GetPixelData();
         // Neighbours are often alike.
         std::optional<unsigned int> asked;

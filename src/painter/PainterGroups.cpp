@@ -91,14 +91,22 @@ bool Painter::Implementation::PageIsCopiedExactly() const {
 }
 
 void Painter::Implementation::CopyContent(const Level& from, const Level& group) const {
-    std::shared_ptr<const IQorImage> content = from.image ? from.image : page_;
-    Rectangle range = group.bounds;
-    if (from.image) range = Moved(range, from.origin);
-    if (!content) {
-        content = ReadSurface(*surface_, group.bounds);
-        range = WholeOf(*content);
+    const Rectangle whole = WholeOf(*group.image);
+    if (from.image) {
+        ImageUtil::Copy(*from.image, Moved(group.bounds, from.origin), *group.image, {0, 0});
+    } else if (page_) {
+        ImageUtil::Copy(PagePart(group.bounds), whole, *group.image, {0, 0});
+    } else {
+        ImageUtil::Copy(*ReadSurface(*surface_, group.bounds), whole, *group.image, {0, 0});
     }
-    ImageUtil::Copy(*content, range, *group.image, {0, 0});
+}
+
+/// The pixels of the page in a rectangle, from (0, 0) on. Palettes do not count on a page.
+ImageView Painter::Implementation::PagePart(const Rectangle& r) const {
+    ImageView view;
+    view.Show(*page_, static_cast<unsigned int>(r.x0), static_cast<unsigned int>(r.y0),
+              static_cast<unsigned int>(r.y1 - r.y0), nullptr);
+    return view;
 }
 
 void Painter::Implementation::OpenInBlender(const Level& group) {
@@ -144,11 +152,8 @@ PaintResult Painter::Implementation::CopyBack(const Level& group) {
     shape_.assign(1, group.bounds);
     AddVisible(shape_, group.bounds);
     for (const Rectangle& r : ranges_->ranges) {
-        // Copy does nothing where the target's position is beyond the end of the source's range, so the target is a
-        // view that starts there.
-        ImageView target;
-        target.Show(*page_, static_cast<unsigned int>(r.x0), static_cast<unsigned int>(r.y0),
-                    static_cast<unsigned int>(r.y1 - r.y0), nullptr);
+        // Copy does nothing where the target's position is beyond the end of the source's range: it starts at (0, 0).
+        ImageView target = PagePart(r);
         ImageUtil::Copy(*group.image, Moved(r, group.origin), target, {0, 0});
     }
     levels_.back().painted = true;

@@ -70,6 +70,7 @@ private:
 
     [[nodiscard]] const Level* StartOf(const GroupKind& kind) const;
     [[nodiscard]] bool PageIsCopiedExactly() const;
+    [[nodiscard]] ImageView PagePart(const Rectangle& r) const;
     void CopyContent(const Level& from, const Level& group) const;
     void OpenInBlender(const Level& group);
     PaintResult CopyBack(const Level& group);
