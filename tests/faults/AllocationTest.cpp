@@ -5,6 +5,7 @@
 #include <vantu/CQorImage.h>
 #include <vantu/CQorStorage.h>
 #include <vantu/ImageUtil.h>
+#include <vantu/Painter.h>
 
 #include "blend/Scene.h"
 #include "codec/Files.h"
@@ -227,6 +228,31 @@ TEST(AllocationFailure, BlendInAGroupLeavesTheGroupAsItWas) {
             });
         }
     }
+}
+
+TEST(AllocationFailure, PainterKeepsItsGroupsInOrder) {
+    const auto page = std::make_shared<TestImage>(Shape{9, 7, Bgra32Premultiplied});
+    const auto stencil = Row(Index1, {0b01011010});
+    Painter painter(page);
+    const auto paint = [&] {
+        painter.SetClip({{0, 0, 5, 7}, {4, 2, 9, 7}});
+        painter.BeginGroup({1, 1, 9, 7}, {.knockout = true});
+        painter.Fill({{2, 2, 6, 6}, {4, 1, 8, 5}}, 0x80406080, {.mode = BlendMode::Multiply});
+        painter.Fill({0, 0, 9, 9}, 0xFFFFEEDD, {.mask = stencil, .maskAt = {1, 3}});
+        painter.EndGroup({.alpha = 200});
+        painter.ClearClip();
+        return true;
+    };
+    paint();
+    const Bytes expected = page->Bytes();
+    WithEveryAllocationFailing([&](Failure& failure) {
+        painter = Painter(page);
+        failure.In(paint);
+        while (painter.GetGroupDepth() > 0) painter.EndGroup({.alpha = 0});
+        std::fill_n(page->GetPixelData(), page->Size(), TestImage::kFreshByte);
+        paint();
+        EXPECT_EQ(page->Bytes(), expected);
+    });
 }
 
 TEST(AllocationFailure, BeginGroupOpensAGroupOrLeavesTheStack) {

@@ -4,7 +4,9 @@
 #include <vantu/Painter.h>
 
 #include <algorithm>
+#include <limits>
 #include <optional>
+#include <stdexcept>
 
 #include "blend/Painting.h"
 
@@ -19,7 +21,10 @@ inline bool Holds(const Rectangle& r, int x, int y) {
 }
 
 inline Rectangle RectangleOf(const IQorImage& image, const Point<int, 2>& at) {
-    return {at.x, at.y, at.x + static_cast<int>(image.GetWidth()), at.y + static_cast<int>(image.GetHeight())};
+    const auto end = [](int start, unsigned int length) {
+        return static_cast<int>(std::min<std::int64_t>(std::int64_t{start} + length, std::numeric_limits<int>::max()));
+    };
+    return {at.x, at.y, end(at.x, image.GetWidth()), end(at.y, image.GetHeight())};
 }
 
 /// One pixel of an image as an image of the same format and palette.
@@ -70,7 +75,8 @@ public:
         };
         Rectangle box = cut(bounds, parent.bounds);
         if (clip) {
-            Rectangle all{kFar, kFar, -kFar, -kFar};
+            constexpr int least = std::numeric_limits<int>::min(), most = std::numeric_limits<int>::max();
+            Rectangle all{most, most, least, least};
             for (const Rectangle& r : *clip) {
                 if (r.x0 >= r.x1 || r.y0 >= r.y1) continue;
                 all = {std::min(all.x0, r.x0), std::min(all.y0, r.y0), std::max(all.x1, r.x1), std::max(all.y1, r.y1)};
@@ -116,7 +122,7 @@ public:
         const Rectangle whole = RectangleOf(*group.image, {0, 0});
         const Image grey =
             std::make_shared<TestImage>(Shape{group.image->GetWidth(), group.image->GetHeight(), PixelFormat::Index8});
-        EXPECT_TRUE(test::Paint(*blender_, {.source = group.image, .coverage = Cover({whole}), .mask = grey}));
+        Blend({.source = group.image, .coverage = Cover({whole}), .mask = grey});
         blender_->EndGroup();
         levels_.pop_back();
         clip = group.clip;
@@ -140,8 +146,6 @@ public:
     std::optional<std::vector<Rectangle>> clip;
 
 private:
-    static constexpr int kFar = 1000;  ///< beyond all pages
-
     struct Level {
         Image image;
         std::shared_ptr<IQorImage> start;
@@ -153,6 +157,10 @@ private:
         bool copiedBack = false;
         bool painted = false;
     };
+
+    void Blend(const Call& call) {
+        if (!test::Paint(*blender_, call)) throw std::logic_error("a call made by hand is refused");
+    }
 
     [[nodiscard]] bool InClip(int x, int y) const {
         return !clip || std::ranges::any_of(*clip, [&](const Rectangle& r) { return Holds(r, x, y); });
@@ -209,7 +217,7 @@ private:
             call.coverage = Cover({{tx, ty, tx + 1, ty + 1}});
             call.offset = {-tx, -ty};
         }
-        EXPECT_TRUE(test::Paint(*blender_, call));
+        Blend(call);
         level.painted = true;
         return true;
     }
