@@ -200,6 +200,7 @@ def main():
         numbers = random.Random(i)
         put("coverage", f"choices{i:02}", numbers.randbytes(30 + 20 * i))
         put("blend", f"choices{i:02}", numbers.randbytes(120 + 40 * i))
+        put("painter", f"choices{i:02}", numbers.randbytes(80 + 40 * i))
 
 
 if __name__ == "__main__":
