@@ -1,7 +1,9 @@
 #include "SetupBench.h"
 
 #include <benchmark/benchmark.h>
+#include <vantu/CIdentityPDFTransferFunction.h>
 #include <vantu/ImageUtil.h>
+#include <vantu/Painter.h>
 
 #include <cstring>
 #include <string>
@@ -40,6 +42,37 @@ void SmallBlend(benchmark::State& state, unsigned int size) {
     }
 }
 
+/// The same by a painter.
+void SmallDraw(benchmark::State& state, unsigned int size) {
+    const std::shared_ptr<IQorImage> source = MakeSquare(size, 128);
+    Painter painter(MakeSquare(size, 255));
+    for (auto _ : state) painter.Draw(source, {0, 0});
+}
+
+/// A square through a soft mask of its size, by the blender or by a painter.
+void SmallMasked(benchmark::State& state, unsigned int size, bool byPainter) {
+    const std::shared_ptr<IQorImage> source = MakeSquare(size, 255), page = MakeSquare(size, 255);
+    const auto blender = MakeBlender(page);
+    Painter painter(page);
+    Paint paint;
+    paint.mask = std::make_shared<CQorImage>(size, size, PixelFormat::Index8, 0, false);
+    paint.maskTransfer = std::make_shared<CIdentityPDFTransferFunction>(IPDFTransferFunction::SourceType::Luminosity);
+    for (unsigned int i = 0; i < size * size; ++i) {
+        paint.mask->GetPixelData()[i] = static_cast<unsigned char>(i * 255 / (size * size));
+    }
+    const std::shared_ptr<Coverage> coverage = IPDFImageBlender::CreateCoverage();
+    coverage->AddRange({0, 0, static_cast<int>(size), static_cast<int>(size)});
+    std::shared_ptr<Coverage> blended;
+    for (auto _ : state) {
+        if (byPainter) {
+            painter.Draw(source, {0, 0}, paint);
+        } else {
+            blender->Blend(source, coverage, {0, 0}, paint.mask, paint.maskTransfer, {0, 0}, 255, BlendMode::Normal,
+                           blended);
+        }
+    }
+}
+
 void BeginAndEndGroup(benchmark::State& state) {
     const auto image = MakeSquare(kGroupSize, 255);
     const auto blender = MakeBlender(image);
@@ -67,6 +100,16 @@ void RegisterSetupBenchmarks() {
         const std::string side = std::to_string(size);
         const std::string name = "Setup/Blend " + side + "x" + side;
         benchmark::RegisterBenchmark(name.c_str(), [size](benchmark::State& state) { SmallBlend(state, size); });
+    }
+    for (const unsigned int size : {1U, 16U}) {
+        const std::string side = std::to_string(size);
+        const auto add = [&](const std::string& what, auto run) {
+            const std::string name = "Setup/" + what + " " + side + "x" + side;
+            benchmark::RegisterBenchmark(name.c_str(), run);
+        };
+        add("Draw", [size](benchmark::State& state) { SmallDraw(state, size); });
+        add("Blend through mask", [size](benchmark::State& state) { SmallMasked(state, size, false); });
+        add("Draw through mask", [size](benchmark::State& state) { SmallMasked(state, size, true); });
     }
     benchmark::RegisterBenchmark("Setup/BeginGroup and EndGroup 256x256", BeginAndEndGroup);
     benchmark::RegisterBenchmark("Setup/Clone and zeroed vector 256x256", CloneAndZero);
