@@ -5,7 +5,6 @@
 #include <exception>
 #include <iostream>
 
-#include "GroupFigure.h"
 #include "Pictures.h"
 
 using namespace examples;
@@ -13,20 +12,14 @@ using namespace vantu;
 
 namespace {
 
-constexpr Range<int, 2> kGroup{0, 0, 60, 60};
-constexpr unsigned char kHalf = 128;
-
 // The colour of the overlap, on white paper.
 unsigned int PaintSquares(bool knockout) {
     const std::shared_ptr<IQorImage> paper = MakeSheet(60, 60, 0xFFFFFFFF);
-    const auto blender = MakeBlender(paper);
-    const std::shared_ptr<IQorImage> group = MakeGroupImage(*paper, kGroup, true);
-
-    blender->BeginGroup(group, nullptr, knockout, true, false);
-    PaintAt(*blender, MakeSheet(40, 40, 0xFFFF0000), {0, 0}, kHalf, BlendMode::Normal);
-    PaintAt(*blender, MakeSheet(40, 40, 0xFF0000FF), {20, 20}, kHalf, BlendMode::Normal);
-    blender->EndGroup();
-    PaintAt(*blender, group, {0, 0}, 255, BlendMode::Normal);
+    Painter page(paper);
+    page.BeginGroup({0, 0, 60, 60}, {.isolated = true, .knockout = knockout});
+    page.Fill({0, 0, 40, 40}, 0xFFFF0000, {.alpha = 128});
+    page.Fill({20, 20, 60, 60}, 0xFF0000FF, {.alpha = 128});
+    page.EndGroup();
 
     const unsigned char* const middle = RowOf(*paper, 30) + 3 * 30;
     return static_cast<unsigned int>(middle[2] << 16 | middle[1] << 8 | middle[0]);

@@ -1,4 +1,4 @@
-// Paints a half transparent sheet on paper with Multiply: all that a program needs for its first blended pixel.
+// Paints a half transparent sheet on paper with Multiply by a call of the blender itself, as a painter makes it.
 
 #include <vantu/imageop.h>
 

@@ -32,7 +32,7 @@ void PaintFade() {
     const auto slow = std::make_shared<CExponentialPDFTransferFunction>(Source::Luminosity, 0.0, 1.0, 2.0);
 
     const unsigned char leftBefore = RowOf(*page, 200)[0];
-    PaintThrough(*MakeBlender(page), cat, mask, slow, {0, 0}, 255, BlendMode::Normal);
+    Painter(page).Draw(cat, {0, 0}, {.mask = mask, .maskTransfer = slow});
     const std::size_t last = std::size_t{3} * (page->GetWidth() - 1);
     std::cout << "opacity at the left " << slow->ComputeAlpha(0xFF000000) << ", in the middle "
               << slow->ComputeAlpha(0xFF808080) << ", at the right " << slow->ComputeAlpha(0xFFFFFFFF) << '\n';

@@ -37,8 +37,7 @@ std::shared_ptr<IQorImage> MakeArrow() {
 
 void PaintArrow() {
     const std::shared_ptr<IQorImage> paper = MakeSheet(kSide, kSide, 0xFFFFFFFF);
-    const auto ink = MakeSheet(kSide, kSide, 0xFF203060);
-    PaintThrough(*MakeBlender(paper), ink, MakeArrow(), nullptr, {0, 0}, 255, BlendMode::Normal);
+    Painter(paper).Fill({0, 0, kSide, kSide}, 0xFF203060, {.mask = MakeArrow()});
     for (unsigned int y = 0; y < kSide; ++y) {
         for (unsigned int x = 0; x < kSide; ++x) {
             const bool painted = RowOf(*paper, y)[3 * x] == 0x60;
