@@ -7,10 +7,14 @@
 
 #define HWY_WANT_AVX3_DL  // AVX-512 with byte permutations, which the library compiles only if it is asked to
 #define HWY_DISABLED_TARGETS \
-    (~(HWY_SCALAR | HWY_EMU128 | HWY_SSE4 | HWY_AVX2 | HWY_AVX3 | HWY_AVX3_DL | HWY_NEON | HWY_NEON_WITHOUT_AES))
+    (~(HWY_SCALAR | HWY_EMU128 | HWY_SSE4 | HWY_AVX2 | HWY_AVX3 | HWY_AVX3_DL | IMAGEOP_NEON_TARGET))
 #include <hwy/detect_targets.h>
-#ifndef HWY_NEON_WITHOUT_AES  // older libraries have one set of this family
-#define HWY_NEON_WITHOUT_AES 0
+
+/// Newer libraries have sets with and without encryption, which is of no use here, older ones a single set.
+#ifdef HWY_NEON_WITHOUT_AES
+#define IMAGEOP_NEON_TARGET HWY_NEON_WITHOUT_AES
+#else
+#define IMAGEOP_NEON_TARGET HWY_NEON
 #endif
 
 /// Whether the set being compiled has vectors; otherwise the scalar code runs.
