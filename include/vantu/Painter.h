@@ -25,7 +25,7 @@ enum class PaintResult {
     MaskFormat,           ///< the mask's format is none
     MaskWithoutFunction,  ///< a soft mask came without a transfer function
     NoSuchMode,           ///< the blend mode is none
-    PlainGroup,           ///< a plain group ended with a mode, an alpha or a mask, which were not heeded
+    PlainGroup,           ///< a plain or normal group ended otherwise, which was not heeded
     NoGroup,              ///< no group is open
 };
 
@@ -52,6 +52,10 @@ struct GroupKind {
     /// The group will end with Normal, alpha 255 and no mask. This is a promise that saves work and rounding: a group
     /// that is not isolated need not have what lies below taken out of it again.
     bool plain = false;
+    /// The group will end with Normal, at any alpha and through any mask; a plain one does. Over opaque pixels such a
+    /// group is painted as it stands, what lies below included, which gives the same: nothing is taken out of it, and
+    /// no colour is bent by that.
+    bool normal = false;
 };
 
 /// Paints pictures, colours and transparency groups on a page: an image, or a host's surface.

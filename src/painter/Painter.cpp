@@ -16,7 +16,8 @@ const char* TextOf(PaintResult result) {
         case PaintResult::MaskFormat: return "the mask's format is none";
         case PaintResult::MaskWithoutFunction: return "a soft mask needs a transfer function";
         case PaintResult::NoSuchMode: return "there is no such blend mode";
-        case PaintResult::PlainGroup: return "a plain group ends with Normal, alpha 255 and no mask";
+        case PaintResult::PlainGroup:
+            return "a normal group ends with Normal, a plain one with alpha 255 and no mask, too";
         case PaintResult::NoGroup: return "no group is open";
     }
     return "no result";

@@ -34,8 +34,18 @@ std::shared_ptr<CQorImage> ReadSurface(RasterSurface& surface, const Rectangle& 
     return image;
 }
 
-bool IsPlain(const Paint& paint) {
-    return paint.mode == BlendMode::Normal && paint.alpha == 255 && !paint.mask;
+/// Whether a group ends as it was promised.
+bool IsAsPromised(const GroupKind& kind, const Paint& paint) {
+    if (kind.plain) return paint.mode == BlendMode::Normal && paint.alpha == 255 && !paint.mask;
+    return !kind.normal || paint.mode == BlendMode::Normal;
+}
+
+/// Whether all pixels of a 32-bit image without padding are opaque.
+bool IsOpaque(const IQorImage& image) {
+    const unsigned char* pixel = image.GetPixelData();
+    const unsigned char* const end = pixel + std::size_t{image.GetWidth()} * image.GetHeight() * 4;
+    while (pixel != end && pixel[3] == 255) pixel += 4;
+    return pixel == end;
 }
 
 }  // namespace
@@ -76,6 +86,9 @@ PaintResult Painter::Implementation::BeginGroup(const Rectangle& bounds, const G
             group.image = MakeImage(group.bounds, PixelFormat::Bgra32Premultiplied);
             group.ownsImage = true;
             if (start != nullptr) CopyContent(*start, group);
+            // C + k (result - C) = (1 - k) C + k result, where C is what lies below and k how opaque the group is.
+            group.keepsBackdrop =
+                kind.isolated || group.copiedBack || (kind.normal && !parent.kind.knockout && IsOpaque(*group.image));
             OpenInBlender(group);
         }
         result = PaintResult::GroupBegun;
@@ -110,8 +123,7 @@ ImageView Painter::Implementation::PagePart(const Rectangle& r) const {
 }
 
 void Painter::Implementation::OpenInBlender(const Level& group) {
-    const bool keepBackdrop = group.kind.isolated || group.copiedBack;
-    blender_->BeginGroup(group.image, nullptr, group.kind.knockout, keepBackdrop, false);
+    blender_->BeginGroup(group.image, nullptr, group.kind.knockout, group.keepsBackdrop, false);
     // The group notes these two empty ranges as one, the box of both: its whole image. Each range that is painted later
     // is joined to it, so that every pixel is resolved once.
     const Rectangle whole = WholeOf(*group.image);
@@ -139,9 +151,11 @@ PaintResult Painter::Implementation::EndGroup(const Paint& paint) {
     } else if (group.painted && group.copiedBack) {
         result = CopyBack(group);
     } else if (group.painted) {
-        result = Draw(group.image, group.origin, group.kind.plain ? Paint{} : paint);
+        Paint asPromised = group.kind.plain ? Paint{} : paint;
+        if (group.kind.normal) asPromised.mode = BlendMode::Normal;
+        result = Draw(group.image, group.origin, asPromised);
     }
-    return group.kind.plain && !IsPlain(paint) ? PaintResult::PlainGroup : result;
+    return IsAsPromised(group.kind, paint) ? result : PaintResult::PlainGroup;
 }
 
 /// Puts the group's image in the page's place, as far as the clip allows.
