@@ -9,7 +9,7 @@
 
 #include "blend/CheckedRanges.h"
 #include "blend/GroupResolve.h"
-#include "blend/painting/KernelTables.h"
+#include "blend/KernelTables.h"
 
 namespace vantu {
 

@@ -7,8 +7,8 @@
 #include <memory>
 #include <vector>
 
-#include "blend/BlendRequest.h"
 #include "blend/GroupState.h"
+#include "blend/definition/BlendRequest.h"
 
 namespace vantu {
 

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "blend/RangeWalk.h"
+#include "blend/definition/RangeWalk.h"
 
 namespace vantu {
 namespace {

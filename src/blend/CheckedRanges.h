@@ -1,6 +1,6 @@
 #pragma once
 
-#include "blend/BlendRequest.h"
+#include "blend/definition/BlendRequest.h"
 
 namespace vantu {
 

@@ -72,6 +72,11 @@ constexpr bool HasAlpha(PixelFormat format) {
     return HasColors(format) && FactsOf(format).colors != PixelColors::Opaque;
 }
 
+/// Whether pixels lie in memory as the blending stages take them: blue, green, red, alpha.
+constexpr bool IsPacked(PixelFormat format) {
+    return HasAlpha(format) && !FactsOf(format).inverted;
+}
+
 /// The alpha byte that a format with alpha stores for an alpha, and back.
 constexpr unsigned char AlphaByte(PixelFormat format, unsigned int alpha) {
     return static_cast<unsigned char>(FactsOf(format).inverted ? 255 - alpha : alpha);

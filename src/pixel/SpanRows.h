@@ -56,7 +56,7 @@ constexpr SpanCodec MakeSpanCodec() {
     return {
         .form = facts.colors == PixelColors::Straight ? PackedForm::Straight : PackedForm::Premultiplied,
         .bytesPerPixel = BitsPerPixel(F) / 8,
-        .inPlace = HasAlpha(F) && !facts.inverted,
+        .inPlace = IsPacked(F),
         .keepsUnwritten = facts.lossy,
         .read =
             [](const PixelRows<const unsigned char>& from, std::size_t width, unsigned char* packed) {

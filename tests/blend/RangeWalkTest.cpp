@@ -1,4 +1,4 @@
-#include "blend/RangeWalk.h"
+#include "blend/definition/RangeWalk.h"
 
 #include <gtest/gtest.h>
 

@@ -131,47 +131,46 @@ void NormalStencil(const PixelLoopContext<BlendingTraits>& context, const PaintA
     }
 }
 
-/// The loops of a group kernel choose the knockout form once per rectangle.
-template <BlendMode Mode>
-struct GroupLoopsOf {
-    using Context = PixelLoopContext<GroupBlendingTraits>;
-    using Knockout = LoopsOf<GroupStep<Mode, true>>;
-    using Joined = LoopsOf<GroupStep<Mode, false>>;
-
-    static void Rect(const Context& context, const PaintArea& area) {
-        (*context.request.knockout ? Knockout::Rect : Joined::Rect)(context, area);
-    }
-    static void Stencil(const Context& context, const PaintArea& area, const StencilView& mask, unsigned int maskX,
-                        unsigned int maskY) {
-        (*context.request.knockout ? Knockout::Stencil : Joined::Stencil)(context, area, mask, maskX, maskY);
-    }
-    static void SoftMask(const Context& context, const PaintArea& area, const DynamicAccessor& mask, unsigned int maskX,
-                         unsigned int maskY) {
-        (*context.request.knockout ? Knockout::SoftMask : Joined::SoftMask)(context, area, mask, maskX, maskY);
-    }
-};
-
 constexpr auto kPlainLoops = MakeModeTable([]<BlendMode Mode>() {
     using Loops = LoopsOf<PlainStep<Mode>>;
     return PixelLoops<BlendingTraits>{Loops::Rect, Mode == BlendMode::Normal ? NormalStencil : Loops::Stencil,
                                       Loops::SoftMask};
 });
 
+template <bool Knockout>
 constexpr auto kGroupLoops = MakeModeTable([]<BlendMode Mode>() {
-    using Loops = GroupLoopsOf<Mode>;
+    using Loops = LoopsOf<GroupStep<Mode, Knockout>>;
     return PixelLoops<GroupBlendingTraits>{Loops::Rect, Loops::Stencil, Loops::SoftMask};
 });
 
 }  // namespace
 
-template <>
-const PixelLoops<BlendingTraits>& PixelLoopsOf(BlendMode mode) {
-    return kPlainLoops[static_cast<std::size_t>(mode)];
+template <typename Traits>
+void PixelLoops<Traits>::PaintMasked(const Context& context, const PaintArea& area, unsigned int maskX,
+                                     unsigned int maskY) const {
+    const IQorImage& image = **context.request.mask;
+    if (image.GetPixelData() == nullptr) return;
+    if (HasStencil(context.request)) {
+        stencil(context, area, ViewOf<StencilView>(image, image.GetPalette()), maskX, maskY);
+    } else if (*context.request.maskTransfer) {
+        if (const auto colors = MakeConstAccessor(image)) softMask(context, area, *colors, maskX, maskY);
+    }
 }
 
-template <>
-const PixelLoops<GroupBlendingTraits>& PixelLoopsOf(BlendMode mode) {
-    return kGroupLoops[static_cast<std::size_t>(mode)];
+template struct PixelLoops<BlendingTraits>;
+template struct PixelLoops<GroupBlendingTraits>;
+
+template <typename Traits>
+const PixelLoops<Traits>& PixelLoopsOf(BlendMode mode, [[maybe_unused]] const BlendRequest<Traits>& request) {
+    const auto index = static_cast<std::size_t>(mode);
+    if constexpr (Traits::kGroup) {
+        return (*request.knockout ? kGroupLoops<true> : kGroupLoops<false>)[index];
+    } else {
+        return kPlainLoops[index];
+    }
 }
+
+template const PixelLoops<BlendingTraits>& PixelLoopsOf(BlendMode, const BlendRequest<BlendingTraits>&);
+template const PixelLoops<GroupBlendingTraits>& PixelLoopsOf(BlendMode, const BlendRequest<GroupBlendingTraits>&);
 
 }  // namespace vantu

@@ -2,8 +2,8 @@
 
 #include <vantu/IRasterizer.h>
 
-#include "blend/BlendRequest.h"
-#include "blend/RangeWalk.h"
+#include "blend/definition/BlendRequest.h"
+#include "blend/definition/RangeWalk.h"
 
 // The pixel loops, one pixel at a time in the defined order: rows without a mask, columns with one. They paint
 // surfaces, and images wherever the order of the pixels can be seen or an opacity leaves 8 bits.
@@ -50,6 +50,11 @@ struct PixelLoopContext {
 template <typename Traits>
 struct PixelLoops {
     using Context = PixelLoopContext<Traits>;
+
+    /// Paints one masked rectangle with the loop for its mask. A soft mask without an accessor, without memory or
+    /// without a transfer function leaves it unpainted.
+    void PaintMasked(const Context& context, const PaintArea& area, unsigned int maskX, unsigned int maskY) const;
+
     void (*rect)(const Context& context, const PaintArea& area);
     void (*stencil)(const Context& context, const PaintArea& area, const StencilView& mask, unsigned int maskX,
                     unsigned int maskY);
@@ -57,13 +62,8 @@ struct PixelLoops {
                      unsigned int maskY);
 };
 
-/// The loops of a mode; `mode` is below `kBlendModeCount`.
+/// The loops of a mode for a request, in a knockout group its knockout form; `mode` is below `kBlendModeCount`.
 template <typename Traits>
-const PixelLoops<Traits>& PixelLoopsOf(BlendMode mode);
-
-template <>
-const PixelLoops<PDFBlend::BlendingTraits>& PixelLoopsOf(BlendMode mode);
-template <>
-const PixelLoops<PDFBlend::GroupBlendingTraits>& PixelLoopsOf(BlendMode mode);
+const PixelLoops<Traits>& PixelLoopsOf(BlendMode mode, const BlendRequest<Traits>& request);
 
 }  // namespace vantu

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "blend/RangeWalk.h"
+#include "blend/definition/RangeWalk.h"
 #include "pixel/DynamicAccessor.h"
 #include "pixel/PixelRows.h"
 

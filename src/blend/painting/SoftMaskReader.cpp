@@ -161,9 +161,17 @@ bool SoftMaskReader::ReadOpacitiesOfColors(const unsigned char* row, unsigned in
     return true;
 }
 
-bool SoftMaskReader::Read(unsigned int x, unsigned int y, std::size_t count, const unsigned char* source,
-                          unsigned char* effective) {
-    const unsigned char* const row = rows_.Row(y);
+bool SoftMaskReader::Read(unsigned int x, unsigned int y, std::size_t width, std::size_t height,
+                          const unsigned char* source, unsigned char* effective) {
+    for (std::size_t row = 0; row < height; ++row) {
+        const std::size_t first = row * width;
+        if (!ReadRow(rows_.Row(y + row), x, width, source + first * kPackedBytes, effective + first)) return false;
+    }
+    return true;
+}
+
+bool SoftMaskReader::ReadRow(const unsigned char* row, unsigned int x, std::size_t count, const unsigned char* source,
+                             unsigned char* effective) {
     if (key_ == Key::Color) {
         if (!ReadOpacitiesOfColors(row, x, count)) return false;
     } else {

@@ -28,9 +28,10 @@ public:
     SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction& transfer, std::uint32_t alpha, bool group,
                    std::size_t pixels);
 
-    /// Stores the effective source alpha of `count` packed source pixels under the mask pixels from (x, y) on.
-    /// @return false if an opacity leaves 0 to 1; `effective` is then of no use.
-    bool Read(unsigned int x, unsigned int y, std::size_t count, const unsigned char* source, unsigned char* effective);
+    /// Stores the effective source alphas of packed source pixels under `height` rows of `width` mask pixels, whose
+    /// first is (x, y). @return false if an opacity leaves 0 to 1; `effective` is then of no use.
+    bool Read(unsigned int x, unsigned int y, std::size_t width, std::size_t height, const unsigned char* source,
+              unsigned char* effective);
 
 private:
     /// By what the opacity of a mask pixel is known.
@@ -51,6 +52,8 @@ private:
     /// From here on all keys are learnt at once, which saves looking for unknown ones.
     static constexpr std::size_t kManyPixels = 8192;
 
+    bool ReadRow(const unsigned char* row, unsigned int x, std::size_t count, const unsigned char* source,
+                 unsigned char* effective);
     [[nodiscard]] Color ColorOfKey(unsigned int key) const;
     const unsigned char* ReadKeys(const unsigned char* row, unsigned int x, std::size_t count);
     void LearnKey(unsigned int key);

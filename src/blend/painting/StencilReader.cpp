@@ -24,9 +24,8 @@ unsigned int EightBits(const unsigned char* p, unsigned int shift) {
     return (static_cast<unsigned int>(p[0]) << shift | static_cast<unsigned int>(p[1]) >> (8 - shift)) & 255;
 }
 
-}  // namespace
-
-StencilRun ReadStencil(const unsigned char* row, std::size_t x, std::size_t count, unsigned char* select) {
+/// Reads `count` pixels of a row. @return how many of them are protected.
+std::size_t ReadRow(const unsigned char* row, std::size_t x, std::size_t count, unsigned char* select) {
     const unsigned char* byte = row + (x >> 3);
     const auto shift = static_cast<unsigned int>(x & 7);
     std::size_t guarded = 0;
@@ -41,8 +40,18 @@ StencilRun ReadStencil(const unsigned char* row, std::size_t x, std::size_t coun
         guarded += bit;
         select[i] = static_cast<unsigned char>(bit ^ 1);
     }
-    if (guarded == count) return StencilRun::Nothing;
-    return guarded == 0 ? StencilRun::Everything : StencilRun::Some;
+    return guarded;
+}
+
+}  // namespace
+
+Painted ReadStencil(const PixelRows<const unsigned char>& rows, std::size_t x, std::size_t width,
+                    unsigned char* select) {
+    std::size_t guarded = 0;
+    for (std::size_t row = 0; row < rows.count; ++row)
+        guarded += ReadRow(rows.Row(row), x, width, select + row * width);
+    if (guarded == 0) return Painted::Everything;
+    return guarded == rows.count * width ? Painted::Nothing : Painted::Some;
 }
 
 }  // namespace vantu

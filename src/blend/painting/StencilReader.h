@@ -2,13 +2,16 @@
 
 #include <cstddef>
 
+#include "pixel/PixelRows.h"
+
 namespace vantu {
 
-/// How much of a run of stencil pixels is painted.
-enum class StencilRun { Nothing, Everything, Some };
+/// How much of what was read of a stencil is painted.
+enum class Painted { Nothing, Some, Everything };
 
-/// Reads `count` pixels of a stencil row from bit `x` on, the most significant bit of a byte first. Bit 0 paints:
-/// `select` gets 1 for each painted pixel and 0 for each protected one.
-StencilRun ReadStencil(const unsigned char* row, std::size_t x, std::size_t count, unsigned char* select);
+/// Reads `width` pixels of each row of a stencil from bit `x` on, the most significant bit of a byte first. Bit 0
+/// paints: `select` gets, row after row, 1 for each painted pixel and 0 for each protected one.
+Painted ReadStencil(const PixelRows<const unsigned char>& rows, std::size_t x, std::size_t width,
+                    unsigned char* select);
 
 }  // namespace vantu

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "blend/BlendRequest.h"
+#include "blend/definition/BlendRequest.h"
 
 namespace vantu {
 

@@ -1,4 +1,4 @@
-#include "blend/painting/KernelTables.h"
+#include "blend/KernelTables.h"
 
 #include <algorithm>
 #include <array>
@@ -75,8 +75,10 @@ constexpr auto PixelBlendEntries() {
     (std::make_index_sequence<kPixelFormats.size() * kSourceFormats.size()>());
 }
 
+}  // namespace
+
 template <typename Traits>
-CPDFImageBlender::PixelBlends<Traits> NewPixelBlends() {
+CPDFImageBlender::PixelBlends<Traits> MakePixelBlends() {
     static constexpr auto entries = PixelBlendEntries<Traits>();
     CPDFImageBlender::PixelBlends<Traits> blends;
     for (const auto& pair : entries) {
@@ -86,7 +88,7 @@ CPDFImageBlender::PixelBlends<Traits> NewPixelBlends() {
 }
 
 template <typename Traits>
-CPDFImageBlender::RasterizerBlends<Traits> NewRasterizerBlends() {
+CPDFImageBlender::RasterizerBlends<Traits> MakeRasterizerBlends() {
     constexpr auto makers = MakeModeTable([]<BlendMode Mode>() {
         return +[]() -> std::unique_ptr<CPDFImageBlender::RasterizerBlendBase<Traits>> {
             return std::make_unique<CPDFImageBlender::RasterizerBlend<Mode, Traits>>();
@@ -98,23 +100,9 @@ CPDFImageBlender::RasterizerBlends<Traits> NewRasterizerBlends() {
     return blends;
 }
 
-}  // namespace
-
-template <>
-CPDFImageBlender::PixelBlends<BlendingTraits> MakePixelBlends() {
-    return NewPixelBlends<BlendingTraits>();
-}
-template <>
-CPDFImageBlender::PixelBlends<GroupBlendingTraits> MakePixelBlends() {
-    return NewPixelBlends<GroupBlendingTraits>();
-}
-template <>
-CPDFImageBlender::RasterizerBlends<BlendingTraits> MakeRasterizerBlends() {
-    return NewRasterizerBlends<BlendingTraits>();
-}
-template <>
-CPDFImageBlender::RasterizerBlends<GroupBlendingTraits> MakeRasterizerBlends() {
-    return NewRasterizerBlends<GroupBlendingTraits>();
-}
+template CPDFImageBlender::PixelBlends<BlendingTraits> MakePixelBlends();
+template CPDFImageBlender::PixelBlends<GroupBlendingTraits> MakePixelBlends();
+template CPDFImageBlender::RasterizerBlends<BlendingTraits> MakeRasterizerBlends();
+template CPDFImageBlender::RasterizerBlends<GroupBlendingTraits> MakeRasterizerBlends();
 
 }  // namespace vantu

@@ -1,0 +1,178 @@
+#include "blend/painting/SpanPainter.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "blend/painting/ImageBlocks.h"
+
+namespace vantu {
+namespace {
+
+/// The pixels of an area's size from (x, y) on.
+template <typename Byte>
+PixelRows<Byte> At(const PixelRows<Byte>& rows, const SpanCodec& codec, int x, int y, const PaintArea& area) {
+    Byte* const first =
+        rows.Row(static_cast<unsigned int>(y)) + std::size_t{static_cast<unsigned int>(x)} * codec.bytesPerPixel;
+    return {first, rows.step, area.height};
+}
+
+/// Packed pixels: where they lie if they are packed there, else in `buffer`.
+const unsigned char* Pack(const SpanCodec& codec, const PixelRows<const unsigned char>& rows, std::size_t width,
+                          unsigned char* buffer) {
+    if (codec.inPlace && rows.count == 1) return rows.first;
+    codec.read(rows, width, buffer);
+    return buffer;
+}
+
+/// The group alphas of an area, whose entries lie row by row at the group image's width.
+std::uint32_t* GroupAlphaAt(const BlendRequest<PDFBlend::GroupBlendingTraits>& request, const PaintArea& area,
+                            unsigned int row) {
+    return request.groupAlpha->data() + std::size_t{*request.width} * (static_cast<unsigned int>(area.targetY) + row) +
+           static_cast<unsigned int>(area.targetX);
+}
+
+}  // namespace
+
+template <typename Traits>
+SpanPainter<Traits>::SpanPainter(const PaintKernel& kernel, IQorImage& destination, const IQorImage& source,
+                                 const BlendRequest<Traits>& request)
+    : kernel_(kernel),
+      request_(request),
+      targetRows_(RowsFromTop(destination, kernel.destination)),
+      sourceRows_(RowsFromTop(source, kernel.source)),
+      sourceCodec_(ActiveSpanCodecs().Of(kernel.source)),
+      targetCodec_(HasColors(kernel.destination) ? &ActiveSpanCodecs().Of(kernel.destination) : nullptr),
+      form_(targetCodec_ != nullptr ? targetCodec_->form : PackedForm::Straight) {
+    CompositeForm composite = CompositeForm::Plain;
+    if constexpr (Traits::kGroup) {
+        composite = *request.knockout ? CompositeForm::Knockout : CompositeForm::Group;
+        snapshotRows_ = DirectRows(*request.backdrop, kernel.destination, targetRows_);
+    }
+    stage_ = ActiveStages().Of(kernel.mode, composite, form_);
+}
+
+template <typename Traits>
+void SpanPainter<Traits>::Start(const PaintArea& area, Span<Traits>& span) const {
+    CompositeSpan& composite = span.composite;
+    composite.alpha = *request_.alpha;
+    composite.count = std::size_t{area.width} * area.height;
+    composite.opacity = nullptr;
+    composite.select = nullptr;
+    composite.source =
+        Pack(sourceCodec_, At(sourceRows_, sourceCodec_, area.sourceX, area.sourceY, area), area.width, span.source);
+}
+
+template <typename Traits>
+bool SpanPainter<Traits>::Paint(const PaintArea& area, Verdict verdict, Span<Traits>& span) const {
+    switch (verdict) {
+        case Verdict::Skip: return true;
+        case Verdict::Copy: CopyThroughColor(area, span); return true;
+        case Verdict::InOrder: return false;
+        case Verdict::Composite: break;
+    }
+    if (!GatherGroupAlpha(area, span)) return false;
+    Composite(area, span);
+    ScatterGroupAlpha(area, span);
+    return true;
+}
+
+template <typename Traits>
+void SpanPainter<Traits>::CopyRows(const PaintArea& area) const {
+    const auto target = At(targetRows_, *targetCodec_, area.targetX, area.targetY, area);
+    const auto source = At(sourceRows_, sourceCodec_, area.sourceX, area.sourceY, area);
+    const std::size_t bytes = std::size_t{area.width} * sourceCodec_.bytesPerPixel;
+    for (std::size_t row = 0; row < area.height; ++row) std::memcpy(target.Row(row), source.Row(row), bytes);
+}
+
+/// Makes the span work on its group alphas: in place for one row, else in a buffer.
+/// @return false if one is above 255, as an opacity outside 0 to 1 may have left it.
+template <typename Traits>
+bool SpanPainter<Traits>::GatherGroupAlpha(const PaintArea& area, Span<Traits>& span) const {
+    if constexpr (Traits::kGroup) {
+        CompositeSpan& composite = span.composite;
+        composite.groupAlpha = GroupAlphaAt(request_, area, 0);
+        if (area.height > 1) {
+            composite.groupAlpha = span.groupAlpha;
+            for (unsigned int row = 0; row < area.height; ++row) {
+                std::copy_n(GroupAlphaAt(request_, area, row), area.width,
+                            span.groupAlpha + std::size_t{row} * area.width);
+            }
+        }
+        std::uint32_t bits = 0;
+        for (std::size_t i = 0; i < composite.count; ++i) bits |= composite.groupAlpha[i];
+        return bits <= 255;
+    }
+    return true;
+}
+
+template <typename Traits>
+void SpanPainter<Traits>::ScatterGroupAlpha(const PaintArea& area, const Span<Traits>& span) const {
+    if constexpr (Traits::kGroup) {
+        if (area.height == 1) return;
+        for (unsigned int row = 0; row < area.height; ++row) {
+            std::copy_n(span.groupAlpha + std::size_t{row} * area.width, area.width, GroupAlphaAt(request_, area, row));
+        }
+    }
+}
+
+/// Runs the span through the compositing stage, the target packed before and written after where it does not lie packed
+/// in memory. Without colours there is nothing to read or write: only the group's alphas are kept up to date.
+template <typename Traits>
+void SpanPainter<Traits>::Composite(const PaintArea& area, Span<Traits>& span) const {
+    CompositeSpan& composite = span.composite;
+    composite.target = span.target;
+    if (targetCodec_ == nullptr) {
+        std::memset(span.target, 0, composite.count * kPackedBytes);
+        std::memset(span.snapshot, 0, composite.count * kPackedBytes);
+        composite.snapshot = span.snapshot;
+        stage_(composite);
+        return;
+    }
+    const auto target = At(targetRows_, *targetCodec_, area.targetX, area.targetY, area);
+    if constexpr (Traits::kGroup) {
+        composite.snapshot = Pack(*targetCodec_, At(*snapshotRows_, *targetCodec_, area.targetX, area.targetY, area),
+                                  area.width, span.snapshot);
+    }
+    if (targetCodec_->inPlace && area.height == 1) {
+        composite.target = target.first;
+        stage_(composite);
+        return;
+    }
+    targetCodec_->read({target.first, target.step, target.count}, area.width, span.target);
+    stage_(composite);
+    targetCodec_->write(target, area.width, span.target, WrittenPixels(span));
+}
+
+/// The pixels that a stage wrote, for formats whose bytes would not survive being read and stored. They are opaque, so
+/// that no result alpha is 0.
+template <typename Traits>
+const unsigned char* SpanPainter<Traits>::WrittenPixels(Span<Traits>& span) const {
+    const CompositeSpan& composite = span.composite;
+    if (!targetCodec_->keepsUnwritten || Traits::kGroup || !HasAlpha(kernel_.source)) return composite.select;
+    const auto alpha = [&](std::size_t i) { return composite.source[i * kPackedBytes + 3]; };
+    if (composite.select == nullptr) {
+        for (std::size_t i = 0; i < composite.count; ++i) span.select[i] = alpha(i);
+    } else {
+        for (std::size_t i = 0; i < composite.count; ++i) span.select[i] = composite.select[i] != 0 ? alpha(i) : 0;
+    }
+    return span.select;
+}
+
+/// Replaces the selected target pixels by the source's colours: Normal over nothing gives the source as it reads.
+template <typename Traits>
+void SpanPainter<Traits>::CopyThroughColor(const PaintArea& area, Span<Traits>& span) const {
+    CompositeSpan composite = span.composite;
+    const bool premultiplied = HasAlpha(kernel_.destination) && form_ == PackedForm::Premultiplied;
+    std::memset(span.target, 0, composite.count * kPackedBytes);
+    composite.target = span.target;
+    composite.select = nullptr;
+    ActiveStages().Of(BlendMode::Normal, CompositeForm::Plain,
+                      premultiplied ? PackedForm::Premultiplied : PackedForm::Straight)(composite);
+    targetCodec_->write(At(targetRows_, *targetCodec_, area.targetX, area.targetY, area), area.width, span.target,
+                        span.composite.select);
+}
+
+template class SpanPainter<PDFBlend::BlendingTraits>;
+template class SpanPainter<PDFBlend::GroupBlendingTraits>;
+
+}  // namespace vantu
