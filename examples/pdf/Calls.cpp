@@ -17,7 +17,7 @@ void Calls::Add(const std::string& kind, unsigned long pixels, Clock::duration t
 void Calls::Print(std::ostream& out) const {
     std::vector<std::pair<std::string, Sum>> lines(sums_.begin(), sums_.end());
     std::sort(lines.begin(), lines.end(), [](const auto& a, const auto& b) { return a.second.time > b.second.time; });
-    out << "   calls     pixels        ms  ns/pixel  what\n" << std::fixed;
+    out << "   calls     pixels        ms  ns/pixel  what, all on 32-bit premultiplied pixels\n" << std::fixed;
     for (const auto& [kind, sum] : lines) {
         const double nanoseconds = std::chrono::duration<double, std::nano>(sum.time).count();
         const double pixels = static_cast<double>(std::max(sum.pixels, 1UL));

@@ -63,8 +63,8 @@ void Canvas::Count(const char* what, const Mask& shape, const Placing& placing, 
     const unsigned long pixels =
         IsEmpty(seen) ? 0 : static_cast<unsigned long>(Width(seen)) * static_cast<unsigned long>(Height(seen));
     calls_->Add(std::string(what) + ", " + kModeNames[static_cast<unsigned int>(placing.mode)] +
-                    (placing.alpha < 1 ? ", translucent" : "") + (shape.image || placing.softMask ? ", mask" : "") +
-                    ", " + SizeOf(pixels),
+                    (placing.alpha < 1 ? ", translucent" : "") +
+                    (shape.image || placing.softMask ? ", 8-bit mask" : "") + ", " + SizeOf(pixels),
                 pixels, time);
 }
 
@@ -81,7 +81,7 @@ void Canvas::Fill(const vantu::Color& color, const Mask& shape, const Placing& p
 void Canvas::Draw(const Image& picture, const vantu::Point<int, 2>& at, const Mask& shape, const Placing& placing) {
     if (!picture || IsEmpty(shape.box)) return;
     const Paint paint = PaintOf(shape, placing);
-    Count("picture", shape, placing, [&] {
+    Count("32-bit picture", shape, placing, [&] {
         if (IsKnockout()) painter_.SetClip(RunsOf(shape));
         painter_.Draw(picture, at, paint);
         if (IsKnockout()) painter_.ClearClip();  // in a group, to the group
