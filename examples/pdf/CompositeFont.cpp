@@ -13,7 +13,8 @@ constexpr int kMostCids = 0x10000;
 std::map<unsigned int, double> CidWidths(QPDFObjectHandle array) {
     std::map<unsigned int, double> widths;
     const int count = array.isArray() ? array.getArrayNItems() : 0;
-    for (int i = 0; i + 1 < count;) {
+    int room = kMostCids;  // in all runs, which may overlap
+    for (int i = 0; i + 1 < count && room > 0;) {
         const int first = std::clamp(ToInteger(Item(array, i), 0), 0, kMostCids);
         const QPDFObjectHandle second = Item(array, i + 1);
         if (QPDFObjectHandle(second).isArray()) {
@@ -23,7 +24,7 @@ std::map<unsigned int, double> CidWidths(QPDFObjectHandle array) {
             i += 2;
         } else {
             const int last = std::clamp(ToInteger(second, 0), 0, kMostCids);
-            for (int cid = first; cid <= last; ++cid)
+            for (int cid = first; cid <= last && room > 0; ++cid, --room)
                 widths[static_cast<unsigned int>(cid)] = ToNumber(Item(array, i + 2), 0);
             i += 3;
         }

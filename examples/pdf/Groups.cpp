@@ -72,7 +72,7 @@ void Interpreter::PaintGroup(QPDFObjectHandle form, GraphicsState inside) {
     const QPDFObjectHandle group = Entry(form, "/Group");
     const bool knockout = ToBool(Entry(group, "/K"), false);
     // With Normal alone inside, a group is the same isolated, and nothing need be taken out of it.
-    const bool usesModes = UsesBlendModes(form);
+    const bool usesModes = page_.blendModes.IsIn(form);
     const bool isolated = ToBool(Entry(group, "/I"), false) || !usesModes;
     const bool asItIs = state_.mode == vantu::BlendMode::Normal && state_.fill.alpha == 1 && !state_.softMask;
     inside.mode = vantu::BlendMode::Normal;
@@ -125,11 +125,11 @@ const Mask& Interpreter::MaskOf(SoftMask& softMask) {
         std::make_shared<vantu::CQorImage>(static_cast<unsigned int>(bounds.x1), static_cast<unsigned int>(bounds.y1),
                                            vantu::PixelFormat::Bgra32Premultiplied, kBytesPerPixel, false);
     Canvas canvas(image, bounds, page_.canvas.GetCalls());
-    PageContext page{page_.document, canvas, page_.fonts, page_.notes, page_.budget};
+    PageContext page{page_.document, canvas, page_.fonts, page_.blendModes, page_.notes, page_.budget};
     if (byLuminosity) canvas.Fill(backdrop, {bounds, nullptr}, {});
     const GraphicsState inside = InitialState(toDevice, bounds);
     const bool knockout = ToBool(Entry(group, "/K"), false);
-    const bool needsGroup = knockout || (byLuminosity && UsesBlendModes(form));
+    const bool needsGroup = knockout || (byLuminosity && page_.blendModes.IsIn(form));
     if (needsGroup) canvas.BeginGroup({bounds, nullptr}, {true, knockout, true});
     Interpreter(page, resources_, inside).PaintContentOf(form, inside);
     if (needsGroup) canvas.EndGroup({});

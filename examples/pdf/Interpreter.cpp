@@ -120,7 +120,7 @@ const std::map<std::string, Interpreter::Action>& Interpreter::Operators() {
         {"Tz", [](I i, O o) { i.state_.text.horizontalScale = Number(o, 0) / 100; }},
         {"TL", [](I i, O o) { i.state_.text.leading = Number(o, 0); }},
         {"Ts", [](I i, O o) { i.state_.text.rise = Number(o, 0); }},
-        {"Tr", [](I i, O o) { i.state_.text.renderMode = static_cast<int>(Number(o, 0)); }},
+        {"Tr", [](I i, O o) { i.state_.text.renderMode = ToInteger(First(o), 0); }},
         {"Tf", [](I i, O o) { i.SetFont(i.Resource("/Font", First(o)), Number(o, 1)); }},
         {"Td", [](I i, O o) { i.MoveLine(Point(o, 0)); }},
         {"TD", [](I i, O o) { i.state_.text.leading = -Number(o, 1), i.MoveLine(Point(o, 0)); }},

@@ -10,6 +10,7 @@
 #include "Fonts.h"
 #include "GraphicsState.h"
 #include "Notes.h"
+#include "Transparency.h"
 
 namespace pdf {
 
@@ -18,6 +19,7 @@ struct PageContext {
     Document& document;
     Canvas& canvas;
     FontCache& fonts;
+    BlendModeUse& blendModes;
     Notes& notes;
     Budget& budget;
 };

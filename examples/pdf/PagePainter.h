@@ -10,6 +10,7 @@
 #include "Document.h"
 #include "Fonts.h"
 #include "Notes.h"
+#include "Transparency.h"
 
 namespace pdf {
 
@@ -32,6 +33,7 @@ public:
 private:
     Document document_;
     FontCache fonts_;
+    BlendModeUse blendModes_;
     Notes notes_;
     Calls calls_;
 };

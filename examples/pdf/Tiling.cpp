@@ -104,7 +104,7 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     };
     const auto tile = image(period);
     Canvas tileCanvas(tile, period, page_.canvas.GetCalls());
-    PageContext tilePage{page_.document, tileCanvas, page_.fonts, page_.notes, page_.budget};
+    PageContext tilePage{page_.document, tileCanvas, page_.fonts, page_.blendModes, page_.notes, page_.budget};
     paintTiles(tilePage, overlapping, toPeriod, period);
 
     const auto picture = image(area);

@@ -13,6 +13,8 @@ namespace {
 
 using vantu::BlendMode;
 
+constexpr int kDeepestResources = 64;
+
 std::optional<BlendMode> Find(const std::string& name) {
     static const std::map<std::string, BlendMode> modes{
         {"/Normal", BlendMode::Normal},       {"/Compatible", BlendMode::Normal},
@@ -32,16 +34,21 @@ std::map<std::string, QPDFObjectHandle> EntriesOf(QPDFObjectHandle resources, co
     return entries.isDictionary() ? entries.getDictAsMap() : std::map<std::string, QPDFObjectHandle>();
 }
 
-bool UsesBlendModes(QPDFObjectHandle form, std::set<QPDFObjGen>& seen) {
+// @param seen the objects that have been looked through. @param depth how much deeper to look.
+bool UsesBlendModes(QPDFObjectHandle form, std::set<QPDFObjGen>& seen, int depth) {
     if (form.isIndirect() && !seen.insert(form.getObjGen()).second) return false;
+    if (depth == 0) return true;
     const QPDFObjectHandle resources = Entry(form, "/Resources");
+    const std::string kind = ToName(Entry(form, "/Subtype"));
+    // Without resources of its own it uses those of whoever shows it.
+    if (!QPDFObjectHandle(resources).isDictionary() && (kind == "/Form" || kind == "/Type3")) return true;
     Notes unused;
     for (const auto& [name, state] : EntriesOf(resources, "/ExtGState")) {
         if (ToBlendMode(Entry(state, "/BM"), unused) != BlendMode::Normal) return true;
     }
     for (const char* category : {"/XObject", "/Pattern", "/Font"}) {
         for (const auto& [name, inner] : EntriesOf(resources, category)) {
-            if (UsesBlendModes(inner, seen)) return true;
+            if (UsesBlendModes(inner, seen, depth - 1)) return true;
         }
     }
     return false;
@@ -60,9 +67,13 @@ BlendMode ToBlendMode(QPDFObjectHandle value, Notes& notes) {
     return BlendMode::Normal;
 }
 
-bool UsesBlendModes(QPDFObjectHandle form) {
-    std::set<QPDFObjGen> seen;
-    return UsesBlendModes(form, seen);
+bool BlendModeUse::IsIn(QPDFObjectHandle form) {
+    const auto [entry, isNew] = known_.try_emplace(form.getObjGen());
+    if (isNew || !form.isIndirect()) {
+        std::set<QPDFObjGen> seen;
+        entry->second = UsesBlendModes(form, seen, kDeepestResources);
+    }
+    return entry->second;
 }
 
 }  // namespace pdf

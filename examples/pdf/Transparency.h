@@ -4,6 +4,8 @@
 
 #include "Qpdf.h"
 
+#include <map>
+
 #include "Notes.h"
 
 namespace pdf {
@@ -12,8 +14,15 @@ namespace pdf {
 // channels are not the library's; they are painted as Normal, and noted.
 vantu::BlendMode ToBlendMode(QPDFObjectHandle value, Notes& notes);
 
-// Whether anything that a form's or page's resources name, however deep, is painted with another mode than Normal. If
-// not, a group of it comes out the same whether it is isolated or not.
-bool UsesBlendModes(QPDFObjectHandle form);
+// Finds out which forms use other modes than Normal. What a form's resources do not name, however deep, it cannot use.
+// A group without them comes out the same whether it is isolated or not. One thread at a time.
+class BlendModeUse {
+public:
+    // Whether a form may use another mode; true of resources too deep to be looked through.
+    bool IsIn(QPDFObjectHandle form);
+
+private:
+    std::map<QPDFObjGen, bool> known_;
+};
 
 }  // namespace pdf
