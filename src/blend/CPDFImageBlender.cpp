@@ -9,7 +9,7 @@
 
 #include "blend/CheckedRanges.h"
 #include "blend/GroupResolve.h"
-#include "blend/KernelTables.h"
+#include "blend/Kernels.h"
 
 namespace vantu {
 

@@ -54,7 +54,7 @@ template <PixelFormat F, typename Row>
 constexpr SpanCodec MakeSpanCodec() {
     constexpr FormatFacts facts = FactsOf(F);
     return {
-        .form = facts.colors == PixelColors::Straight ? PackedForm::Straight : PackedForm::Premultiplied,
+        .colors = facts.colors == PixelColors::Straight ? PackedColors::Straight : PackedColors::Premultiplied,
         .bytesPerPixel = BitsPerPixel(F) / 8,
         .inPlace = IsPacked(F),
         .keepsUnwritten = facts.lossy,

@@ -15,7 +15,7 @@
 namespace vantu {
 
 /// What the colour bytes of packed pixels are. Opaque pixels are both.
-enum class PackedForm { Premultiplied, Straight };
+enum class PackedColors { Premultiplied, Straight };
 
 inline constexpr std::size_t kPackedBytes = 4;
 
@@ -30,7 +30,7 @@ struct SpanCodec {
     using Write = void (*)(const PixelRows<unsigned char>& to, std::size_t width, const unsigned char* packed,
                            const unsigned char* select);
 
-    PackedForm form;
+    PackedColors colors;
     unsigned int bytesPerPixel;
     bool inPlace;         ///< the pixels are packed as they lie in memory
     bool keepsUnwritten;  ///< reading and writing a pixel does not give its bytes back: write only what changed

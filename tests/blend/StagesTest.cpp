@@ -85,7 +85,7 @@ TEST_P(StagesOn, CompositeAsTheStepsDo) {
     for (std::size_t round = 0; round < 30000; ++round) {
         const auto mode = static_cast<BlendMode>(round % kBlendModeCount);
         const auto form = static_cast<CompositeForm>(round / kBlendModeCount % 3);
-        const auto packed = static_cast<PackedForm>(round / kBlendModeCount / 3 % 2);
+        const auto packed = static_cast<PackedColors>(round / kBlendModeCount / 3 % 2);
         const std::size_t step = round / (kBlendModeCount * 6);
         const std::size_t width =
             step % 50 == 49 ? 900 + 3 * step : 1 + step % 130;  // also more than is gathered at once
@@ -119,8 +119,8 @@ StageSets StagesOf(const std::vector<VectorTarget>& targets) {
 }
 
 /// Composites `source` over `backdrop` by the first stages and by the others and compares the bytes.
-void CompareStages(const StageSets& sets, BlendMode mode, PackedForm packed, const Bytes& source, const Bytes& backdrop,
-                   std::uint32_t alpha) {
+void CompareStages(const StageSets& sets, BlendMode mode, PackedColors packed, const Bytes& source,
+                   const Bytes& backdrop, std::uint32_t alpha) {
     Bytes expected;
     for (std::size_t i = 0; i < sets.size(); ++i) {
         Bytes result = backdrop;
@@ -138,7 +138,7 @@ void CompareStages(const StageSets& sets, BlendMode mode, PackedForm packed, con
 }
 
 /// Compares all source bytes over all backdrop bytes, with alphas `sa` and `ab`.
-void CompareBytes(const StageSets& sets, BlendMode mode, PackedForm packed, unsigned int sa, unsigned int ab,
+void CompareBytes(const StageSets& sets, BlendMode mode, PackedColors packed, unsigned int sa, unsigned int ab,
                   std::uint32_t alpha) {
     Bytes source, backdrop;
     const auto add = [](Bytes& bytes, unsigned int byte) { bytes.push_back(static_cast<unsigned char>(byte)); };
@@ -160,8 +160,8 @@ TEST_P(StagesOn, BlendEveryPairOfChannels) {
     const StageSets sets = StagesOf({GetParam()});
     for (unsigned int m = 0; m < kBlendModeCount; ++m) {
         // Opaque over opaque at full alpha gives B itself, over nearly opaque the general quotient of it.
-        CompareBytes(sets, static_cast<BlendMode>(m), PackedForm::Straight, 255, 255, 255);
-        CompareBytes(sets, static_cast<BlendMode>(m), PackedForm::Straight, 255, 254, 200);
+        CompareBytes(sets, static_cast<BlendMode>(m), PackedColors::Straight, 255, 255, 255);
+        CompareBytes(sets, static_cast<BlendMode>(m), PackedColors::Straight, 255, 254, 200);
     }
 }
 
@@ -171,7 +171,7 @@ class AllBytes : public testing::TestWithParam<BlendMode> {};
 TEST_P(AllBytes, DISABLED_CompositeAsTheStepsDoOnEveryVectorTarget) {
     const StageSets sets = StagesOf(VectorTargets());
     for (unsigned int alphas = 0; alphas < 0x10000 && !HasFailure(); ++alphas) {
-        CompareBytes(sets, GetParam(), PackedForm::Premultiplied, alphas >> 8, alphas & 255, 255);
+        CompareBytes(sets, GetParam(), PackedColors::Premultiplied, alphas >> 8, alphas & 255, 255);
     }
 }
 

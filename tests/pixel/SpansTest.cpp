@@ -20,7 +20,7 @@ protected:
             for (unsigned int width = 0; width < 70; ++width) {
                 TestImage image(Shape{width, 1 + width % 3, GetParam(), 3, width % 2 != 0}, random);
                 const auto form =
-                    codec.form == PackedForm::Straight ? PixelFormat::Bgra32 : PixelFormat::Bgra32Premultiplied;
+                    codec.colors == PackedColors::Straight ? PixelFormat::Bgra32 : PixelFormat::Bgra32Premultiplied;
                 TestImage packed(Shape{width, 1 + width % 3, form, 0}, random);
                 check(codec, random, image, packed);
                 EXPECT_TRUE(image.GuardsIntact() && packed.GuardsIntact()) << width;

@@ -4,7 +4,7 @@
 #include <new>
 
 #include "blend/definition/PixelLoops.h"
-#include "blend/painting/ImageBlocks.h"
+#include "blend/painting/ImageMemory.h"
 #include "blend/painting/SoftMaskReader.h"
 #include "blend/painting/SpanPainter.h"
 #include "blend/painting/StencilReader.h"
@@ -85,9 +85,9 @@ private:
     /// A mode above 255 runs into the formats of the key and may select a kernel of other formats than the images'. It
     /// paints what it takes the pixels to be, as far as they lie inside the images.
     [[nodiscard]] bool Reachable(const PaintArea& area) const {
-        return !foreign_ || (InsideBlock(source_, kernel_.source, area.sourceX, area.sourceY, area) &&
+        return !foreign_ || (InsideMemory(source_, kernel_.source, area.sourceX, area.sourceY, area) &&
                              (!HasColors(kernel_.destination) ||
-                              InsideBlock(destination_, kernel_.destination, area.targetX, area.targetY, area)));
+                              InsideMemory(destination_, kernel_.destination, area.targetX, area.targetY, area)));
     }
 
     /// Paints an area as planned. `readMask(piece, i, j, span)` adds what the mask has to say of the piece whose first

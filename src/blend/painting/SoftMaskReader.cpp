@@ -150,7 +150,7 @@ bool SoftMaskReader::ReadOpacitiesOfColors(const unsigned char* row, unsigned in
     for (std::size_t i = 0; i < count; ++i) {
         unsigned char* const pixel = packed_.data() + i * kPackedBytes;
         // Only the colour counts here: a premultiplied one is made straight.
-        if (codec.form == PackedForm::Premultiplied && pixel[3] != 255) {
+        if (codec.colors == PackedColors::Premultiplied && pixel[3] != 255) {
             for (int c = 0; c < 3; ++c) pixel[c] = Unpremultiply(pixel[c], pixel[3]);
         }
         const double opacity = OpacityOfColor(pixel);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "blend/painting/ImageBlocks.h"
+#include "blend/painting/ImageMemory.h"
 
 namespace vantu {
 namespace {
@@ -42,13 +42,13 @@ SpanPainter<Traits>::SpanPainter(const PaintKernel& kernel, IQorImage& destinati
       sourceRows_(RowsFromTop(source, kernel.source)),
       sourceCodec_(ActiveSpanCodecs().Of(kernel.source)),
       targetCodec_(HasColors(kernel.destination) ? &ActiveSpanCodecs().Of(kernel.destination) : nullptr),
-      form_(targetCodec_ != nullptr ? targetCodec_->form : PackedForm::Straight) {
+      colors_(targetCodec_ != nullptr ? targetCodec_->colors : PackedColors::Straight) {
     CompositeForm composite = CompositeForm::Plain;
     if constexpr (Traits::kGroup) {
         composite = *request.knockout ? CompositeForm::Knockout : CompositeForm::Group;
         snapshotRows_ = DirectRows(*request.backdrop, kernel.destination, targetRows_);
     }
-    stage_ = ActiveStages().Of(kernel.mode, composite, form_);
+    stage_ = ActiveStages().Of(kernel.mode, composite, colors_);
 }
 
 template <typename Traits>
@@ -162,12 +162,12 @@ const unsigned char* SpanPainter<Traits>::WrittenPixels(Span<Traits>& span) cons
 template <typename Traits>
 void SpanPainter<Traits>::CopyThroughColor(const PaintArea& area, Span<Traits>& span) const {
     CompositeSpan composite = span.composite;
-    const bool premultiplied = HasAlpha(kernel_.destination) && form_ == PackedForm::Premultiplied;
+    const bool premultiplied = HasAlpha(kernel_.destination) && colors_ == PackedColors::Premultiplied;
     std::memset(span.target, 0, composite.count * kPackedBytes);
     composite.target = span.target;
     composite.select = nullptr;
     ActiveStages().Of(BlendMode::Normal, CompositeForm::Plain,
-                      premultiplied ? PackedForm::Premultiplied : PackedForm::Straight)(composite);
+                      premultiplied ? PackedColors::Premultiplied : PackedColors::Straight)(composite);
     targetCodec_->write(At(targetRows_, *targetCodec_, area.targetX, area.targetY, area), area.width, span.target,
                         span.composite.select);
 }

@@ -70,7 +70,7 @@ private:
     std::optional<PixelRows<const unsigned char>> snapshotRows_;
     const SpanCodec& sourceCodec_;
     const SpanCodec* targetCodec_;  ///< null for a destination without colours
-    PackedForm form_;
+    PackedColors colors_;
     CompositeStage stage_;
 };
 

@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdint>
 
-#include "blend/stages/WordTables.h"
+#include "blend/stages/Quotients.h"
 
 // Tables for vector code, made at first use from the functions that define the modes.
 

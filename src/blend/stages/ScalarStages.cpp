@@ -6,15 +6,15 @@
 namespace vantu {
 namespace {
 
-/// The format that packed pixels of a form have in memory.
-constexpr PixelFormat FormatOf(PackedForm form) {
-    return form == PackedForm::Straight ? PixelFormat::Bgra32 : PixelFormat::Bgra32Premultiplied;
+/// The format that packed pixels have in memory.
+constexpr PixelFormat FormatOf(PackedColors colors) {
+    return colors == PackedColors::Straight ? PixelFormat::Bgra32 : PixelFormat::Bgra32Premultiplied;
 }
 
-template <PackedForm Form>
+template <PackedColors Colors>
 Color ReadPacked(const unsigned char* pixel) {
     Color color;
-    ReadPixel<FormatOf(Form)>(pixel, color);
+    ReadPixel<FormatOf(Colors)>(pixel, color);
     return color;
 }
 
@@ -23,30 +23,30 @@ template <typename Step>
 void EachPixel(const CompositeSpan& span, Step step) {
     for (std::size_t i = 0; i < span.count; ++i) {
         if (span.select != nullptr && span.select[i] == 0) continue;
-        const Color cs = ReadPacked<PackedForm::Premultiplied>(span.source + i * kPackedBytes);
+        const Color cs = ReadPacked<PackedColors::Premultiplied>(span.source + i * kPackedBytes);
         step(i, cs, span.opacity != nullptr ? span.opacity[i] : ConstantOpacity(span.alpha, cs.GetAlpha()));
     }
 }
 
-template <BlendMode Mode, PackedForm Form>
+template <BlendMode Mode, PackedColors Colors>
 void Plain(const CompositeSpan& span) {
     EachPixel(span, [&](std::size_t i, const Color& cs, std::uint32_t as) {
         if (cs.GetAlpha() == 0) return;
         unsigned char* const pixel = span.target + i * kPackedBytes;
-        Color cd = ReadPacked<Form>(pixel);
+        Color cd = ReadPacked<Colors>(pixel);
         const std::uint32_t ar = CompositePlain<Mode>(cs, cd, as);
-        if (ar != 0 || !span.keepClear) WritePixel<FormatOf(Form)>(pixel, cd);
+        if (ar != 0 || !span.keepClear) WritePixel<FormatOf(Colors)>(pixel, cd);
     });
 }
 
-template <BlendMode Mode, PackedForm Form, bool Knockout>
+template <BlendMode Mode, PackedColors Colors, bool Knockout>
 void InGroup(const CompositeSpan& span) {
     EachPixel(span, [&](std::size_t i, const Color& cs, std::uint32_t as) {
         unsigned char* const pixel = span.target + i * kPackedBytes;
-        Color cd = ReadPacked<Form>(pixel);
-        const Color c0 = ReadPacked<Form>(span.snapshot + i * kPackedBytes);
+        Color cd = ReadPacked<Colors>(pixel);
+        const Color c0 = ReadPacked<Colors>(span.snapshot + i * kPackedBytes);
         if (StepInGroup<Mode, Knockout>(cs, cd, c0, span.groupAlpha[i], as, span.stencil)) {
-            WritePixel<FormatOf(Form)>(pixel, cd);
+            WritePixel<FormatOf(Colors)>(pixel, cd);
         }
     });
 }
@@ -66,8 +66,8 @@ void GroupMask(const MaskSpan& span) {
 }
 
 constexpr BlendStages kScalarStages{MakeModeTable([]<BlendMode Mode>() {
-                                        constexpr PackedForm premultiplied = PackedForm::Premultiplied;
-                                        constexpr PackedForm straight = PackedForm::Straight;
+                                        constexpr PackedColors premultiplied = PackedColors::Premultiplied;
+                                        constexpr PackedColors straight = PackedColors::Straight;
                                         return std::array<std::array<CompositeStage, 2>, 3>{{
                                             {Plain<Mode, premultiplied>, Plain<Mode, straight>},
                                             {InGroup<Mode, premultiplied, false>, InGroup<Mode, straight, false>},

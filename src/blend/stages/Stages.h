@@ -43,7 +43,7 @@ using MaskStage = void (*)(const MaskSpan& span);
 
 /// The stages: compositing by mode, form and by what the target's colour bytes are, and soft masks.
 struct BlendStages {
-    [[nodiscard]] CompositeStage Of(BlendMode mode, CompositeForm form, PackedForm target) const {
+    [[nodiscard]] CompositeStage Of(BlendMode mode, CompositeForm form, PackedColors target) const {
         return entries[static_cast<std::size_t>(mode)][static_cast<std::size_t>(form)]
                       [static_cast<std::size_t>(target)];
     }

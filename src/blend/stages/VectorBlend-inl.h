@@ -12,7 +12,7 @@
 #include "blend/stages/BlendTables.h"
 #include "blend/stages/VectorDivision-inl.h"
 #include "blend/stages/VectorNative-inl.h"
-#include "blend/stages/VectorWords-inl.h"
+#include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {

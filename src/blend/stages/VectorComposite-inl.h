@@ -14,7 +14,7 @@
 #include "blend/stages/Stages.h"
 #include "blend/stages/VectorBlend-inl.h"
 #include "blend/stages/VectorDivision-inl.h"
-#include "blend/stages/VectorWords-inl.h"
+#include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
@@ -48,14 +48,14 @@ HWY_INLINE void StoreWhereNot(WordMask keep, const Block& before, const Block& a
                packed);
 }
 
-template <PackedForm Form>
+template <PackedColors Colors>
 HWY_INLINE Channels StraightChannels(const Block& block, Words alpha) {
-    return Form == PackedForm::Straight ? StoredChannels(block) : Unpremultiplied(block, alpha);
+    return Colors == PackedColors::Straight ? StoredChannels(block) : Unpremultiplied(block, alpha);
 }
 
 /// floor(M / a) with R = floor(65535 / a): e = M*R / 65536 is the quotient or one less. A premultiplied channel is
 /// floor(a * quotient / 255), and a * quotient is M less its remainder; 0 for a = 0.
-template <PackedForm Form, typename Numerator>
+template <PackedColors Colors, typename Numerator>
 struct Divided {
     HWY_INLINE Words operator()(Words cb, Words cs) const {
         const Words m = numerator(cb, cs);
@@ -63,7 +63,7 @@ struct Divided {
         const Words rest = hn::Sub(m, hn::Mul(e, a));
         const Words smaller =
             hn::Min(rest, hn::Sub(rest, a));  // the remainder: rest - a wraps to a large value below a
-        if constexpr (Form == PackedForm::Premultiplied) return Div255(hn::Sub(m, smaller));
+        if constexpr (Colors == PackedColors::Premultiplied) return Div255(hn::Sub(m, smaller));
         return hn::Sub(e, hn::VecFromMask(kWords, hn::Ne(rest, smaller)));
     }
 

@@ -11,12 +11,27 @@
 
 #include <cstdint>
 
+#include "blend/stages/Quotients.h"
 #include "blend/stages/VectorNative-inl.h"
-#include "blend/stages/VectorWords-inl.h"
-#include "blend/stages/WordTables.h"
+#include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
+
+/// floor(n / 255) for n up to 65,025: (n+1)*257 / 65536.
+HWY_INLINE Words Div255(Words n) {
+    return hn::MulHigh(hn::Add(n, Constant(1)), Constant(257));
+}
+
+/// ceil(n / 255) for n up to 65,025 + 254.
+HWY_INLINE Words CeilDiv255(Words n) {
+    return hn::MulHigh(hn::Add(n, Constant(255)), Constant(257));
+}
+
+/// Union of two alphas: p - p*q/255 + q.
+HWY_INLINE Words UniteAlpha(Words p, Words q) {
+    return hn::Add(hn::Sub(p, Div255(hn::Mul(p, q))), q);
+}
 
 /// A 32-bit fixed-point factor per word: hi + lo / 65536.
 struct Factor {

@@ -15,7 +15,7 @@
 #include "blend/stages/VectorBlend-inl.h"
 #include "blend/stages/VectorComposite-inl.h"
 #include "blend/stages/VectorDivision-inl.h"
-#include "blend/stages/VectorWords-inl.h"
+#include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
@@ -76,7 +76,7 @@ HWY_INLINE bool PaintOpaqueBytes(const CompositeSpan& span, std::size_t i) {
 // Each form paints a block of a span from pixel i on, and says whether it would pay to gather the pixels that need
 // painting: whether many, but not all, stay as they are.
 
-template <BlendMode Mode, PackedForm Form>
+template <BlendMode Mode, PackedColors Colors>
 struct PlainStage {
     static HWY_INLINE bool Paint(const CompositeSpan& span, std::size_t i, const Blend<Mode>& blend) {
         if (Mode == BlendMode::Normal && span.alpha != 255 && span.opacity == nullptr && span.select == nullptr &&
@@ -111,7 +111,7 @@ struct PlainStage {
             return sparse;
         }
         const Channels cb =
-            Form == PackedForm::Straight ? StoredChannels(target) : UnpremultipliedWhereSeen(target, ab);
+            Colors == PackedColors::Straight ? StoredChannels(target) : UnpremultipliedWhereSeen(target, ab);
         if (opaqueSource) {
             StoreWhereNot(keep, target, MakeBlock(EachChannel(cb, cs, OfOpaque<Mode>{ab, blend}), full), packed);
             return sparse;
@@ -119,15 +119,16 @@ struct PlainStage {
         const Product v(as, ab);
         const Words ar = hn::Add(hn::Sub(ab, v.v1), as);
         const PlainNumerator<Mode> numerator{as, ab, v.v1, v.v0, blend};
-        const Channels result = EachChannel(cb, cs, Divided<Form, PlainNumerator<Mode>>{numerator, ar, Reciprocal(ar)});
+        const Channels result =
+            EachChannel(cb, cs, Divided<Colors, PlainNumerator<Mode>>{numerator, ar, Reciprocal(ar)});
         // A straight pixel of result alpha 0 keeps its colour; a premultiplied one is cleared unless told otherwise.
-        if (Form == PackedForm::Straight || span.keepClear) keep = hn::Or(keep, hn::Eq(ar, zero));
+        if (Colors == PackedColors::Straight || span.keepClear) keep = hn::Or(keep, hn::Eq(ar, zero));
         StoreWhereNot(keep, target, MakeBlock(result, ar), packed);
         return sparse;
     }
 };
 
-template <BlendMode Mode, PackedForm Form>
+template <BlendMode Mode, PackedColors Colors>
 struct GroupStage {
     static HWY_INLINE bool Paint(const CompositeSpan& span, std::size_t i, const Blend<Mode>& blend) {
         const Words zero = hn::Zero(kWords);
@@ -154,15 +155,15 @@ struct GroupStage {
         const Product v(as, ab);
         const Words r = Reciprocal(ai);
         const GroupNumerator<Mode> numerator{as, hn::Sub(ai, as), v.v1, v.v0, blend};
-        const Channels result =
-            EachChannel(StraightChannels<Form>(target, ab), cs, Divided<Form, GroupNumerator<Mode>>{numerator, ai, r});
+        const Channels result = EachChannel(StraightChannels<Colors>(target, ab), cs,
+                                            Divided<Colors, GroupNumerator<Mode>>{numerator, ai, r});
         keep = hn::Or(keep, hn::Eq(ai, zero));
         StoreWhereNot(keep, target, MakeBlock(result, ai), packed);
         return false;
     }
 };
 
-template <BlendMode Mode, PackedForm Form>
+template <BlendMode Mode, PackedColors Colors>
 struct KnockoutStage {
     static HWY_INLINE bool Paint(const CompositeSpan& span, std::size_t i, const Blend<Mode>& blend) {
         const WordMask keep = Unselected(span, i);
@@ -194,13 +195,13 @@ struct KnockoutStage {
         const Words ar = hn::Add(hn::Sub(a0, v.v1), as);
         const Words r = Reciprocal(ar);
         const PlainNumerator<Mode> numerator{as, a0, v.v1, v.v0, blend};
-        const Channels painted = EachChannel(StraightChannels<Form>(snapshot, a0), source.Colors(),
-                                             Divided<PackedForm::Straight, PlainNumerator<Mode>>{numerator, ar, r});
+        const Channels painted = EachChannel(StraightChannels<Colors>(snapshot, a0), source.Colors(),
+                                             Divided<PackedColors::Straight, PlainNumerator<Mode>>{numerator, ar, r});
 
         const Words alpha = span.stencil ? ad : ar;
-        const Channels result = EachChannel(StraightChannels<Form>(target, ad), painted, [&](Words old, Words fresh) {
+        const Channels result = EachChannel(StraightChannels<Colors>(target, ad), painted, [&](Words old, Words fresh) {
             const Words channel = hn::IfThenElse(unpainted, old, fresh);
-            return Form == PackedForm::Premultiplied ? Div255(hn::Mul(channel, alpha)) : channel;
+            return Colors == PackedColors::Premultiplied ? Div255(hn::Mul(channel, alpha)) : channel;
         });
         StoreWhereNot(keep, target, MakeBlock(result, alpha), packed);
         return false;

@@ -13,8 +13,8 @@
 #include <array>
 #include <cstdint>
 
-#include "blend/stages/LaneTables.h"
-#include "blend/stages/VectorWords-inl.h"
+#include "blend/stages/LaneOrders.h"
+#include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {

@@ -11,8 +11,8 @@
 #include <cstring>
 
 #include "blend/stages/Stages.h"
-#include "blend/stages/VectorSparse-inl.h"
-#include "blend/stages/VectorWords-inl.h"
+#include "blend/stages/VectorGather-inl.h"
+#include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
@@ -70,7 +70,7 @@ void Run(const CompositeSpan& span) {
     while (done < whole) {
         done = PaintBlocks<Stage>(span, done, whole, blend);
         if constexpr (!Group) {
-            if (done < whole && span.opacity == nullptr) done = PaintSparse<Stage>(span, done, whole, blend);
+            if (done < whole && span.opacity == nullptr) done = PaintGathered<Stage>(span, done, whole, blend);
         }
     }
     if (done < span.count) {

@@ -10,8 +10,8 @@
 #include "blend/definition/ModeTable.h"
 
 #if IMAGEOP_HAS_VECTORS
+#include "blend/stages/VectorPixels-inl.h"
 #include "blend/stages/VectorRuns-inl.h"
-#include "blend/stages/VectorWords-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
@@ -71,8 +71,8 @@ void GroupMask(const MaskSpan& span) {
 
 constexpr BlendStages kStages{
     MakeModeTable([]<BlendMode Mode>() {
-        constexpr PackedForm premultiplied = PackedForm::Premultiplied;
-        constexpr PackedForm straight = PackedForm::Straight;
+        constexpr PackedColors premultiplied = PackedColors::Premultiplied;
+        constexpr PackedColors straight = PackedColors::Straight;
         return std::array<std::array<CompositeStage, 2>, 3>{{
             {Run<Mode, PlainStage<Mode, premultiplied>, false>, Run<Mode, PlainStage<Mode, straight>, false>},
             {Run<Mode, GroupStage<Mode, premultiplied>, true>, Run<Mode, GroupStage<Mode, straight>, true>},

@@ -16,7 +16,7 @@ namespace vantu {
 bool Overlap(const IQorImage& a, const IQorImage& b);
 
 /// Whether a rectangle of an image, taken to be of format `format`, lies inside the image's block.
-bool InsideBlock(const IQorImage& image, PixelFormat format, int x, int y, const PaintArea& area);
+bool InsideMemory(const IQorImage& image, PixelFormat format, int x, int y, const PaintArea& area);
 
 /// The rows behind an accessor record of pixels of format `format` themselves; nothing if it goes through a palette.
 std::optional<PixelRows<const unsigned char>> DirectRows(const DynamicAccessor& record, PixelFormat format,

@@ -1,10 +1,10 @@
 // Pixels in vectors of 16-bit words, for any instruction set. Included once per target.
 
-#if defined(IMAGEOP_VECTOR_WORDS_INL_H) == defined(HWY_TARGET_TOGGLE)
-#ifdef IMAGEOP_VECTOR_WORDS_INL_H
-#undef IMAGEOP_VECTOR_WORDS_INL_H
+#if defined(IMAGEOP_VECTOR_PIXELS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef IMAGEOP_VECTOR_PIXELS_INL_H
+#undef IMAGEOP_VECTOR_PIXELS_INL_H
 #else
-#define IMAGEOP_VECTOR_WORDS_INL_H
+#define IMAGEOP_VECTOR_PIXELS_INL_H
 #endif
 
 #include <hwy/highway.h>
@@ -114,21 +114,6 @@ HWY_INLINE void StoreEntries(Words words, std::uint32_t* entries) {
     const Words zero = hn::Zero(kWords);
     hn::StoreU(FirstLanes(words, zero), kPixels, entries);
     hn::StoreU(SecondLanes(words, zero), kPixels, entries + hn::Lanes(kPixels));
-}
-
-/// floor(n / 255) for n up to 65,025: (n+1)*257 / 65536.
-HWY_INLINE Words Div255(Words n) {
-    return hn::MulHigh(hn::Add(n, Constant(1)), Constant(257));
-}
-
-/// ceil(n / 255) for n up to 65,025 + 254.
-HWY_INLINE Words CeilDiv255(Words n) {
-    return hn::MulHigh(hn::Add(n, Constant(255)), Constant(257));
-}
-
-/// Union of two alphas: p - p*q/255 + q.
-HWY_INLINE Words UniteAlpha(Words p, Words q) {
-    return hn::Add(hn::Sub(p, Div255(hn::Mul(p, q))), q);
 }
 
 /// The three colour channels of a block, straight.

@@ -1,4 +1,4 @@
-#include "blend/KernelTables.h"
+#include "blend/Kernels.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "blend/painting/ImageBlocks.h"
+#include "blend/painting/ImageMemory.h"
 
 #include <cstdint>
 #include <functional>
@@ -15,7 +15,7 @@ bool Overlap(const IQorImage& a, const IQorImage& b) {
            before(rb.first, ra.Row(ra.count));
 }
 
-bool InsideBlock(const IQorImage& image, PixelFormat format, int x, int y, const PaintArea& area) {
+bool InsideMemory(const IQorImage& image, PixelFormat format, int x, int y, const PaintArea& area) {
     const std::int64_t endX = std::int64_t{x} + area.width;
     const std::int64_t endY = std::int64_t{y} + area.height;
     const std::int64_t lastRow = image.IsBottomUp() ? std::int64_t{image.GetHeight()} - 1 - y : endY - 1;

@@ -1,10 +1,10 @@
 // Spans of which many pixels stay as they are. Included once per target.
 
-#if defined(IMAGEOP_VECTOR_SPARSE_INL_H) == defined(HWY_TARGET_TOGGLE)
-#ifdef IMAGEOP_VECTOR_SPARSE_INL_H
-#undef IMAGEOP_VECTOR_SPARSE_INL_H
+#if defined(IMAGEOP_VECTOR_GATHER_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef IMAGEOP_VECTOR_GATHER_INL_H
+#undef IMAGEOP_VECTOR_GATHER_INL_H
 #else
-#define IMAGEOP_VECTOR_SPARSE_INL_H
+#define IMAGEOP_VECTOR_GATHER_INL_H
 #endif
 
 #include <hwy/cache_control.h>
@@ -19,7 +19,7 @@
 #include "blend/stages/Stages.h"
 #include "blend/stages/VectorForms-inl.h"
 #include "blend/stages/VectorNative-inl.h"
-#include "blend/stages/VectorWords-inl.h"
+#include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
@@ -38,14 +38,14 @@ HWY_NOINLINE std::size_t PaintBlocks(const CompositeSpan& span, std::size_t firs
 /// A span with many pixels that stay as they are, outside groups and without opacities. Those that need painting are
 /// gathered, painted and put back.
 template <typename Stage>
-class Sparse;
+class GatheredPixels;
 
-template <BlendMode Mode, PackedForm Form>
-class Sparse<PlainStage<Mode, Form>> {
+template <BlendMode Mode, PackedColors Colors>
+class GatheredPixels<PlainStage<Mode, Colors>> {
 public:
     static constexpr std::size_t kMostPixels = 1024;
 
-    explicit Sparse(const CompositeSpan& span) : span_(span), gathered_(span) {
+    explicit GatheredPixels(const CompositeSpan& span) : span_(span), gathered_(span) {
         gathered_.source = source_;
         gathered_.target = target_;
         gathered_.select = nullptr;
@@ -60,7 +60,7 @@ public:
         std::memset(source_ + gathered * kPackedBytes, 0, BlockPixels() * kPackedBytes);
         std::memset(target_ + gathered * kPackedBytes, 0, BlockPixels() * kPackedBytes);
         for (std::size_t done = 0; done < gathered;) {
-            done = PaintBlocks<PlainStage<Mode, Form>>(gathered_, done, gathered, blend);
+            done = PaintBlocks<PlainStage<Mode, Colors>>(gathered_, done, gathered, blend);
         }
         PutBack(first, count);
         return gathered;
@@ -128,12 +128,12 @@ private:
 /// Paints pixels of a span while few of them need it.
 /// @return the pixel to go on with.
 template <typename Stage, BlendMode Mode>
-HWY_NOINLINE std::size_t PaintSparse(const CompositeSpan& span, std::size_t first, std::size_t end,
-                                     const Blend<Mode>& blend) {
-    Sparse<Stage> sparse(span);
+HWY_NOINLINE std::size_t PaintGathered(const CompositeSpan& span, std::size_t first, std::size_t end,
+                                       const Blend<Mode>& blend) {
+    GatheredPixels<Stage> gathered(span);
     while (first < end) {
-        const std::size_t count = std::min(sparse.kMostPixels, end - first);
-        const std::size_t painted = sparse.Paint(first, count, blend);
+        const std::size_t count = std::min(gathered.kMostPixels, end - first);
+        const std::size_t painted = gathered.Paint(first, count, blend);
         first += count;
         if (painted > count - count / 4) break;
     }
