@@ -10,9 +10,12 @@
 #include "CMap.h"
 #include "Calculator.h"
 #include "ColorSpaces.h"
+#include "ContentReader.h"
+#include "Encodings.h"
 #include "Flatten.h"
 #include "Functions.h"
 #include "Outlines.h"
+#include "Samples.h"
 
 namespace pdf {
 namespace {
@@ -242,6 +245,76 @@ TEST(CMap, DividesTextsIntoCodes) {
     EXPECT_TRUE(notes.Counts().empty());
     static_cast<void>(CMap::Parse(Object("/90ms-RKSJ-H"), notes));
     EXPECT_EQ(notes.Counts().size(), 1U);
+}
+
+TEST(Encoding, NamesTheCharactersOfCodes) {
+    for (const auto& [name, unicode] : {std::pair("space", 0x20U),
+                                        {"asciitilde", 0x7EU},
+                                        {"exclamdown", 0xA1U},
+                                        {"eacute", 0xE9U},
+                                        {"ydieresis", 0xFFU},
+                                        {"Euro", 0x20ACU},
+                                        {"a.alt", 0x61U},
+                                        {"uni20AC", 0x20ACU},
+                                        {"u1F600", 0x1F600U},
+                                        {"unicorn", 0U},
+                                        {"g37", 0U},
+                                        {"", 0U}}) {
+        EXPECT_EQ(UnicodeOf(name), unicode) << name;
+    }
+    EXPECT_EQ(ToEncoding(Object("/WinAnsiEncoding"), false)[0x80].unicode, 0x20ACU);
+    EXPECT_EQ(ToEncoding(Object("/MacRomanEncoding"), false)[0x8A].unicode, 0xE4U);
+    const Encoding standard = ToEncoding(Object("null"), true);
+    EXPECT_EQ(standard[0x27].unicode, 0x2019U);
+    EXPECT_EQ(standard[0xAE].unicode, 0xFB01U);
+    EXPECT_EQ(standard[0xFB].unicode, 0xDFU);
+    const Encoding own = ToEncoding(Object("<< /Differences [65 /B 254 /x.y /uni0416 /beyond -1 /before] >>"), false);
+    EXPECT_TRUE(own[65].name == "B" && own[65].unicode == 0x42);
+    EXPECT_TRUE(own[254].name == "x.y" && own[255].unicode == 0x416);
+    EXPECT_TRUE(own[66].name.empty() && own[66].unicode == 0);
+}
+
+/// Writes down what a content stream says.
+struct Writer : ContentHandler {
+    void HandleOperator(const std::string& name, const Operands& operands) override {
+        for (const QPDFObjectHandle& operand : operands) text += QPDFObjectHandle(operand).unparse() + " ";
+        text += name + "; ";
+    }
+    void HandleInlinePicture(QPDFObjectHandle dictionary, const std::string& data) override {
+        text += dictionary.unparse() + data + "; ";
+    }
+    std::string text;
+};
+
+TEST(ReadContent, HandsOnOperatorsWithinItsBudget) {
+    QPDFObjectHandle both = Object("[]");
+    both.appendItem(Stream("<< >>", "1 0 0 rg q [(a) -3] TJ"));
+    both.appendItem(Stream("<< >>", "BI /W 1 /H 1 /CS /G /BPC 8 ID x EI Q"));
+    Writer all;
+    Budget plenty;
+    EXPECT_TRUE(ReadContent(both, plenty, all));
+    EXPECT_EQ(all.text.substr(0, 35), "1 0 0 rg; q; [ (a) -3 ] TJ; << /Bit");
+    EXPECT_NE(all.text.find("/Width 1 >>x"), std::string::npos) << all.text;
+    EXPECT_TRUE(all.text.ends_with("Q; "));
+    std::string saves;
+    for (int i = 0; i < 5000; ++i) saves += "q ";
+    Writer some;
+    Budget little{.operators = 3000};
+    EXPECT_FALSE(ReadContent(Stream("<< >>", saves), little, some));
+    EXPECT_LE(some.text.size(), 3 * 3000U);
+    EXPECT_EQ(some.text.substr(0, 6), "q; q; ");
+}
+
+TEST(Samples, RowsBeginWithAByte) {
+    std::vector<unsigned int> row;
+    const Samples pairs{.width = 3, .height = 2, .components = 1, .bits = 2, .bytes = "\x1B\xC0"};
+    pairs.ReadRow(0, row);
+    EXPECT_EQ(row, (std::vector<unsigned int>{0, 1, 2}));
+    pairs.ReadRow(1, row);
+    EXPECT_EQ(row, (std::vector<unsigned int>{3, 0, 0}));
+    const Samples words{.width = 1, .height = 1, .components = 2, .bits = 16, .bytes = "\x01\x02\xFF\xFE"};
+    words.ReadRow(0, row);
+    EXPECT_EQ(row, (std::vector<unsigned int>{0x102, 0xFFFE}));
 }
 
 TEST(Flatten, StraysLittleFromACurveAndKeepsToTheSteps) {
