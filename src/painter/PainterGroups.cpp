@@ -129,7 +129,7 @@ void Painter::Implementation::OpenInBlender(const Level& group) {
     const Rectangle whole = WholeOf(*group.image);
     try {
         ranges_->ranges = {{0, 0, 0, whole.y1}, {0, 0, whole.x1, 0}};
-        blender_->Blend(group.image, ranges_, {0, 0}, nullptr, nullptr, {0, 0}, 255, BlendMode::Normal, painted_);
+        blender_->Blend(group.image, coverage_, {0, 0}, nullptr, nullptr, {0, 0}, 255, BlendMode::Normal, painted_);
     } catch (...) {
         blender_->EndGroup();
         throw;

@@ -47,6 +47,16 @@ std::array<Rectangle, 4> Around(const Rectangle& outer, const Rectangle& inner) 
             Rectangle{outer.x0, inner.y0, inner.x0, inner.y1}, Rectangle{inner.x1, inner.y0, outer.x1, inner.y1}};
 }
 
+/// Whether sums and differences of such positions are ints as well.
+bool IsNear(const Rectangle& r) {
+    constexpr int far = 1 << 28;
+    return r.x0 > -far && r.y0 > -far && r.x1 < far && r.y1 < far;
+}
+
+Rectangle PlaceOf(const IQorImage& image, const Point<int, 2>& at) {
+    return RectangleAt(at, image.GetWidth(), image.GetHeight());
+}
+
 /// Stands for no mask and no function in a `Blend`.
 const std::shared_ptr<IQorImage> kNoMask;
 const std::shared_ptr<IPDFTransferFunction> kNoTransfer;
@@ -104,7 +114,7 @@ PaintResult Painter::Implementation::Draw(const std::shared_ptr<IQorImage>& pict
     if (refusal == PaintResult::Painted) refusal = CheckPicture(picture.get());
     if (refusal == PaintResult::Painted) refusal = CheckPaint(paint);
     if (refusal != PaintResult::Painted) return refusal;
-    const Rectangle whole = RectangleAt(at, picture->GetWidth(), picture->GetHeight());
+    const Rectangle whole = PlaceOf(*picture, at);
     shape_.assign(1, whole);
     const Source source{picture, at, MayHaveClearPixels(picture->GetPixelFormat()), paint.alpha};
     return PaintShape(source, shape_, VisibleBox(whole), paint);
@@ -145,12 +155,12 @@ PaintResult Painter::Implementation::PaintShape(const Source& source, const Band
     bool some = false;
     Rectangle inside{};
     if (paint.mask) {
-        const IQorImage& mask = *paint.mask;
-        inside = Intersection(box, RectangleAt(paint.maskAt, mask.GetWidth(), mask.GetHeight()));
+        const Rectangle maskPlace = PlaceOf(*paint.mask, paint.maskAt);
+        inside = Intersection(box, maskPlace);
         ranges_->ranges.clear();
         if (!IsEmpty(inside)) AddVisible(shape, inside);
         if (!ranges_->ranges.empty()) {
-            if (!BlendInside(source, inside, paint)) return PaintResult::NoPixels;
+            if (!BlendInside(source, inside, maskPlace, paint)) return PaintResult::NoPixels;
             some = !ranges_->ranges.empty();
         }
     }
@@ -189,23 +199,34 @@ bool Painter::Implementation::BlendUnmasked(const Source& source, const Paint& p
         elementShape_.CutToPicture(ranges_->ranges, *source.image, Difference(source.at, level.origin));
     }
     if (ranges_->ranges.empty()) return true;
-    return blender_->Blend(source.image, ranges_, offset, kNoMask, kNoTransfer, {0, 0}, source.alpha, paint.mode,
+    return blender_->Blend(source.image, coverage_, offset, kNoMask, kNoTransfer, {0, 0}, source.alpha, paint.mode,
                            painted_);
 }
 
 /// Paints the ranges, which lie inside the mask.
-bool Painter::Implementation::BlendInside(const Source& source, const Rectangle& box, const Paint& paint) {
+bool Painter::Implementation::BlendInside(const Source& source, const Rectangle& box, const Rectangle& maskPlace,
+                                          const Paint& paint) {
     // A stencil leaves alphas out in groups, and with Normal at full alpha it copies clear pixels. There it is taken
     // for the runs of pixels that it paints.
     const bool copies = source.hasAlpha && source.alpha == 255 && paint.mode == BlendMode::Normal;
-    if (!IsStencil(paint) || !(levels_.back().image || copies)) return BlendMasked(source, box, paint);
+    if (!IsStencil(paint) || !(levels_.back().image || copies)) {
+        const bool near = IsNear(maskPlace) && IsNear({source.at.x, source.at.y, source.at.x, source.at.y});
+        return near && !levels_.back().image ? BlendMasked(source, paint) : BlendMaskedParts(source, box, paint);
+    }
     elementShape_.CutToStencil(ranges_->ranges, *paint.mask, paint.maskAt);
     return BlendUnmasked(source, paint);
 }
 
-/// With a mask a range is a place in the source, and the target lies at the range plus the offset. A group notes the
-/// range all the same, so it must lie in the group's image: it counts from the box, which does.
-bool Painter::Implementation::BlendMasked(const Source& source, const Rectangle& box, const Paint& paint) {
+/// With a mask a range is a place in the source, and the target lies at the range plus the offset.
+bool Painter::Implementation::BlendMasked(const Source& source, const Paint& paint) {
+    for (Rectangle& r : ranges_->ranges) r = Moved(r, source.at);
+    return blender_->Blend(source.image, coverage_, source.at, paint.mask, paint.maskTransfer,
+                           Difference(paint.maskAt, source.at), source.alpha, paint.mode, painted_);
+}
+
+/// The same with ranges that count from the box, as parts of source and mask do that start there: a group notes the
+/// range although it is painted elsewhere, and the box fits into the group's image. It is small, however far away.
+bool Painter::Implementation::BlendMaskedParts(const Source& source, const Rectangle& box, const Paint& paint) {
     const Level& level = levels_.back();
     const auto height = static_cast<unsigned int>(box.y1) - static_cast<unsigned int>(box.y0);
     // Shows an image from the box on, or from the start of that byte. @return how many pixels before the box.
@@ -226,7 +247,7 @@ bool Painter::Implementation::BlendMasked(const Source& source, const Rectangle&
         elementShape_.CutToMask(ranges_->ranges, *maskView_, maskOffset, *paint.maskTransfer);
         if (ranges_->ranges.empty()) return true;
     }
-    return blender_->Blend(sourceView_, ranges_, Difference(start, level.origin), maskView_, paint.maskTransfer,
+    return blender_->Blend(sourcePart_, coverage_, Difference(start, level.origin), maskPart_, paint.maskTransfer,
                            maskOffset, source.alpha, paint.mode, painted_);
 }
 

@@ -66,8 +66,9 @@ private:
     PaintResult PaintShape(const Source& source, const Bands& shape, const Rectangle& box, const Paint& paint);
     void AddVisible(const Bands& shape, const Rectangle& box);
     bool BlendUnmasked(const Source& source, const Paint& paint);
-    bool BlendInside(const Source& source, const Rectangle& box, const Paint& paint);
-    bool BlendMasked(const Source& source, const Rectangle& box, const Paint& paint);
+    bool BlendInside(const Source& source, const Rectangle& box, const Rectangle& maskPlace, const Paint& paint);
+    bool BlendMasked(const Source& source, const Paint& paint);
+    bool BlendMaskedParts(const Source& source, const Rectangle& box, const Paint& paint);
 
     [[nodiscard]] const Level* StartOf(const GroupKind& kind) const;
     [[nodiscard]] bool PageIsCopiedExactly() const;
@@ -83,10 +84,14 @@ private:
     std::vector<Level> levels_;         ///< the page, and above it the open groups
 
     // Kept from call to call for their memory.
-    std::shared_ptr<RangeList> ranges_ = std::make_shared<RangeList>();
+    const std::shared_ptr<RangeList> ranges_ = std::make_shared<RangeList>();
+    const std::shared_ptr<ImageView> sourceView_ = std::make_shared<ImageView>();
+    const std::shared_ptr<ImageView> maskView_ = std::make_shared<ImageView>();
+    // The same as a blender takes them: a conversion at each call would count references.
+    const std::shared_ptr<IPDFImageBlender::Coverage> coverage_ = ranges_;
+    const std::shared_ptr<IQorImage> sourcePart_ = sourceView_;
+    const std::shared_ptr<IQorImage> maskPart_ = maskView_;
     std::shared_ptr<IPDFImageBlender::Coverage> painted_;
-    std::shared_ptr<ImageView> sourceView_ = std::make_shared<ImageView>();
-    std::shared_ptr<ImageView> maskView_ = std::make_shared<ImageView>();
     Bands shape_;
     std::vector<Rectangle> visible_;
     ColorSheet sheet_;
