@@ -81,14 +81,16 @@ PaintResult Painter::Implementation::BeginGroup(const Rectangle& bounds, const G
             // Its elements composite with what lies below, where its result would come to lie as it is.
             group.image = parent.image;
             group.origin = parent.origin;
+            group.keepsBackdrop = parent.keepsBackdrop;
         } else {
             group.copiedBack = plainStart && !parent.image && PageIsCopiedExactly();
             group.image = MakeImage(group.bounds, PixelFormat::Bgra32Premultiplied);
             group.ownsImage = true;
             if (start != nullptr) CopyContent(*start, group);
-            // C + k (result - C) = (1 - k) C + k result, where C is what lies below and k how opaque the group is.
-            group.keepsBackdrop =
-                kind.isolated || group.copiedBack || (kind.normal && !parent.kind.knockout && IsOpaque(*group.image));
+            // C + k (result - C) = (1 - k) C + k result, where C is what lies below and k how opaque the group is. In a
+            // group that is resolved, C must not be painted: it would count as an element.
+            const bool mayPaintBelow = kind.normal && !parent.kind.knockout && parent.keepsBackdrop;
+            group.keepsBackdrop = kind.isolated || group.copiedBack || (mayPaintBelow && IsOpaque(*group.image));
             OpenInBlender(group);
         }
         result = PaintResult::GroupBegun;

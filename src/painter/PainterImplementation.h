@@ -44,7 +44,7 @@ private:
         GroupKind kind;
         bool ownsImage = false;            ///< not the one below it: a group is open in the blender
         bool copiedBack = false;           ///< the image takes the page's place at the end
-        bool keepsBackdrop = false;        ///< what lies below stays in the image
+        bool keepsBackdrop = false;        ///< nothing will be taken out of what is painted on
         bool painted = false;              ///< something was
         std::shared_ptr<const Clip> clip;  ///< that held before the group
     };

@@ -55,6 +55,18 @@ TEST(NormalGroup, IsAnyOtherOverTranslucentPixels) {
     EXPECT_EQ(paint(true), paint(false));
 }
 
+TEST(NormalGroup, AddsNothingToAGroupAroundItWhereItPaintsNothing) {
+    const auto page = MakeGreys(255);
+    const std::vector<unsigned char> before(page->GetPixelData(), page->GetPixelData() + std::size_t{4} * kGreys);
+    Painter painter(page);
+    painter.BeginGroup({0, 0, kGreys, 1});
+    painter.BeginGroup({0, 0, kGreys, 1}, {.normal = true});
+    painter.Fill({0, 0, 1, 1}, Color(0xFFFFFFFF));
+    EXPECT_EQ(painter.EndGroup({.alpha = 200}), PaintResult::Painted);
+    EXPECT_EQ(painter.EndGroup({.mode = BlendMode::Multiply}), PaintResult::Painted);
+    EXPECT_TRUE(std::equal(before.begin() + 4, before.end(), page->GetPixelData() + 4));
+}
+
 TEST(NormalGroup, SaysThatAnotherModeIsNotHeeded) {
     const auto page = MakeGreys(255);
     const auto before =
