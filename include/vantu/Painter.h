@@ -34,8 +34,8 @@ enum class PaintResult {
 
 /// How something is painted.
 struct Paint {
-    BlendMode mode = BlendMode::Normal;
-    unsigned char alpha = 255;  ///< constant alpha, 0 to 255
+    BlendMode mode = BlendMode::Normal;  ///< the blend mode
+    unsigned char alpha = 255;           ///< constant alpha, 0 to 255
     /// Empty for none. A 1-bit mask with no function, or with an identity of `Alpha`, is a stencil: sample 0 paints, 1
     /// protects. Any other is a soft mask and needs `maskTransfer`.
     std::shared_ptr<IQorImage> mask = nullptr;
@@ -70,7 +70,7 @@ struct GroupKind {
 /// costs what a blender costs to make, so keep it as long as its page.
 class VANTU_API Painter {
 public:
-    using Rectangle = Range<int, 2>;
+    using Rectangle = Range<int, 2>;  ///< in pixels of the page; nothing if it has no columns or rows
 
     /// Paints on an image of any format but the palette formats 1 to 3.
     /// @param page the image; its pixels stay where they are in it.
@@ -79,8 +79,11 @@ public:
     /// @param surface held as long as the painter; it is never asked for a position outside `bounds`.
     /// @param bounds the part of the page that the surface holds, anywhere.
     Painter(std::shared_ptr<RasterSurface> surface, const Rectangle& bounds);
+    /// Takes over the page, the clip and the open groups of another, which can then only be assigned to or destroyed.
+    /// @{
     Painter(Painter&& other) noexcept;
     Painter& operator=(Painter&& other) noexcept;
+    /// @}
     /// Drops groups that are still open.
     ~Painter();
 
@@ -97,14 +100,18 @@ public:
     /// @param picture of format `Rgb555`, `Bgr24`, `Bgra32Premultiplied` or `Bgra32Inverted`. Others are refused
     ///        (`ImageUtil::Copy` makes them one of these) but on a surface outside groups, where palettes count too.
     /// @param at where its top left corner comes to lie, anywhere.
+    /// @param paint how.
     PaintResult Draw(const std::shared_ptr<IQorImage>& picture, const Point<int, 2>& at, const Paint& paint = {});
 
     /// Paints a colour in a rectangle.
     /// @param rectangle anywhere; nothing if it has no columns or rows.
     /// @param color straight; its alpha multiplies `paint.alpha`, cut to 8 bits.
+    /// @param paint how.
     PaintResult Fill(const Rectangle& rectangle, const Color& color, const Paint& paint = {});
     /// Paints a colour where any of the rectangles is. Those that come in rows from the top, each row from the left,
     /// without overlapping, as the runs of an outline do, are painted as they are; others are cut up first.
+    /// @param rectangles anywhere; empty ones count for nothing.
+    /// @param color, paint as above.
     PaintResult Fill(const std::vector<Rectangle>& rectangles, const Color& color, const Paint& paint = {});
 
     /// Opens a transparency group. What is painted until its end is painted in it.
