@@ -87,10 +87,11 @@ void Interpreter::PaintGroup(QPDFObjectHandle form, GraphicsState inside) {
     const Mask shape = Clipped({bounds, nullptr});  // the clip cuts the group as a whole
     if (IsEmpty(shape.box)) return;
     inside.clip = {shape.box, nullptr};
+    const Placing asAWhole = PlacingOf(state_.fill);
     page_.canvas.BeginGroup(shape,
                             {isolated, knockout, asItIs && !shape.image, state_.mode == vantu::BlendMode::Normal});
     PaintContentOf(form, inside);
-    page_.canvas.EndGroup(PlacingOf(state_.fill));
+    page_.canvas.EndGroup(asAWhole);
 }
 
 Placing Interpreter::PlacingOf(const Ink& ink) {

@@ -81,9 +81,10 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const double across = lattice.step.x * std::hypot(toDevice.a, toDevice.b);
     const double down = lattice.step.y * std::hypot(toDevice.c, toDevice.d);
     if (std::min(across, down) >= kLeastPaintedStep && across * down >= kLeastPaintedArea) {
+        const Placing asAWhole = PlacingOf(ink);
         page_.canvas.BeginGroup(mask, {true, false, false});
         paintTiles(page_, tiles, toDevice, area);
-        page_.canvas.EndGroup(PlacingOf(ink));
+        page_.canvas.EndGroup(asAWhole);
         return;
     }
 
