@@ -11,7 +11,7 @@ const char* TextOf(PaintResult result) {
         case PaintResult::NothingToPaint: return "nothing to paint: all of it is outside, or its alpha is 0";
         case PaintResult::NoPixels: return "the page, the picture or the mask has no pixels in memory";
         case PaintResult::TooWide: return "the page, the picture or the mask has rows of 2^31 bits or more";
-        case PaintResult::SourceFormat: return "pictures of this format are not painted";
+        case PaintResult::SourceFormat: return "pictures of this format are not painted: copy them into another";
         case PaintResult::TargetFormat: return "pages of this format are not painted on";
         case PaintResult::MaskFormat: return "the mask's format is none";
         case PaintResult::MaskWithoutFunction: return "a soft mask needs a transfer function";
