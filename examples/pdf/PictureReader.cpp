@@ -70,25 +70,38 @@ bool IsKeyed(const std::vector<double>& keys, const unsigned int* samples, std::
     return true;
 }
 
+// Reads the samples of a picture and has `append` add each pixel to the bytes of the result.
+template <typename Append>
+Picture ReadPixels(const Samples& samples, std::size_t channels, Append append) {
+    Picture out{samples.width, samples.height, channels, {}};
+    const std::size_t rowSize = out.width * channels;
+    out.pixels.reserve(rowSize * out.height);
+    std::vector<unsigned int> row;
+    for (std::size_t y = 0; y < out.height; ++y) {
+        if (y > 0 && samples.IsMissing(y - 1)) {  // the same once more: a few bytes may claim to be a large picture
+            out.pixels.resize(out.pixels.size() + rowSize);
+            std::copy_n(out.pixels.end() - 2 * static_cast<std::ptrdiff_t>(rowSize), rowSize,
+                        out.pixels.end() - static_cast<std::ptrdiff_t>(rowSize));
+            continue;
+        }
+        samples.ReadRow(y, row);
+        for (const unsigned int* pixel = row.data(); pixel != row.data() + row.size(); pixel += samples.components)
+            append(out.pixels, pixel);
+    }
+    return out;
+}
+
 // Straight colours, opaque but where a colour key says otherwise.
 std::optional<Picture> ReadColors(QPDFObjectHandle picture, const ColorSpace& space, Notes& notes) {
     const auto samples = ReadSamples(picture, space.Components(), notes);
     if (!samples) return std::nullopt;
-    Picture out{samples->width, samples->height, 4, {}};
-    out.pixels.reserve(4 * out.width * out.height);
     const std::vector<double> keys = ToNumbers(Entry(picture, "/Mask"));
     Colors colors(space, DecodeOf(picture, space, samples->bits), samples->Greatest());
-    std::vector<unsigned int> row;
-    for (std::size_t y = 0; y < out.height; ++y) {
-        samples->ReadRow(y, row);
-        for (const unsigned int* pixel = row.data(); pixel != row.data() + row.size(); pixel += samples->components) {
-            const vantu::Color color = colors(pixel);
-            const bool isKeyed = IsKeyed(keys, pixel, samples->components);
-            const unsigned char alpha = isKeyed ? 0 : 255;
-            out.pixels.insert(out.pixels.end(), {color.GetBlue(), color.GetGreen(), color.GetRed(), alpha});
-        }
-    }
-    return out;
+    return ReadPixels(*samples, 4, [&](Bytes& out, const unsigned int* pixel) {
+        const vantu::Color color = colors(pixel);
+        const unsigned char alpha = IsKeyed(keys, pixel, samples->components) ? 0 : 255;
+        out.insert(out.end(), {color.GetBlue(), color.GetGreen(), color.GetRed(), alpha});
+    });
 }
 
 // One channel: how much is painted. Soft masks are gray pictures; of a stencil 0 is painted and 1 is not.
@@ -97,16 +110,10 @@ std::optional<Picture> ReadOpacity(QPDFObjectHandle mask, bool isStencil, Notes&
     const auto samples = ReadSamples(mask, 1, notes);
     if (!samples) return std::nullopt;
     const unsigned char turn = isStencil ? 255 : 0;
-    Picture out{samples->width, samples->height, 1, {}};
-    out.pixels.reserve(out.width * out.height);
     Colors colors(*gray, DecodeOf(mask, *gray, samples->bits), samples->Greatest());
-    std::vector<unsigned int> row;
-    for (std::size_t y = 0; y < out.height; ++y) {
-        samples->ReadRow(y, row);
-        for (const unsigned int& sample : row)
-            out.pixels.push_back(static_cast<unsigned char>(colors(&sample).GetGreen() ^ turn));
-    }
-    return out;
+    return ReadPixels(*samples, 1, [&](Bytes& out, const unsigned int* pixel) {
+        out.push_back(static_cast<unsigned char>(colors(pixel).GetGreen() ^ turn));
+    });
 }
 
 // The nearest pixels in another size.

@@ -62,8 +62,7 @@ bool ReadJpeg(QPDFObjectHandle stream, Samples& samples) {
 
 void Samples::ReadRow(std::size_t y, std::vector<unsigned int>& row) const {
     row.resize(width * components);
-    const std::size_t rowBytes = (row.size() * bits + 7) / 8;
-    const auto byteAt = [&, start = y * rowBytes](std::size_t i) {
+    const auto byteAt = [&, start = y * RowBytes()](std::size_t i) {
         return start + i < bytes.size() ? static_cast<unsigned char>(bytes[start + i]) : 0U;
     };
     for (std::size_t i = 0; i < row.size(); ++i) {

@@ -19,8 +19,11 @@ struct Samples {
     unsigned int bits = 0;       // of a component: 1, 2, 4, 8 or 16
     std::string bytes;           // rows from the top, each begins with a byte
 
+    // Whether all bytes of a row are missing.
+    [[nodiscard]] bool IsMissing(std::size_t y) const { return y * RowBytes() >= bytes.size(); }
     // The components of the pixels of a row; 0 where bytes are missing.
     void ReadRow(std::size_t y, std::vector<unsigned int>& row) const;
+    [[nodiscard]] std::size_t RowBytes() const { return (width * components * bits + 7) / 8; }
     [[nodiscard]] unsigned int Greatest() const { return (1U << bits) - 1; }
 };
 
