@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <stdexcept>
 #include "Qpdf.h"
 
 namespace pdf {
@@ -84,6 +85,8 @@ bool ReadContent(QPDFObjectHandle content, Budget& budget, ContentHandler& handl
         QPDFObjectHandle::parseContentStream(content, &reader);
     } catch (const QPDFExc&) {
         // What came before the damage has been handled.
+    } catch (const std::range_error&) {
+        // The same of a number that qpdf cannot hold.
     }
     return !reader.IsSpent();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 #include "Qpdf.h"
@@ -11,6 +12,7 @@ namespace pdf {
 struct Budget {
     unsigned long operators = 4'000'000;  // of all content of the page
     int nesting = 24;                     // forms, patterns, glyphs and soft masks inside each other
+    std::set<QPDFObjGen> open = {};       // contents that are being read: none is read inside itself
 };
 
 // Operands before an operator, the last at the back.

@@ -46,7 +46,8 @@ PageGeometry Document::Geometry(int number, double dotsPerInch) const {
             std::min(crop.y1, media.y1)};
     if (crop.IsEmpty()) crop = media.IsEmpty() ? kLetter : media;
 
-    const double scale = dotsPerInch / kPointsPerInch * ToNumber(Entry(Page(number), "/UserUnit"), 1);
+    const double unit = ToNumber(Entry(Page(number), "/UserUnit"), 1);
+    const double scale = dotsPerInch / kPointsPerInch * (unit > 0 ? unit : 1);
     const double width = (crop.x1 - crop.x0) * scale;
     const double height = (crop.y1 - crop.y0) * scale;
     const int quarterTurns = (ToInteger(Inherited(number, "/Rotate"), 0) / 90 % 4 + 4) % 4;

@@ -31,6 +31,8 @@ Style ToStyle(QPDFObjectHandle number) {
 }
 
 constexpr std::size_t kMostSavedStates = 1000;
+constexpr unsigned long kOperatorsForContent = 16;
+constexpr double kPixelsForOperator = 4096;
 
 }  // namespace
 
@@ -38,13 +40,22 @@ Interpreter::Interpreter(PageContext& page, QPDFObjectHandle resources, const Gr
     : page_(page), resources_(resources), state_(state), baseToDevice_(state.toDevice), colorless_(colorless) {}
 
 void Interpreter::Paint(QPDFObjectHandle content) {
-    if (page_.budget.nesting == 0) {
-        page_.notes.Add("content nested too deeply");
+    Budget& budget = page_.budget;
+    const QPDFObjGen id = content.getObjGen();
+    if (budget.nesting == 0 || budget.open.contains(id)) {
+        page_.notes.Add("content inside itself, or nested too deeply: left out");
         return;
     }
-    --page_.budget.nesting;
-    if (!ReadContent(content, page_.budget, *this)) page_.notes.Add("a page of too many operators is cut off");
-    ++page_.budget.nesting;
+    // Each content takes the time of some operators, and more the more pixels it may paint on.
+    const Pixels area = Visible();
+    const double pixels = IsEmpty(area) ? 0 : static_cast<double>(Width(area)) * Height(area);
+    const auto cost = kOperatorsForContent + static_cast<unsigned long>(pixels / kPixelsForOperator);
+    budget.operators -= std::min(budget.operators, cost);
+    --budget.nesting;
+    if (id.isIndirect()) budget.open.insert(id);
+    if (!ReadContent(content, budget, *this)) page_.notes.Add("a page of too many operators is cut off");
+    budget.open.erase(id);
+    ++budget.nesting;
 }
 
 const std::map<std::string, Interpreter::Action>& Interpreter::Operators() {

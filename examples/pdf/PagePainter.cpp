@@ -46,7 +46,7 @@ void PagePainter::Paint(int number, const PageGeometry& geometry, const std::sha
     const QPDFObjectHandle page = document_.Page(number);
     const QPDFObjectHandle resources = document_.Inherited(number, "/Resources");
     Canvas canvas(image, rows, &calls_);
-    Budget budget;
+    Budget budget = budget_;
     PageContext context{document_, canvas, fonts_, blendModes_, notes_, budget};
     const GraphicsState state = InitialState(geometry.toDevice, rows);
     Interpreter(context, resources, state).Paint(Entry(page, "/Contents"));

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Calls.h"
+#include "ContentReader.h"
 #include "Document.h"
 #include "Fonts.h"
 #include "Notes.h"
@@ -17,8 +18,9 @@ namespace pdf {
 // Paints pages of one file, by one thread: each thread has its own.
 class PagePainter {
 public:
+    // @param budget for each page.
     // @throws std::exception with a text for people if the file cannot be read.
-    explicit PagePainter(const std::string& path) : document_(path) {}
+    explicit PagePainter(const std::string& path, const Budget& budget = {}) : document_(path), budget_(budget) {}
 
     [[nodiscard]] const Document& GetDocument() const { return document_; }
     [[nodiscard]] const Notes& GetNotes() const { return notes_; }
@@ -32,6 +34,7 @@ public:
 
 private:
     Document document_;
+    Budget budget_;
     FontCache fonts_;
     BlendModeUse blendModes_;
     Notes notes_;

@@ -1,0 +1,41 @@
+#include <vantu/CQorImage.h>
+
+#include <memory>
+
+#include "examples/pdf/Interpreter.h"
+#include "examples/pdf/Objects.h"
+#include "fuzz/Fuzz.h"
+
+namespace {
+
+constexpr int kSide = 32;
+constexpr int kFewPages = 500;
+
+// A document opened anew now and then: each content adds streams to it.
+pdf::Document& FreshDocument() {
+    static std::unique_ptr<pdf::Document> document;
+    static int uses = 0;
+    if (uses++ % kFewPages == 0) document = std::make_unique<pdf::Document>(IMAGEOP_FUZZ_PAGE);
+    return *document;
+}
+
+}  // namespace
+
+// The input is the content of a page whose resources have something of every kind.
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    pdf::Document& document = FreshDocument();
+    const QPDFObjectHandle resources = pdf::Entry(document.Page(0), "/Resources");
+    const std::string content(reinterpret_cast<const char*>(data), size);
+    const auto image = std::make_shared<vantu::CQorImage>(kSide, kSide, vantu::PixelFormat::Bgra32Premultiplied,
+                                                          static_cast<unsigned char>(0), false);
+    const pdf::Pixels all{0, 0, kSide, kSide};
+    pdf::Notes notes;
+    pdf::Canvas canvas(image, all, nullptr);
+    pdf::FontCache fonts;
+    pdf::BlendModeUse blendModes;
+    pdf::Budget budget{1000, 8};
+    pdf::PageContext page{document, canvas, fonts, blendModes, notes, budget};
+    const pdf::GraphicsState state = pdf::InitialState({1, 0, 0, -1, 0, kSide}, all);
+    pdf::Interpreter(page, resources, state).Paint(document.MakeStream(QPDFObjectHandle::newDictionary(), content));
+    return 0;
+}

@@ -1,0 +1,137 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+#include "PagePainter.h"
+#include "support/VectorTargets.h"
+
+// The host paints pages of tests/data/pages: data/make_pages.py makes them and computes what they show.
+
+namespace pdf {
+namespace {
+
+using Image = std::shared_ptr<vantu::IQorImage>;
+
+const std::string kPages = IMAGEOP_TEST_DATA "/pages/";
+constexpr double kDotsPerInch = 72;
+
+Image PaintFirstPage(const std::string& path, std::size_t threads = 1, const Budget& budget = {}) {
+    std::vector<std::unique_ptr<PagePainter>> painters;
+    while (painters.size() < threads) painters.push_back(std::make_unique<PagePainter>(path, budget));
+    return PaintPage(painters, 0, kDotsPerInch);
+}
+
+// The colour of a pixel as 0xRRGGBB.
+unsigned int ColorAt(const vantu::IQorImage& image, unsigned int x, unsigned int y) {
+    const std::size_t stride = vantu::RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment());
+    const unsigned char* const pixel = image.GetPixelData() + y * stride + 4 * std::size_t{x};
+    return static_cast<unsigned int>(pixel[2]) << 16 | static_cast<unsigned int>(pixel[1]) << 8 | pixel[0];
+}
+
+// The largest difference of a channel.
+int DifferenceOf(unsigned int a, unsigned int b) {
+    int most = 0;
+    for (const int shift : {0, 8, 16})
+        most = std::max(most, std::abs(static_cast<int>(a >> shift & 255U) - static_cast<int>(b >> shift & 255U)));
+    return most;
+}
+
+std::vector<unsigned char> BytesOf(const vantu::IQorImage& image) {
+    const std::size_t stride = vantu::RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment());
+    return {image.GetPixelData(), image.GetPixelData() + stride * image.GetHeight()};
+}
+
+std::vector<std::string> FilesIn(const std::string& folder) {
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        if (entry.path().extension() == ".pdf") files.push_back(entry.path());
+    }
+    std::ranges::sort(files);
+    return files;
+}
+
+// A page of cells of one colour each.
+struct Expected {
+    std::string name;
+    unsigned int width = 0;
+    unsigned int height = 0;
+    int tolerance = 0;
+    std::vector<unsigned int> cells;
+};
+
+std::vector<Expected> ReadExpected() {
+    std::ifstream in(kPages + "expected.txt");
+    std::vector<Expected> pages;
+    for (Expected page; in >> page.name >> std::dec >> page.width >> page.height >> page.tolerance;) {
+        page.cells.resize(std::size_t{page.width} * page.height);
+        for (unsigned int& cell : page.cells) in >> std::hex >> cell;
+        pages.push_back(page);
+    }
+    return pages;
+}
+
+TEST(Pages, ShowWhatTheFormulasSay) {
+    const std::vector<Expected> pages = ReadExpected();
+    ASSERT_EQ(pages.size(), FilesIn(kPages).size());
+    for (const Expected& page : pages) {
+        const Image image = PaintFirstPage(kPages + page.name + ".pdf");
+        const unsigned int cell = image->GetWidth() / page.width;
+        ASSERT_EQ(image->GetHeight(), cell * page.height) << page.name;
+        // Pixels at the edges of cells are looked at like all others: there are no seams and no speckles.
+        int worst = 0;
+        std::ostringstream where;
+        for (unsigned int y = 0; y < image->GetHeight(); ++y) {
+            for (unsigned int x = 0; x < image->GetWidth(); ++x) {
+                const unsigned int expected = page.cells[y / cell * page.width + x / cell];
+                const int difference = DifferenceOf(ColorAt(*image, x, y), expected);
+                if (difference <= worst) continue;
+                worst = difference;
+                where.str("");
+                where << " at " << x << ", " << y << ": " << std::hex << ColorAt(*image, x, y) << ", not " << expected;
+            }
+        }
+        EXPECT_LE(worst, page.tolerance) << page.name << where.str();
+    }
+}
+
+TEST(Pages, AreTheSameBytesWithOneThreadAndMany) {
+    for (const std::string& file : FilesIn(kPages))
+        EXPECT_EQ(BytesOf(*PaintFirstPage(file, 1)), BytesOf(*PaintFirstPage(file, 3))) << file;
+}
+
+TEST(Pages, AreTheSameBytesOnEveryInstructionSet) {
+    for (const std::string& file : FilesIn(kPages)) {
+        const std::vector<unsigned char> bytes = BytesOf(*PaintFirstPage(file));
+        for (const vantu::test::VectorTarget& target : vantu::test::VectorTargets()) {
+            const vantu::test::ForcedTarget forced(target);
+            EXPECT_EQ(BytesOf(*PaintFirstPage(file)), bytes) << file << " on " << target;
+        }
+    }
+}
+
+TEST(DamagedPages, ShowWhatIsWhole) {
+    for (const std::string& file : FilesIn(kPages + "damaged")) {
+        const Image image = PaintFirstPage(file, 2, {50'000, 24});
+        EXPECT_EQ(ColorAt(*image, 5, image->GetHeight() - 5), 0x00FF00U) << file;
+    }
+}
+
+TEST(DamagedPages, AreRefusedWithATextOrPainted) {
+    for (const std::string& file : FilesIn(kPages + "broken_off")) {
+        try {
+            EXPECT_NE(PaintFirstPage(file), nullptr) << file;
+        } catch (const std::exception& error) {
+            EXPECT_STRNE(error.what(), "") << file;
+        }
+    }
+    EXPECT_THROW(PaintFirstPage(kPages + "broken_off/no_file.pdf"), std::exception);
+    EXPECT_THROW(PaintFirstPage(kPages + "broken_off/huge_page.pdf"), std::exception);
+    EXPECT_THROW(PaintFirstPage(kPages + "no such file.pdf"), std::exception);
+}
+
+}  // namespace
+}  // namespace pdf
