@@ -8,9 +8,6 @@
 namespace vantu::bench {
 namespace {
 
-constexpr std::array kModeNames = {"Normal",     "Multiply",  "Screen",    "Overlay",   "Darken",     "Lighten",
-                                   "ColorDodge", "ColorBurn", "HardLight", "SoftLight", "Difference", "Exclusion"};
-static_assert(kModeNames.size() == kBlendModeCount);
 constexpr std::array kLoopNames = {"rect", "stencil", "soft"};
 constexpr std::array kFormNames = {"plain", "group", "knockout"};
 
@@ -64,8 +61,8 @@ void AddHotMode(Cases& cases) {
 
 std::string BlendCase::Name() const {
     const auto number = [](PixelFormat format) { return std::to_string(static_cast<unsigned int>(format)); };
-    return std::string(kModeNames[static_cast<std::size_t>(mode)]) + '/' + number(destination) + "<-" + number(source) +
-           '/' + static_cast<char>(content) + '/' + kLoopNames[static_cast<std::size_t>(loop)] + '/' +
+    return std::string(kBlendModeNames[static_cast<std::size_t>(mode)]) + '/' + number(destination) + "<-" +
+           number(source) + '/' + static_cast<char>(content) + '/' + kLoopNames[static_cast<std::size_t>(loop)] + '/' +
            kFormNames[static_cast<std::size_t>(form)] + '/' + std::to_string(size);
 }
 

@@ -176,7 +176,7 @@ private:
         Call call;
         call.offset = {choices_.Between(-20, 20), choices_.Between(-6, 6)};
         call.alpha = static_cast<unsigned char>(choices_.Flag() ? 255 : choices_.Byte());
-        call.mode = static_cast<BlendMode>(choices_.Between(0, 12));
+        call.mode = static_cast<BlendMode>(choices_.Between(0, kBlendModeCount));
         std::optional<Twins> mask;
         if (choices_.Flag()) {
             const bool self = choices_.Byte() % 8 == 0;

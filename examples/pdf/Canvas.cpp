@@ -14,10 +14,6 @@ constexpr double kMost = 255;
 // What is clear in a mask is no part of an element of a knockout group; what is so nearly clear is.
 constexpr unsigned char kBarelyOpaque = 2;
 
-const char* const kModeNames[vantu::kBlendModeCount] = {"Normal",    "Multiply",  "Screen",     "Overlay",
-                                                        "Darken",    "Lighten",   "ColorDodge", "ColorBurn",
-                                                        "HardLight", "SoftLight", "Difference", "Exclusion"};
-
 // Sizes in powers of four, told by the edge of a square.
 const char* SizeOf(unsigned long pixels) {
     if (pixels <= 16UL * 16) return "to 16x16";
@@ -62,7 +58,7 @@ void Canvas::Count(const char* what, const Mask& shape, const Placing& placing, 
     const Pixels seen = Intersect(shape.box, Visible());
     const unsigned long pixels =
         IsEmpty(seen) ? 0 : static_cast<unsigned long>(Width(seen)) * static_cast<unsigned long>(Height(seen));
-    calls_->Add(std::string(what) + ", " + kModeNames[static_cast<unsigned int>(placing.mode)] +
+    calls_->Add(std::string(what) + ", " + vantu::kBlendModeNames[static_cast<unsigned int>(placing.mode)] +
                     (placing.alpha < 1 ? ", translucent" : "") +
                     (shape.image || placing.softMask ? ", 8-bit mask" : "") + ", " + SizeOf(pixels),
                 pixels, time);

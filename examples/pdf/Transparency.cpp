@@ -16,16 +16,11 @@ using vantu::BlendMode;
 constexpr int kDeepestResources = 64;
 
 std::optional<BlendMode> Find(const std::string& name) {
-    static const std::map<std::string, BlendMode> modes{
-        {"/Normal", BlendMode::Normal},       {"/Compatible", BlendMode::Normal},
-        {"/Multiply", BlendMode::Multiply},   {"/Screen", BlendMode::Screen},
-        {"/Overlay", BlendMode::Overlay},     {"/Darken", BlendMode::Darken},
-        {"/Lighten", BlendMode::Lighten},     {"/ColorDodge", BlendMode::ColorDodge},
-        {"/ColorBurn", BlendMode::ColorBurn}, {"/HardLight", BlendMode::HardLight},
-        {"/SoftLight", BlendMode::SoftLight}, {"/Difference", BlendMode::Difference},
-        {"/Exclusion", BlendMode::Exclusion}};
-    const auto found = modes.find(name);
-    return found == modes.end() ? std::nullopt : std::optional(found->second);
+    if (name == "/Compatible") return BlendMode::Normal;
+    for (unsigned int mode = 0; mode < vantu::kBlendModeCount; ++mode) {
+        if (name == std::string("/") + vantu::kBlendModeNames[mode]) return BlendMode{mode};
+    }
+    return std::nullopt;
 }
 
 // The entries of a category of resources.

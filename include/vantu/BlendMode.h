@@ -21,7 +21,13 @@ enum class BlendMode : unsigned int {
     Exclusion = 11,   ///< sum less twice the product
 };
 
+/// The modes' names in PDF files, by their values.
+inline constexpr const char* kBlendModeNames[] = {"Normal",    "Multiply",  "Screen",     "Overlay",
+                                                  "Darken",    "Lighten",   "ColorDodge", "ColorBurn",
+                                                  "HardLight", "SoftLight", "Difference", "Exclusion"};
+
 /// Number of blend modes; their values are 0 to this less one.
-inline constexpr unsigned int kBlendModeCount = 12;
+inline constexpr unsigned int kBlendModeCount = sizeof kBlendModeNames / sizeof *kBlendModeNames;
+static_assert(static_cast<unsigned int>(BlendMode::Exclusion) + 1 == kBlendModeCount);
 
 }  // namespace vantu

@@ -14,7 +14,6 @@ namespace {
 using Integer = long long;
 
 struct ModeCase {
-    const char* name;
     std::array<unsigned int, 4> worked;      ///< at the operand pairs of `kPairs`
     Integer (*exact)(Integer b, Integer s);  ///< floor(255 * B) of the real-valued function, in whole numbers
     int deviations = 0;                      ///< operand pairs where the mode gives one less than that
@@ -47,22 +46,20 @@ Integer ExactSoftLight(Integer b, Integer s) {
     return r;
 }
 
+/// By the values of the modes.
 const std::array<ModeCase, kBlendModeCount> kModes{{
-    {"Normal", {128, 200, 64, 254}, [](Integer, Integer s) { return s; }},
-    {"Multiply", {63, 50, 50, 0}, [](Integer b, Integer s) { return b * s / 255; }},
-    {"Screen", {191, 213, 213, 254}, ExactScreen},
-    {"Overlay", {127, 100, 172, 1}, [](Integer b, Integer s) { return ExactHardLight(s, b); }},
-    {"Darken", {127, 64, 64, 1}, [](Integer b, Integer s) { return b < s ? b : s; }},
-    {"Lighten", {128, 200, 200, 254}, [](Integer b, Integer s) { return b > s ? b : s; }},
-    {"ColorDodge", {255, 255, 255, 255}, [](Integer b, Integer s) { return b >= 255 - s ? 255 : 255 * b / (255 - s); }},
-    {"ColorBurn",
-     {0, 11, 35, 0},
-     [](Integer b, Integer s) { return s == 0 || 255 - b >= s ? 0 : 255 * (s - 255 + b) / s; },
-     232},
-    {"HardLight", {127, 172, 100, 253}, ExactHardLight},
-    {"SoftLight", {127, 100, 178, 3}, ExactSoftLight, 25},
-    {"Difference", {1, 136, 136, 253}, [](Integer b, Integer s) { return b > s ? b - s : s - b; }},
-    {"Exclusion", {127, 163, 163, 253}, [](Integer b, Integer s) { return (255 * (b + s) - 2 * b * s) / 255; }},
+    {{128, 200, 64, 254}, [](Integer, Integer s) { return s; }},
+    {{63, 50, 50, 0}, [](Integer b, Integer s) { return b * s / 255; }},
+    {{191, 213, 213, 254}, ExactScreen},
+    {{127, 100, 172, 1}, [](Integer b, Integer s) { return ExactHardLight(s, b); }},
+    {{127, 64, 64, 1}, [](Integer b, Integer s) { return b < s ? b : s; }},
+    {{128, 200, 200, 254}, [](Integer b, Integer s) { return b > s ? b : s; }},
+    {{255, 255, 255, 255}, [](Integer b, Integer s) { return b >= 255 - s ? 255 : 255 * b / (255 - s); }},
+    {{0, 11, 35, 0}, [](Integer b, Integer s) { return s == 0 || 255 - b >= s ? 0 : 255 * (s - 255 + b) / s; }, 232},
+    {{127, 172, 100, 253}, ExactHardLight},
+    {{127, 100, 178, 3}, ExactSoftLight, 25},
+    {{1, 136, 136, 253}, [](Integer b, Integer s) { return b > s ? b - s : s - b; }},
+    {{127, 163, 163, 253}, [](Integer b, Integer s) { return (255 * (b + s) - 2 * b * s) / 255; }},
 }};
 
 constexpr auto kFunctions = MakeModeTable([]<BlendMode Mode>() { return &BlendChannel<Mode>; });
@@ -71,7 +68,7 @@ TEST(BlendFunctions, GiveTheWorkedFigures) {
     for (std::size_t mode = 0; mode < kModes.size(); ++mode) {
         for (std::size_t i = 0; i < kPairs.size(); ++i) {
             EXPECT_EQ(kFunctions[mode](kPairs[i][0], kPairs[i][1]), kModes[mode].worked[i])
-                << kModes[mode].name << " of " << kPairs[i][0] << " and " << kPairs[i][1];
+                << kBlendModeNames[mode] << " of " << kPairs[i][0] << " and " << kPairs[i][1];
         }
     }
     EXPECT_EQ(ColorDodge(0, 255), 255U) << "a full source wins over an empty backdrop";
@@ -89,11 +86,11 @@ TEST(BlendFunctions, AreTheRealFunctionsCutToIntegersButForTheKnownDeviations) {
             for (unsigned int s = 0; s < 256; ++s) {
                 const Integer less = kModes[mode].exact(b, s) - kFunctions[mode](b, s);
                 ASSERT_TRUE(less == 0 || (less == 1 && kModes[mode].deviations != 0))
-                    << kModes[mode].name << " of " << b << " and " << s;
+                    << kBlendModeNames[mode] << " of " << b << " and " << s;
                 deviations += less != 0;
             }
         }
-        EXPECT_EQ(deviations, kModes[mode].deviations) << kModes[mode].name;
+        EXPECT_EQ(deviations, kModes[mode].deviations) << kBlendModeNames[mode];
     }
 }
 

@@ -89,7 +89,7 @@ TEST(Blender, TakesSourcesOfFourFormatsOnImagesAndOfNineOnSurfaces) {
 TEST(Blender, RefusesAModeThatIsNoneUnlessNothingShows) {
     const auto surface = std::make_shared<TestSurface>(4, 4);
     for (const auto& blender : {BlenderOn(Image(Bgr24)), BlenderOn(nullptr, surface)}) {
-        Call call{.source = Image(Bgr24), .coverage = Cover({{0, 0, 4, 4}}), .mode = BlendMode{12}};
+        Call call{.source = Image(Bgr24), .coverage = Cover({{0, 0, 4, 4}}), .mode = BlendMode{kBlendModeCount}};
         EXPECT_FALSE(Paint(*blender, call));
         call.alpha = 0;
         call.source = Image(Index1);

@@ -73,7 +73,7 @@ TEST(EndGroup, LeavesTheImageOfAGroupThatPaintedNothing) {
     const auto image = Row(Bgra32Premultiplied, bytes);
     const auto source = Row(Bgr24, {1, 2, 3});
     const auto blender = BlenderOn(nullptr);
-    for (const Call& call : {Call{source, kPixel(), {0, 0}, nullptr, nullptr, {0, 0}, 255, BlendMode{12}},
+    for (const Call& call : {Call{source, kPixel(), {0, 0}, nullptr, nullptr, {0, 0}, 255, BlendMode{kBlendModeCount}},
                              Call{nullptr, kPixel()}, Call{source, nullptr}, Call{Row(Bgra32, bytes), kPixel()}}) {
         blender->BeginGroup(image, nullptr, false, false, false);
         EXPECT_FALSE(Paint(*blender, call));
@@ -191,7 +191,7 @@ TEST(Groups, IsolatedOnePaintedInFullOverNothingGivesItsOwnImage) {
                                              Shape{37, 11, PixelFormat{Between(random, 5, 8)}}, random),
                                          .coverage = Cover({{x, y, 37, 11}}),
                                          .alpha = static_cast<unsigned char>(Between(random, 1, 255)),
-                                         .mode = BlendMode{Between(random, 0, 11)}}));
+                                         .mode = BlendMode{Between(random, 0, kBlendModeCount - 1)}}));
         }
         EXPECT_TRUE(blender->EndGroup());
         EXPECT_TRUE(Paint(*blender, {group, Cover({{0, 0, 37, 11}})}));

@@ -105,7 +105,7 @@ private:
                                      top + static_cast<int>(Between(random_, y, height_))});
         }
         call.alpha = static_cast<unsigned char>(Chance(3) ? 255 : Between(random_, 1, 255));
-        call.mode = static_cast<BlendMode>(Chance(5) ? 0 : Between(random_, 0, 11));
+        call.mode = static_cast<BlendMode>(Chance(5) ? 0 : Between(random_, 0, kBlendModeCount - 1));
         if (Chance(3)) return call;
 
         const bool stencil = Chance(3);

@@ -212,7 +212,7 @@ TEST(Painter, SaysWhyNothingIsPainted) {
     expect(draw(hidden, {}), PaintResult::NoPixels);
     expect(draw(wide, {}), PaintResult::TooWide);
     expect(draw(std::make_shared<TestImage>(Shape{2, 2, Bgra32}), {}), PaintResult::SourceFormat);
-    expect(draw(opaque, {.mode = static_cast<BlendMode>(12)}), PaintResult::NoSuchMode);
+    expect(draw(opaque, {.mode = BlendMode{kBlendModeCount}}), PaintResult::NoSuchMode);
     expect(draw(opaque, {.mode = static_cast<BlendMode>(1 << 16)}), PaintResult::NoSuchMode);
     expect(draw(opaque, {.mask = opaque}), PaintResult::MaskWithoutFunction);
     const auto alphaOf = Identity(TransferSource::Alpha);

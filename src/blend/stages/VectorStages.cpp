@@ -10,8 +10,8 @@
 #include "blend/definition/ModeTable.h"
 
 #if IMAGEOP_HAS_VECTORS
+#include "blend/stages/VectorPainting-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
-#include "blend/stages/VectorRuns-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
@@ -74,9 +74,11 @@ constexpr BlendStages kStages{
         constexpr PackedColors premultiplied = PackedColors::Premultiplied;
         constexpr PackedColors straight = PackedColors::Straight;
         return std::array<std::array<CompositeStage, 2>, 3>{{
-            {Run<Mode, PlainStage<Mode, premultiplied>, false>, Run<Mode, PlainStage<Mode, straight>, false>},
-            {Run<Mode, GroupStage<Mode, premultiplied>, true>, Run<Mode, GroupStage<Mode, straight>, true>},
-            {Run<Mode, KnockoutStage<Mode, premultiplied>, true>, Run<Mode, KnockoutStage<Mode, straight>, true>},
+            {PaintSpan<Mode, PlainStage<Mode, premultiplied>, false>,
+             PaintSpan<Mode, PlainStage<Mode, straight>, false>},
+            {PaintSpan<Mode, GroupStage<Mode, premultiplied>, true>, PaintSpan<Mode, GroupStage<Mode, straight>, true>},
+            {PaintSpan<Mode, KnockoutStage<Mode, premultiplied>, true>,
+             PaintSpan<Mode, KnockoutStage<Mode, straight>, true>},
         }};
     }),
     PlainMask, GroupMask};

@@ -1,10 +1,10 @@
 // Spans painted in blocks. Included once per target.
 
-#if defined(IMAGEOP_VECTOR_RUNS_INL_H) == defined(HWY_TARGET_TOGGLE)
-#ifdef IMAGEOP_VECTOR_RUNS_INL_H
-#undef IMAGEOP_VECTOR_RUNS_INL_H
+#if defined(IMAGEOP_VECTOR_PAINTING_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef IMAGEOP_VECTOR_PAINTING_INL_H
+#undef IMAGEOP_VECTOR_PAINTING_INL_H
 #else
-#define IMAGEOP_VECTOR_RUNS_INL_H
+#define IMAGEOP_VECTOR_PAINTING_INL_H
 #endif
 
 #include <cstddef>
@@ -61,9 +61,9 @@ private:
     std::uint32_t groupAlpha_[Group ? kMostPixels : 1] = {};
 };
 
-/// Runs a stage over a span in blocks. There is one place that paints a block, whatever it is of: the code is large.
+/// Paints a span in blocks by a stage. There is one place that paints a block, whatever it is of: the code is large.
 template <BlendMode Mode, typename Stage, bool Group>
-void Run(const CompositeSpan& span) {
+void PaintSpan(const CompositeSpan& span) {
     const Blend<Mode> blend;
     const std::size_t whole = span.count - span.count % BlockPixels();
     std::size_t done = 0;
