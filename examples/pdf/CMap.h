@@ -2,9 +2,9 @@
 
 #include <string>
 #include <vector>
-#include "Qpdf.h"
 
 #include "Notes.h"
+#include "Qpdf.h"
 
 namespace pdf {
 

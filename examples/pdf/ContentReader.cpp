@@ -1,8 +1,8 @@
 #include "ContentReader.h"
 
-#include <algorithm>
 #include <map>
 #include <stdexcept>
+
 #include "Qpdf.h"
 
 namespace pdf {
@@ -11,9 +11,6 @@ namespace {
 
 // More operands than any operator takes; those of a character map have up to 300.
 constexpr std::size_t kMostOperands = 1024;
-
-// To begin a stream takes as long as this many operators.
-constexpr unsigned long kOperatorsOfStart = 50;
 
 std::string LongName(const std::string& name) {
     static const std::map<std::string, std::string> names{{"/BPC", "/BitsPerComponent"},
@@ -80,7 +77,6 @@ private:
 
 bool ReadContent(QPDFObjectHandle content, Budget& budget, ContentHandler& handler) {
     Reader reader(budget, handler);
-    budget.operators -= std::min(budget.operators, kOperatorsOfStart);
     try {
         QPDFObjectHandle::parseContentStream(content, &reader);
     } catch (const QPDFExc&) {

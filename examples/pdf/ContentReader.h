@@ -3,6 +3,7 @@
 #include <set>
 #include <string>
 #include <vector>
+
 #include "Qpdf.h"
 
 namespace pdf {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <string>
+
 #include "Qpdf.h"
 
 namespace pdf {

@@ -3,12 +3,12 @@
 #include <map>
 #include <memory>
 #include <string>
-#include "Qpdf.h"
 
 #include "FontFile.h"
 #include "Geometry.h"
 #include "Notes.h"
 #include "Path.h"
+#include "Qpdf.h"
 
 namespace pdf {
 

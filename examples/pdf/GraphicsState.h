@@ -5,11 +5,11 @@
 #include <memory>
 #include <optional>
 #include <vector>
-#include "Qpdf.h"
 
 #include "ColorSpaces.h"
 #include "Mask.h"
 #include "Outlines.h"
+#include "Qpdf.h"
 
 namespace pdf {
 

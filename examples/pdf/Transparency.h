@@ -2,11 +2,10 @@
 
 #include <vantu/BlendMode.h>
 
-#include "Qpdf.h"
-
 #include <map>
 
 #include "Notes.h"
+#include "Qpdf.h"
 
 namespace pdf {
 
