@@ -139,6 +139,22 @@ def masked_group():
     return 6, 4, stripes(6, 4) + [Group(three_rects("Multiply"), isolated=True, mask=light, mode="Screen")]
 
 
+def mask_of_two_groups():
+    """A soft mask serves all that is painted until Q, here groups at different places."""
+    half = SoftMask("Luminosity", [Rect(0, 0, 6, 4, (0.5, 0.5, 0.5))], (0, 0, 6, 4))
+    groups = [((0, 0, 2, 2), SKY), ((3, 1, 6, 4), PLUM)]
+
+    def write(content):
+        forms = [content.form([Rect(*box, color)], {"Group": {"S": "/Transparency", "I": True}}, box)
+                 for box, color in groups]
+        return " ".join(content.name("XObject", form) + " Do" for form in forms)
+
+    def shown(x, y):
+        inside = [color for (x0, y0, x1, y1), color in groups if x0 < x < x1 and y0 < y < y1]
+        return inside[0] if inside else None
+    return 6, 4, [paper(6, 4), Raw(write, shown, mask=half)]
+
+
 def masked_element_of_knockout_group():
     """A soft mask is opacity: it knocks out also where it lets little through."""
     half = SoftMask("Luminosity", [Rect(0, 0, 3, 4, (0.5, 0.5, 0.5)), Rect(3, 0, 6, 4, WHITE)], (0, 0, 6, 4))
@@ -426,7 +442,7 @@ def turned_page():
 
 PAGES = [alpha, modes, modes_in_translucent_group, mode_list, isolated_groups, non_isolated_groups,
          opaque_blends_in_groups, nested_groups, groups_in_knockout_group, group_alpha_and_mode, page_group,
-         luminosity_mask, luminosity_mask_backdrop_transfer, alpha_mask_transfer, mask_in_mask, masked_group,
+         luminosity_mask, luminosity_mask_backdrop_transfer, alpha_mask_transfer, mask_in_mask, masked_group, mask_of_two_groups,
          masked_element_of_knockout_group, alpha_is_shape, fill_and_stroke, crossing_stroke, text_knockout, text_of_pictures,
          soft_masked_pictures, masked_pictures, sample_depths, colour_spaces, shadings, tilings, forms_and_clips,
          optional_content, turned_page]
