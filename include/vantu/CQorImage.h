@@ -28,6 +28,8 @@ public:
     /// An image says its row stride by an alignment of at most 255, so not every pitch can be one: it must be the next
     /// multiple of some number up to 255 from the row's bytes on. That holds for rows without a gap, for any pitch up
     /// to 255 bytes, and for rows padded to 2, 4, 8, ... 128 bytes.
+    /// For any other pitch of whole pixels say a width of pitch / bytes per pixel, and paint in the left part alone:
+    /// `Painter::SetClip` holds a painter there.
     ///
     /// @param pixels `pitch * height` bytes; of the last row no more than its pixels.
     ///        REQUIRES: they stay where they are as long as the image lives. A painted image's are written.
