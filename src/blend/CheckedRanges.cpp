@@ -32,9 +32,9 @@ private:
         const long long x1 = x0 + area.width, y1 = y0 + area.height;
         if (!inside_ || (x0 >= 0 && y0 >= 0 && x1 <= image.GetWidth() && y1 <= image.GetHeight())) return;
         inside_ = false;
-        std::fprintf(stderr,
-                     "imageop: Blend is refused: x %lld to %lld, y %lld to %lld leaves the %s of %u x %u pixels\n", x0,
-                     x1, y0, y1, what, image.GetWidth(), image.GetHeight());
+        static_cast<void>(std::fprintf(
+            stderr, "imageop: Blend is refused: x %lld to %lld, y %lld to %lld leaves the %s of %u x %u pixels\n", x0,
+            x1, y0, y1, what, image.GetWidth(), image.GetHeight()));
     }
 
     const BlendRequestBase& request_;

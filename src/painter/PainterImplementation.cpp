@@ -18,7 +18,7 @@ private:
 /// Whether an image's pixels can be reached. Its format is one.
 PaintResult CheckPixels(const IQorImage& image) {
     const unsigned int bits = BitsPerPixel(image.GetPixelFormat());
-    if (std::uint64_t{image.GetWidth()} * bits + 8 * (image.GetAlignment() + 1U) >= 1U << 31) {
+    if (std::uint64_t{image.GetWidth()} * bits + 8 * (std::uint64_t{image.GetAlignment()} + 1) >= 1U << 31) {
         return PaintResult::TooWide;
     }
     return image.GetPixelData() == nullptr ? PaintResult::NoPixels : PaintResult::Painted;

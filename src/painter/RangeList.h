@@ -11,8 +11,9 @@ class RangeList : public IPDFImageBlender::Coverage {
 public:
     [[nodiscard]] Coverage* Clone() const override { return new RangeList(*this); }
     void AddCoverage(const Coverage& other) override {
-        const std::vector<Rectangle> added = other.GetRanges();  // a copy: `other` may be this one
-        ranges.insert(ranges.end(), added.begin(), added.end());
+        const std::size_t count = other.GetRanges().size();  // `other` may be this one
+        ranges.reserve(ranges.size() + count);
+        for (std::size_t i = 0; i < count; ++i) ranges.push_back(other.GetRanges()[i]);
     }
     void AddRange(const Rectangle& range) override { ranges.push_back(range); }
     [[nodiscard]] const std::vector<Rectangle>& GetRanges() const override { return ranges; }

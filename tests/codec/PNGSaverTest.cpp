@@ -54,10 +54,10 @@ TEST(PngSaver, AnotherDecoderSeesWhatTheImageShows) {
     Random random(53);
     for (const PixelFormat format : kPixelFormats) {
         const unsigned int bits = BitsPerPixel(format);
-        for (int i = 0; i < 24 && bits != 16; ++i) {
+        for (unsigned int i = 0; i < 24 && bits != 16; ++i) {
             TestImage image(RandomShape(random, format, 40), random);
             // None, a short one, a whole one, one with more entries than indices.
-            if (bits <= 8 && i % 4 != 0) image.SetPalette(RandomPalette((1U << bits) + (i % 4) - 2U, random));
+            if (bits <= 8 && i % 4 != 0) image.SetPalette(RandomPalette((1U << bits) + i % 4 - 2, random));
             SCOPED_TRACE(testing::Message() << image.GetShape() << " number " << i);
             EXPECT_EQ(Decoded(Saved(image), image), Shown(image));
         }
