@@ -18,7 +18,7 @@ public:
     std::shared_ptr<IQorImage> CreateImage(unsigned int width, unsigned int height, PixelFormat format, bool bottomUp,
                                            void** memory) override {
         const std::uint64_t bits = (std::uint64_t{width} + 1) * height * BitsPerPixel(format);
-        refused_ = width > 0x10000000 || bits > 1U << 20;
+        refused_ = width > 0x1000000 || bits > 1U << 20;  // no row is longer than 32 bits can count
         if (refused_) return nullptr;
         return factory_.CreateImage(width, height, format, bottomUp, memory);
     }
