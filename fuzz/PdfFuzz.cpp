@@ -13,7 +13,8 @@ constexpr int kFewPages = 500;
 
 // A document opened anew now and then: each content adds streams to it.
 pdf::Document& FreshDocument() {
-    static std::unique_ptr<pdf::Document> document;
+    // Never destroyed: the PDF library's own statics may be gone by then.
+    static auto& document = *new std::unique_ptr<pdf::Document>;
     static int uses = 0;
     if (uses++ % kFewPages == 0) document = std::make_unique<pdf::Document>(IMAGEOP_FUZZ_PAGE);
     return *document;
