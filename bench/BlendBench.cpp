@@ -50,11 +50,11 @@ Painter MakeLibraryPainter(const BlendCase& c, const BlendScene& scene) {
                            c.mode, blended);
         }
     };
-    if (c.form != Form::Plain) {
+    if (c.form != CompositeForm::Plain) {
         // With the backdrop kept, the end of a group leaves the image alone.
         painter.reset = [=, &scene] {
             blender->EndGroup();
-            blender->BeginGroup(scene.target, nullptr, c.form == Form::Knockout, true, false);
+            blender->BeginGroup(scene.target, nullptr, c.form == CompositeForm::Knockout, true, false);
         };
         painter.reset();
     }
@@ -63,7 +63,8 @@ Painter MakeLibraryPainter(const BlendCase& c, const BlendScene& scene) {
 
 Painter MakeScalarPainter(const BlendCase& c, const BlendScene& scene) {
     const std::size_t pixels = std::size_t{c.size} * c.size;
-    auto groupAlpha = std::make_shared<std::vector<std::uint32_t>>(c.form == Form::Plain ? 0 : pixels * scene.copies);
+    auto groupAlpha =
+        std::make_shared<std::vector<std::uint32_t>>(c.form == CompositeForm::Plain ? 0 : pixels * scene.copies);
     Painter painter;
     painter.paint = [=, &scene] {
         for (std::size_t i = 0; i < scene.copies; ++i) {

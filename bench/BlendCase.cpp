@@ -21,7 +21,7 @@ constexpr auto kStraight = PixelFormat::Bgra32;
 using Cases = std::vector<BlendCase>;
 
 template <BlendMode Mode, PixelFormat Dst = kBgra32, PixelFormat Src = kBgra32, Loop L = Loop::Rect,
-          Form F = Form::Plain>
+          CompositeForm F = CompositeForm::Plain>
 void Add(Cases& cases, std::string_view contents, unsigned int size = 256) {
     for (const char content : contents) {
         cases.push_back({Mode, Dst, Src, Content{content}, L, F, size, PaintScalar<Mode, Dst, Src, L, F>});
@@ -40,9 +40,9 @@ void AddFormats(Cases& cases) {
     Add<Mode, kInverted, kInverted>(cases, "abc");
 }
 
-template <BlendMode Mode, Form F>
+template <BlendMode Mode, CompositeForm F>
 void AddLoops(Cases& cases) {
-    if (F != Form::Plain) Add<Mode, kBgra32, kBgra32, Loop::Rect, F>(cases, "bce");
+    if (F != CompositeForm::Plain) Add<Mode, kBgra32, kBgra32, Loop::Rect, F>(cases, "bce");
     Add<Mode, kBgra32, kBgra32, Loop::Stencil, F>(cases, "bc");
     Add<Mode, kBgra32, kBgra32, Loop::SoftMask, F>(cases, "bc");
 }
@@ -50,9 +50,9 @@ void AddLoops(Cases& cases) {
 template <BlendMode Mode>
 void AddHotMode(Cases& cases) {
     AddFormats<Mode>(cases);
-    AddLoops<Mode, Form::Plain>(cases);
-    AddLoops<Mode, Form::Group>(cases);
-    AddLoops<Mode, Form::Knockout>(cases);
+    AddLoops<Mode, CompositeForm::Plain>(cases);
+    AddLoops<Mode, CompositeForm::Group>(cases);
+    AddLoops<Mode, CompositeForm::Knockout>(cases);
     Add<Mode>(cases, "abcde", 16);
     Add<Mode>(cases, "abcde", 2048);
 }

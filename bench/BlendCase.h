@@ -26,7 +26,7 @@ struct BlendCase {
     PixelFormat source;
     Content content;
     Loop loop;
-    Form form;
+    CompositeForm form;
     unsigned int size;  ///< pixels on each side
     ScalarLoop scalar;
 

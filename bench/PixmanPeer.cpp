@@ -48,7 +48,7 @@ Image MakeMask(const BlendCase& c, const BlendScene& scene) {
 }  // namespace
 
 bool HasPixmanPeer(const BlendCase& c) {
-    return c.form == Form::Plain && c.loop != Loop::Stencil && IsShared(c.destination) && IsShared(c.source);
+    return c.form == CompositeForm::Plain && c.loop != Loop::Stencil && IsShared(c.destination) && IsShared(c.source);
 }
 
 std::function<void()> MakePixmanPainter(const BlendCase& c, const BlendScene& scene) {

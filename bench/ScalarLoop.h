@@ -7,12 +7,12 @@
 #include <cstdint>
 
 #include "blend/definition/CompositeSteps.h"
+#include "blend/stages/Stages.h"
 #include "pixel/PixelCodec.h"
 
 namespace vantu::bench {
 
 enum class Loop { Rect, Stencil, SoftMask };
-enum class Form { Plain, Group, Knockout };
 
 /// A square of pixels to paint; rows of every block follow each other without gaps.
 struct ScalarTask {
@@ -30,11 +30,11 @@ struct ScalarTask {
 using ScalarLoop = void (*)(const ScalarTask& task);
 
 /// The plain loop that a careful programmer writes first, one pixel at a time over the steps that define the result.
-template <BlendMode Mode, PixelFormat Dst, PixelFormat Src, Loop L, Form F>
+template <BlendMode Mode, PixelFormat Dst, PixelFormat Src, Loop L, CompositeForm F>
 void PaintScalar(const ScalarTask& task) {
     constexpr std::size_t targetBytes = BitsPerPixel(Dst) / 8;
     constexpr std::size_t sourceBytes = BitsPerPixel(Src) / 8;
-    constexpr bool kCopies = Mode == BlendMode::Normal && L == Loop::Stencil && F == Form::Plain;
+    constexpr bool kCopies = Mode == BlendMode::Normal && L == Loop::Stencil && F == CompositeForm::Plain;
     constexpr bool kKeepsClear =
         L != Loop::Rect ||
         (Mode == BlendMode::Multiply && Dst == PixelFormat::Bgra32Premultiplied && Src == PixelFormat::Bgra32Inverted);
@@ -56,19 +56,20 @@ void PaintScalar(const ScalarTask& task) {
         std::uint32_t as = 0;
         if constexpr (L == Loop::SoftMask) {
             const double t = task.maskTransfer->ComputeAlpha((*task.maskPalette)[task.mask[i]]);
-            as = F == Form::Plain ? PlainMaskOpacity(task.alpha, sa, t)
-                                  : GroupMaskOpacity(task.alpha, sa, GroupMaskByte(t));
+            as = F == CompositeForm::Plain ? PlainMaskOpacity(task.alpha, sa, t)
+                                           : GroupMaskOpacity(task.alpha, sa, GroupMaskByte(t));
         } else {
             as = ConstantOpacity(task.alpha, sa);
         }
         bool write = true;
-        if constexpr (F == Form::Plain) {
+        if constexpr (F == CompositeForm::Plain) {
             if (sa == 0) continue;
             write = CompositePlain<Mode>(cs, cd, as) != 0 || !kKeepsClear;
         } else {
             Color c0;
             ReadPixel<Dst>(task.snapshot + i * targetBytes, c0);
-            write = StepInGroup<Mode, F == Form::Knockout>(cs, cd, c0, task.groupAlpha[i], as, L == Loop::Stencil);
+            write =
+                StepInGroup<Mode, F == CompositeForm::Knockout>(cs, cd, c0, task.groupAlpha[i], as, L == Loop::Stencil);
         }
         if (write) WritePixel<Dst>(target, cd);
     }

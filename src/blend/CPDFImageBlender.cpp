@@ -9,7 +9,6 @@
 
 #include "blend/CheckedRanges.h"
 #include "blend/GroupResolve.h"
-#include "blend/Kernels.h"
 
 namespace vantu {
 

@@ -63,6 +63,13 @@ public:
     using RasterizerBlends = std::vector<std::unique_ptr<RasterizerBlendBase<Traits>>>;
 
 private:
+    /// One new kernel for each destination format 1 to 9, source format 5 to 8 and mode: 432 entries.
+    template <typename Traits>
+    static PixelBlends<Traits> MakePixelBlends();
+    /// One new kernel for each mode.
+    template <typename Traits>
+    static RasterizerBlends<Traits> MakeRasterizerBlends();
+
     bool BlendOnDestination(IQorImage& source, BlendRequest<PDFBlend::BlendingTraits>& request, BlendMode mode);
     bool BlendInGroup(GroupState& top, IQorImage& source, BlendRequest<PDFBlend::GroupBlendingTraits>& request,
                       BlendMode mode);

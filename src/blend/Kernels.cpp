@@ -1,11 +1,10 @@
-#include "blend/Kernels.h"
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <memory>
 #include <utility>
 
+#include "blend/CPDFImageBlender.h"
 #include "blend/definition/ModeTable.h"
 #include "blend/painting/ImagePainter.h"
 #include "blend/painting/SurfacePainter.h"
@@ -78,9 +77,9 @@ constexpr auto PixelBlendEntries() {
 }  // namespace
 
 template <typename Traits>
-CPDFImageBlender::PixelBlends<Traits> MakePixelBlends() {
+CPDFImageBlender::PixelBlends<Traits> CPDFImageBlender::MakePixelBlends() {
     static constexpr auto entries = PixelBlendEntries<Traits>();
-    CPDFImageBlender::PixelBlends<Traits> blends;
+    PixelBlends<Traits> blends;
     for (const auto& pair : entries) {
         for (const auto& entry : pair) blends.emplace_hint(blends.end(), entry.key, entry.make());
     }
@@ -88,21 +87,21 @@ CPDFImageBlender::PixelBlends<Traits> MakePixelBlends() {
 }
 
 template <typename Traits>
-CPDFImageBlender::RasterizerBlends<Traits> MakeRasterizerBlends() {
+CPDFImageBlender::RasterizerBlends<Traits> CPDFImageBlender::MakeRasterizerBlends() {
     constexpr auto makers = MakeModeTable([]<BlendMode Mode>() {
-        return +[]() -> std::unique_ptr<CPDFImageBlender::RasterizerBlendBase<Traits>> {
-            return std::make_unique<CPDFImageBlender::RasterizerBlend<Mode, Traits>>();
+        return +[]() -> std::unique_ptr<RasterizerBlendBase<Traits>> {
+            return std::make_unique<RasterizerBlend<Mode, Traits>>();
         };
     });
-    CPDFImageBlender::RasterizerBlends<Traits> blends;
+    RasterizerBlends<Traits> blends;
     blends.reserve(makers.size());
     for (const auto make : makers) blends.push_back(make());
     return blends;
 }
 
-template CPDFImageBlender::PixelBlends<BlendingTraits> MakePixelBlends();
-template CPDFImageBlender::PixelBlends<GroupBlendingTraits> MakePixelBlends();
-template CPDFImageBlender::RasterizerBlends<BlendingTraits> MakeRasterizerBlends();
-template CPDFImageBlender::RasterizerBlends<GroupBlendingTraits> MakeRasterizerBlends();
+template CPDFImageBlender::PixelBlends<BlendingTraits> CPDFImageBlender::MakePixelBlends();
+template CPDFImageBlender::PixelBlends<GroupBlendingTraits> CPDFImageBlender::MakePixelBlends();
+template CPDFImageBlender::RasterizerBlends<BlendingTraits> CPDFImageBlender::MakeRasterizerBlends();
+template CPDFImageBlender::RasterizerBlends<GroupBlendingTraits> CPDFImageBlender::MakeRasterizerBlends();
 
 }  // namespace vantu

@@ -9,7 +9,7 @@
 
 #include <vantu/BlendMode.h>
 
-#include "blend/stages/BlendTables.h"
+#include "blend/stages/BlendLookup.h"
 #include "blend/stages/VectorDivision-inl.h"
 #include "blend/stages/VectorNative-inl.h"
 #include "blend/stages/VectorPixels-inl.h"

@@ -7,7 +7,7 @@
 
 #include "blend/stages/Quotients.h"
 
-// Tables for vector code, made at first use from the functions that define the modes.
+// Blend functions to be looked up by vector code, made at first use from those that define the modes.
 
 namespace vantu {
 

@@ -1,4 +1,4 @@
-#include "blend/stages/BlendTables.h"
+#include "blend/stages/BlendLookup.h"
 
 #include <algorithm>
 #include <cstdint>
