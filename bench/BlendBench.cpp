@@ -4,10 +4,7 @@
 #include <vantu/IPDFImageBlender.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <functional>
 #include <map>
 #include <memory>
@@ -18,6 +15,7 @@
 
 #include "BlendScene.h"
 #include "PixmanPeer.h"
+#include "Timing.h"
 
 namespace vantu::bench {
 namespace {
@@ -65,14 +63,26 @@ Painter MakeScalarPainter(const BlendCase& c, const BlendScene& scene) {
     const std::size_t pixels = std::size_t{c.size} * c.size;
     auto groupAlpha =
         std::make_shared<std::vector<std::uint32_t>>(c.form == CompositeForm::Plain ? 0 : pixels * scene.copies);
+    const CQorImage* const mask = scene.mask.get();
+    ScalarTask task{};
+    task.width = task.height = c.size;
+    task.source = std::as_const(*scene.source).GetPixelData();
+    task.sourceStep = BitsPerPixel(c.source) / 8;
+    task.sourceStride = c.size * task.sourceStep;
+    task.targetStride = scene.TargetBytes() / c.size;
+    task.mask = mask != nullptr ? mask->GetPixelData() : nullptr;
+    task.maskStride = mask != nullptr ? c.size * BitsPerPixel(mask->GetPixelFormat()) / 8 : 0;
+    task.maskPalette = mask != nullptr ? mask->GetPalette() : nullptr;
+    task.maskTransfer = scene.maskTransfer.get();
+    task.alpha = c.Alpha();
     Painter painter;
-    painter.paint = [=, &scene] {
+    painter.paint = [=, &scene]() mutable {
         for (std::size_t i = 0; i < scene.copies; ++i) {
             const std::size_t place = i * scene.TargetBytes();
-            c.scalar({c.size, std::as_const(*scene.source).GetPixelData(), scene.target->GetPixelData() + place,
-                      scene.Pristine().data() + place, groupAlpha->data() + (groupAlpha->empty() ? 0 : i * pixels),
-                      scene.mask ? scene.mask->GetPixelData() : nullptr,
-                      scene.mask ? scene.mask->GetPalette() : nullptr, scene.maskTransfer.get(), c.Alpha()});
+            task.target = scene.target->GetPixelData() + place;
+            task.snapshot = scene.Pristine().data() + place;
+            task.groupAlpha = groupAlpha->data() + (groupAlpha->empty() ? 0 : i * pixels);
+            c.scalar(task);
         }
     };
     painter.reset = [=] { std::fill(groupAlpha->begin(), groupAlpha->end(), 0); };
@@ -91,52 +101,11 @@ Pixels Painted(const BlendScene& scene, const Painter& painter) {
     return {pixels, pixels + scene.Pristine().size()};
 }
 
-bool Same(const Pixels& a, const Pixels& b) {
-    return a == b;
-}
-
-/// Whether two paintings are the same to the eye: all but 1 % of the bytes within 3.
-bool Alike(const Pixels& a, const Pixels& b) {
-    std::size_t far = 0;
-    for (std::size_t i = 0; i < a.size(); ++i) far += std::abs(a[i] - b[i]) > 3;
-    return far * 100 <= a.size();
-}
-
-/// Seconds that the thread has run for.
-double ThreadSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
-/// Seconds that `work` takes, by the clock that says less: the wall's is the finer one, the thread's leaves out when
-/// others ran.
-template <typename Work>
-double Seconds(const Work& work) {
-    using Clock = std::chrono::steady_clock;
-    const double threadStart = ThreadSeconds();
-    const auto start = Clock::now();
-    work();
-    benchmark::ClobberMemory();
-    const std::chrono::duration<double> wall = Clock::now() - start;
-    return std::min(wall.count(), ThreadSeconds() - threadStart);
-}
-
-/// Times `painter`, each time on fresh content; putting it back is not timed. What counts is the median over the
-/// paintings of a run, as counters of pixels per second and of nanoseconds for a target.
-void Measure(benchmark::State& state, const BlendScene& scene, const Painter& painter) {
-    std::vector<double> seconds;
-    for (auto _ : state) {
-        Restore(scene, painter);
-        seconds.push_back(Seconds(painter.paint));
-        state.SetIterationTime(seconds.back());
-    }
-    const auto middle = seconds.begin() + static_cast<std::ptrdiff_t>(seconds.size() / 2);
-    std::nth_element(seconds.begin(), middle, seconds.end());
-    const double perTarget = *middle / scene.copies;
-    state.counters["ns"] = 1e9 * perTarget;
-    state.counters["pixels_per_second"] = scene.source->GetWidth() * scene.source->GetHeight() / perTarget;
-    state.SetItemsProcessed(state.iterations() * scene.target->GetWidth() * scene.target->GetHeight());
+/// Times `painter`, each time on fresh content.
+void MeasureScene(benchmark::State& state, const BlendScene& scene, const Painter& painter) {
+    Measure(
+        state, [&] { Restore(scene, painter); }, painter.paint, scene.copies,
+        std::size_t{scene.target->GetWidth()} * scene.target->GetHeight());
 }
 
 /// Whether a painter draws what the scalar loop draws; found out once for a name.
@@ -154,12 +123,12 @@ void RunLibrary(benchmark::State& state, const BlendCase& c) {
         state.SkipWithError("does not draw what the scalar loop draws");
         return;
     }
-    Measure(state, scene, painter);
+    MeasureScene(state, scene, painter);
 }
 
 void RunScalar(benchmark::State& state, const BlendCase& c) {
     const BlendScene scene(c);
-    Measure(state, scene, MakeScalarPainter(c, scene));
+    MeasureScene(state, scene, MakeScalarPainter(c, scene));
 }
 
 void RunPixman(benchmark::State& state, const BlendCase& c) {
@@ -169,7 +138,7 @@ void RunPixman(benchmark::State& state, const BlendCase& c) {
         state.SkipWithError("does not draw nearly what the scalar loop draws");
         return;
     }
-    Measure(state, scene, painter);
+    MeasureScene(state, scene, painter);
 }
 
 /// Fills the target from the source's bytes.
@@ -181,7 +150,7 @@ void RunMemcpy(benchmark::State& state, const BlendCase& c) {
                         std::as_const(*scene.source).GetPixelData(), scene.TargetBytes());
         }
     }};
-    Measure(state, scene, painter);
+    MeasureScene(state, scene, painter);
 }
 
 void Register(const std::string& name, void (*run)(benchmark::State&, const BlendCase&), const BlendCase& c) {

@@ -5,6 +5,7 @@
 
 #include "BlendBench.h"
 #include "CodecBench.h"
+#include "PlacesBench.h"
 #include "SetupBench.h"
 #include "VectorTarget.h"
 
@@ -21,6 +22,7 @@ int main(int argc, char** argv) {
     benchmark::AddCustomContext("target", VectorTargetName());
     benchmark::AddCustomContext("compiler", IMAGEOP_COMPILER);
     RegisterBlendBenchmarks();
+    RegisterPlacesBenchmarks();
     RegisterSetupBenchmarks();
     RegisterCodecBenchmarks();
     benchmark::Initialize(&argc, argv);

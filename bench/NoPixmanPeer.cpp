@@ -10,4 +10,12 @@ std::function<void()> MakePixmanPainter(const BlendCase& /*blendCase*/, const Bl
     return {};
 }
 
+bool HasPixmanPeer(const PageCall& /*call*/) {
+    return false;
+}
+
+std::function<void()> MakePixmanReplay(const PageScene& /*scene*/) {
+    return {};
+}
+
 }  // namespace vantu::bench

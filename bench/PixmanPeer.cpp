@@ -3,7 +3,9 @@
 #include <pixman.h>
 
 #include <array>
+#include <map>
 #include <memory>
+#include <vector>
 
 namespace vantu::bench {
 namespace {
@@ -22,7 +24,7 @@ Image Own(pixman_image_t* image) {
             }};
 }
 
-Image View(CQorImage& image, pixman_format_code_t format) {
+Image View(IQorImage& image, pixman_format_code_t format) {
     const auto width = static_cast<int>(image.GetWidth());
     const auto stride = static_cast<int>(RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment()));
     return Own(pixman_image_create_bits(format, width, static_cast<int>(image.GetHeight()),
@@ -37,13 +39,67 @@ pixman_format_code_t FormatOf(PixelFormat format) {
     return format == PixelFormat::Bgr24 ? PIXMAN_r8g8b8 : PIXMAN_a8r8g8b8;
 }
 
-Image MakeMask(const BlendCase& c, const BlendScene& scene) {
-    if (c.loop == Loop::SoftMask) return View(*scene.mask, PIXMAN_a8);
-    if (c.Alpha() == 255) return nullptr;
-    const auto alpha = static_cast<std::uint16_t>(c.Alpha() * 257);
+/// A mask of one value, or none for 255.
+Image MakeAlpha(unsigned char value) {
+    if (value == 255) return nullptr;
+    const auto alpha = static_cast<std::uint16_t>(value * 257);
     const pixman_color_t color{alpha, alpha, alpha, alpha};
     return Own(pixman_image_create_solid_fill(&color));
 }
+
+Image MakeMask(const BlendCase& c, const BlendScene& scene) {
+    if (c.loop == Loop::SoftMask) return View(*scene.mask, PIXMAN_a8);
+    return MakeAlpha(c.Alpha());
+}
+
+/// The bits of a stencil from pixman's end of the byte, set where it paints.
+Image MakeStencil(const IQorImage& stencil) {
+    const auto width = static_cast<int>(stencil.GetWidth()), height = static_cast<int>(stencil.GetHeight());
+    const std::size_t stride = RowStride(stencil.GetWidth(), PixelFormat::Index1, stencil.GetAlignment());
+    Image image = Own(pixman_image_create_bits(PIXMAN_a1, width, height, nullptr, 0));
+    auto* const bits = reinterpret_cast<unsigned char*>(pixman_image_get_data(image.get()));
+    const auto imageStride = static_cast<std::size_t>(pixman_image_get_stride(image.get()));
+    for (std::size_t y = 0; y < stencil.GetHeight(); ++y) {
+        for (std::size_t x = 0; x < stencil.GetWidth(); ++x) {
+            const bool paints = (stencil.GetPixelData()[y * stride + x / 8] >> (7 - x % 8) & 1) == 0;
+            if (paints) bits[y * imageStride + x / 8] |= static_cast<unsigned char>(1U << x % 8);
+        }
+    }
+    return image;
+}
+
+/// A colour with its alpha, which is multiplied by a constant one.
+Image MakeColor(const unsigned char* pixel, unsigned char alpha) {
+    const auto wide = [&](int channel) { return static_cast<std::uint16_t>(pixel[channel] * alpha * 257 / 255); };
+    const pixman_color_t color{wide(2), wide(1), wide(0), wide(3)};
+    return Own(pixman_image_create_solid_fill(&color));
+}
+
+/// Pictures and masks as pixman sees them; one that many calls share is made once.
+class Views {
+public:
+    Image Picture(const PageCall& call) {
+        if (call.isColor) return MakeColor(call.picture->GetPixelData(), call.paint.alpha);
+        return Shared(call.picture, [&] { return View(*call.picture, PIXMAN_a8r8g8b8); });
+    }
+    Image Mask(const PageCall& call) {
+        const std::shared_ptr<IQorImage>& mask = call.paint.mask;
+        if (!mask) return call.isColor ? nullptr : MakeAlpha(call.paint.alpha);
+        return Shared(mask, [&] {
+            return mask->GetPixelFormat() == PixelFormat::Index1 ? MakeStencil(*mask) : View(*mask, PIXMAN_a8);
+        });
+    }
+
+private:
+    template <typename Make>
+    Image Shared(const std::shared_ptr<IQorImage>& image, Make make) {
+        Image& view = views_[image.get()];
+        if (!view) view = make();
+        return view;
+    }
+
+    std::map<const IQorImage*, Image> views_;
+};
 
 }  // namespace
 
@@ -61,6 +117,36 @@ std::function<void()> MakePixmanPainter(const BlendCase& c, const BlendScene& sc
     return [=] {
         for (int i = 0; i < copies; ++i) {
             pixman_image_composite32(op, source.get(), mask.get(), target.get(), 0, 0, 0, 0, 0, i * size, size, size);
+        }
+    };
+}
+
+/// There is one mask in a call, so that a picture is painted through a mask or with a constant alpha.
+bool HasPixmanPeer(const PageCall& call) {
+    return call.isColor || !call.paint.mask || call.paint.alpha == 255;
+}
+
+std::function<void()> MakePixmanReplay(const PageScene& scene) {
+    struct Composite {
+        pixman_op_t op;
+        Image source, mask;
+        int sourceX, sourceY, maskX, maskY, x, y, width, height;
+    };
+    std::vector<Composite> composites;
+    Views views;
+    for (const PageCall& call : scene.calls) {
+        const Image picture = views.Picture(call), mask = views.Mask(call);
+        const Paint& paint = call.paint;
+        for (const auto& r : call.rectangles) {
+            composites.push_back({kOperators[static_cast<std::size_t>(paint.mode)], picture, mask, r.x0 - call.at.x,
+                                  r.y0 - call.at.y, r.x0 - paint.maskAt.x, r.y0 - paint.maskAt.y, r.x0, r.y0,
+                                  r.x1 - r.x0, r.y1 - r.y0});
+        }
+    }
+    return [composites, page = View(*scene.page, PIXMAN_a8r8g8b8)] {
+        for (const Composite& c : composites) {
+            pixman_image_composite32(c.op, c.source.get(), c.mask.get(), page.get(), c.sourceX, c.sourceY, c.maskX,
+                                     c.maskY, c.x, c.y, c.width, c.height);
         }
     };
 }

@@ -1,0 +1,56 @@
+#include "Timing.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+
+namespace vantu::bench {
+namespace {
+
+/// Seconds that the thread has run for.
+double ThreadSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+/// Seconds that `work` takes, by the clock that says less: the wall's is the finer one, the thread's leaves out when
+/// others ran.
+double Seconds(const std::function<void()>& work) {
+    using Clock = std::chrono::steady_clock;
+    const double threadStart = ThreadSeconds();
+    const auto start = Clock::now();
+    work();
+    benchmark::ClobberMemory();
+    const std::chrono::duration<double> wall = Clock::now() - start;
+    return std::min(wall.count(), ThreadSeconds() - threadStart);
+}
+
+}  // namespace
+
+bool Same(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b) {
+    return a == b;
+}
+
+bool Alike(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b) {
+    std::size_t far = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) far += std::abs(a[i] - b[i]) > 3;
+    return far * 100 <= a.size();
+}
+
+void Measure(benchmark::State& state, const std::function<void()>& restore, const std::function<void()>& paint,
+             std::size_t calls, std::size_t pixels) {
+    std::vector<double> seconds;
+    for (auto _ : state) {
+        restore();
+        seconds.push_back(Seconds(paint));
+        state.SetIterationTime(seconds.back());
+    }
+    const auto middle = seconds.begin() + static_cast<std::ptrdiff_t>(seconds.size() / 2);
+    std::nth_element(seconds.begin(), middle, seconds.end());
+    state.counters["ns"] = 1e9 * *middle / static_cast<double>(calls);
+    state.counters["pixels_per_second"] = static_cast<double>(pixels) / *middle;
+}
+
+}  // namespace vantu::bench

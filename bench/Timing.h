@@ -1,0 +1,22 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <functional>
+#include <vector>
+
+namespace vantu::bench {
+
+/// Whether two paintings have the same bytes.
+bool Same(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b);
+/// Whether two paintings are the same to the eye: all but 1 % of the bytes within 3.
+bool Alike(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b);
+
+/// Times `paint`, each time after `restore`, which is not timed. What counts is the median over the paintings of a run,
+/// as counters of pixels per second and of nanoseconds for a call.
+/// @param calls, pixels that one `paint` paints.
+void Measure(benchmark::State& state, const std::function<void()>& restore, const std::function<void()>& paint,
+             std::size_t calls, std::size_t pixels);
+
+}  // namespace vantu::bench
