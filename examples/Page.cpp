@@ -38,12 +38,6 @@ private:
     int used_ = 0;
 };
 
-Image MakeStencilOnPaper(const Image& drawing) {
-    const Image paper = MakeSheet(kCellWidth, kCellHeight, 0xFFFFFFFF);
-    PaintAt(*MakeBlender(paper), drawing, {0, 0}, 255, BlendMode::Normal);
-    return MakeStencil(*paper);
-}
-
 }  // namespace
 
 std::shared_ptr<IQorImage> PaintPage(const std::string& backgroundPath, const std::string& picturePath,
@@ -58,15 +52,19 @@ std::shared_ptr<IQorImage> PaintPage(const std::string& backgroundPath, const st
     const Transfer fallOff = std::make_shared<CExponentialPDFTransferFunction>(Source::Luminosity, 0.0, 1.0, 2.0);
     const Transfer invert = std::make_shared<CPostscriptPDFTransferFunction>(Source::Luminosity, "{ 1 exch sub }");
 
-    const auto blender = MakeBlender(page);
+    Painter painter(page);
     Cells cells;
-    PaintAt(*blender, background, {0, 0}, 255, BlendMode::Normal);
+    painter.Draw(background, {0, 0});
     for (unsigned int mode = 0; mode < kBlendModeCount; ++mode)
-        PaintAt(*blender, picture, cells.Next(), kAlpha, static_cast<BlendMode>(mode));
-    PaintThrough(*blender, picture, softMask, fallOff, cells.Next(), 255, BlendMode::Normal);
-    PaintThrough(*blender, picture, softMask, invert, cells.Next(), 255, BlendMode::Normal);
-    PaintThrough(*blender, picture, MakeStencilOnPaper(drawing), nullptr, cells.Next(), 255, BlendMode::Normal);
-    PaintAt(*blender, drawing, cells.Next(), kAlpha, BlendMode::Multiply);
+        painter.Draw(picture, cells.Next(), {.mode = static_cast<BlendMode>(mode), .alpha = kAlpha});
+    const auto drawThrough = [&](const Image& mask, const Transfer& transfer) {
+        const Point<int, 2> corner = cells.Next();
+        painter.Draw(picture, corner, {.mask = mask, .maskAt = corner, .maskTransfer = transfer});
+    };
+    drawThrough(softMask, fallOff);
+    drawThrough(softMask, invert);
+    drawThrough(MakeStencil(drawing), nullptr);
+    painter.Draw(drawing, cells.Next(), {.mode = BlendMode::Multiply, .alpha = kAlpha});
     return page;
 }
 

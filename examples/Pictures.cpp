@@ -30,16 +30,6 @@ std::size_t OffsetOf(const IQorImage& image, unsigned int row) {
     return memoryRow * RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment());
 }
 
-void Blend(IPDFImageBlender& blender, const Image& source, const Range<int, 2>& range, const Point<int, 2>& offset,
-           const Image& mask, const std::shared_ptr<IPDFTransferFunction>& transfer, unsigned char alpha,
-           BlendMode mode) {
-    const auto coverage = IPDFImageBlender::CreateCoverage();
-    coverage->AddRange(range);
-    auto painted = IPDFImageBlender::CreateCoverage();
-    if (!blender.Blend(source, coverage, offset, mask, transfer, {0, 0}, alpha, mode, painted))
-        throw std::runtime_error("the blender refused a picture");
-}
-
 // Calls change(pixel) with the four bytes of each pixel.
 template <typename Change>
 void ForEachPixel32(IQorImage& image, Change change) {
@@ -154,35 +144,11 @@ std::vector<Taps> MakeTaps(unsigned int sourceSize, unsigned int targetSize, dou
 
 }  // namespace
 
-std::shared_ptr<IPDFImageBlender> MakeBlender(const std::shared_ptr<IQorImage>& image) {
-    std::shared_ptr<IRasterizer> rasterizer = std::make_shared<NoSurface>();
-    return IPDFImageBlender::Create(rasterizer, image);
-}
-
 std::shared_ptr<CQorImage> MakeSheet(int width, int height, const Color& color) {
     auto sheet = std::make_shared<CQorImage>(static_cast<unsigned int>(width), static_cast<unsigned int>(height),
                                              PixelFormat::Bgr24, 4, true);
     ImageUtil::Clear(*sheet, color, {0, 0, width, height});
     return sheet;
-}
-
-void BlendRange(IPDFImageBlender& blender, const Image& source, const Range<int, 2>& range, const Point<int, 2>& offset,
-                unsigned char alpha, BlendMode mode) {
-    Blend(blender, source, range, offset, nullptr, nullptr, alpha, mode);
-}
-
-void PaintAt(IPDFImageBlender& blender, const Image& source, const Point<int, 2>& corner, unsigned char alpha,
-             BlendMode mode) {
-    const int right = corner.x + static_cast<int>(source->GetWidth());
-    const int bottom = corner.y + static_cast<int>(source->GetHeight());
-    BlendRange(blender, source, {corner.x, corner.y, right, bottom}, {-corner.x, -corner.y}, alpha, mode);
-}
-
-void PaintThrough(IPDFImageBlender& blender, const Image& source, const Image& mask,
-                  const std::shared_ptr<IPDFTransferFunction>& transfer, const Point<int, 2>& corner,
-                  unsigned char alpha, BlendMode mode) {
-    const Range<int, 2> whole{0, 0, static_cast<int>(mask->GetWidth()), static_cast<int>(mask->GetHeight())};
-    Blend(blender, source, whole, corner, mask, transfer, alpha, mode);
 }
 
 unsigned char* RowOf(IQorImage& image, unsigned int row) {
@@ -191,19 +157,6 @@ unsigned char* RowOf(IQorImage& image, unsigned int row) {
 
 const unsigned char* RowOf(const IQorImage& image, unsigned int row) {
     return image.GetPixelData() + OffsetOf(image, row);
-}
-
-std::shared_ptr<CQorImage> MakeStencil(const IQorImage& picture) {
-    auto stencil = std::make_shared<CQorImage>(picture.GetWidth(), picture.GetHeight(), PixelFormat::Index1, 4, true);
-    for (unsigned int y = 0; y < picture.GetHeight(); ++y) {
-        const unsigned char* color = RowOf(picture, y);
-        unsigned char* const bits = RowOf(*stencil, y);
-        for (unsigned int x = 0; x < picture.GetWidth(); ++x, color += 3) {
-            const bool light = color[0] + color[1] + color[2] > 3 * 127;
-            if (light) bits[x / 8] = static_cast<unsigned char>(bits[x / 8] | (0x80 >> (x % 8)));
-        }
-    }
-    return stencil;
 }
 
 void Save(const IQorImage& image, const std::string& path) {
@@ -244,6 +197,23 @@ std::shared_ptr<CQorImage> Fit(const IQorImage& picture, unsigned int width, uns
         }
     }
     return fitted;
+}
+
+std::shared_ptr<CQorImage> MakeStencil(const Image& picture) {
+    const unsigned int width = picture->GetWidth();
+    const unsigned int height = picture->GetHeight();
+    const auto paper = MakeSheet(static_cast<int>(width), static_cast<int>(height), 0xFFFFFFFF);
+    Painter(paper).Draw(picture, {0, 0});
+    auto stencil = std::make_shared<CQorImage>(width, height, PixelFormat::Index1, 4, true);
+    for (unsigned int y = 0; y < height; ++y) {
+        const unsigned char* color = RowOf(*paper, y);
+        unsigned char* const bits = RowOf(*stencil, y);
+        for (unsigned int x = 0; x < width; ++x, color += 3) {
+            const bool light = color[0] + color[1] + color[2] > 3 * 127;
+            if (light) bits[x / 8] = static_cast<unsigned char>(bits[x / 8] | (0x80 >> (x % 8)));
+        }
+    }
+    return stencil;
 }
 
 }  // namespace examples

@@ -1,5 +1,5 @@
 // A host that keeps its pixels in its own way, here as three planes of the inks cyan, magenta and yellow, and lets a
-// blender paint on them through two functions.
+// painter paint on them through two functions.
 
 #include <cstdlib>
 #include <exception>
@@ -15,7 +15,7 @@ namespace {
 
 class InkPlanes : public RasterSurface {
 public:
-    InkPlanes(int width, int height) : width_(width), height_(height) {
+    InkPlanes(int width, int height) : width_(width) {
         for (auto& plane : planes_) plane.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
         GetPixel = [](RasterSurface* surface, int x, int y, Color& out) {
             const auto& self = static_cast<const InkPlanes&>(*surface);
@@ -34,24 +34,13 @@ public:
     [[nodiscard]] const std::vector<unsigned char>& Plane(int plane) const { return planes_[plane]; }
 
 private:
+    // A painter asks for no pixel outside the bounds that it was given.
     [[nodiscard]] std::size_t At(int x, int y) const {
-        // The blender clips nothing, so the surface refuses what the caller should not have asked for.
-        if (x < 0 || y < 0 || x >= width_ || y >= height_) throw std::out_of_range("a pixel outside the surface");
         return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x);
     }
 
     int width_;
-    int height_;
     std::vector<unsigned char> planes_[3];
-};
-
-class InkRasterizer : public IRasterizer {
-public:
-    explicit InkRasterizer(std::shared_ptr<InkPlanes> planes) : planes_(std::move(planes)) {}
-    std::shared_ptr<RasterSurface> GetRasterSurface() override { return planes_; }
-
-private:
-    std::shared_ptr<InkPlanes> planes_;
 };
 
 void PaintOnInks() {
@@ -59,10 +48,9 @@ void PaintOnInks() {
     const int width = static_cast<int>(photograph->GetWidth());
     const int height = static_cast<int>(photograph->GetHeight());
     const auto planes = std::make_shared<InkPlanes>(width, height);
-    std::shared_ptr<IRasterizer> rasterizer = std::make_shared<InkRasterizer>(planes);
-    const auto blender = IPDFImageBlender::Create(rasterizer, nullptr);  // no image: the surface is painted on
-    PaintAt(*blender, photograph, {0, 0}, 255, BlendMode::Normal);
-    PaintAt(*blender, MakeSheet(width, 100, 0xFFFFFF00), {0, 150}, 255, BlendMode::Multiply);
+    Painter page(planes, {0, 0, width, height});
+    page.Draw(photograph, {0, 0});
+    page.Fill({0, 150, width, 250}, 0xFFFFFF00, {.mode = BlendMode::Multiply});
 
     // Yellow paper lets no blue through: full yellow ink under the strip.
     const std::size_t middle = static_cast<std::size_t>(200) * photograph->GetWidth() + photograph->GetWidth() / 2;

@@ -1,4 +1,4 @@
-// tiles [THREADS]: paints a page tile by tile on the host's own threads, one blender per tile, and once more as a whole
+// tiles [THREADS]: paints a page tile by tile on the host's own threads, one painter per tile, and once more as a whole
 // on one thread. The bytes are the same; how much faster it was is printed.
 
 #include <algorithm>
@@ -47,20 +47,12 @@ std::vector<Layer> MakeLayers() {
     return layers;
 }
 
-// Paints what of the layers lies on `image`, whose top left corner stands at `origin` of the page. Nothing is clipped
-// by the blender, so that is done here.
+// Paints what of the layers lies on `image`, whose top left corner stands at `origin` of the page.
 void PaintLayers(const Image& image, const Point<int, 2>& origin, const std::vector<Layer>& layers) {
-    const auto blender = MakeBlender(image);
+    Painter painter(image);
     for (const Layer& layer : layers) {
-        const int left = layer.corner.x - origin.x;
-        const int top = layer.corner.y - origin.y;
-        const int right =
-            std::min(left + static_cast<int>(layer.picture->GetWidth()), static_cast<int>(image->GetWidth()));
-        const int bottom =
-            std::min(top + static_cast<int>(layer.picture->GetHeight()), static_cast<int>(image->GetHeight()));
-        const Range<int, 2> visible{std::max(left, 0), std::max(top, 0), right, bottom};
-        if (visible.x0 < visible.x1 && visible.y0 < visible.y1)
-            BlendRange(*blender, layer.picture, visible, {-left, -top}, layer.alpha, layer.mode);
+        painter.Draw(layer.picture, {layer.corner.x - origin.x, layer.corner.y - origin.y},
+                     {.mode = layer.mode, .alpha = layer.alpha});
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <initializer_list>
 
-#include "../GroupFigure.h"
 #include "Gallery.h"
 
 namespace examples {
@@ -15,7 +14,7 @@ constexpr Point<int, 2> kCell{128, 96};
 
 Image MakeSample() {
     const Image sample = MakeSheet(kCell.x, kCell.y, ARGB_BLACK);
-    PaintAt(*MakeBlender(sample), Photograph("chelsea.png", kCell.x, kCell.y - 24), {0, 0}, 255, BlendMode::Normal);
+    Painter(sample).Draw(Photograph("chelsea.png", kCell.x, kCell.y - 24), {0, 0});
     for (int x = 0; x < kCell.x; ++x) {
         const auto grey = static_cast<unsigned int>(255 * x / (kCell.x - 1));
         ImageUtil::Clear(*sample, Rainbow((x + 0.5) / kCell.x), {x, kCell.y - 24, x + 1, kCell.y - 12});

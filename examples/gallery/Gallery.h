@@ -26,6 +26,9 @@ struct Drawing {
 /// A picture of examples/data, cut to a size.
 [[nodiscard]] Image Photograph(const std::string& file, int width, int height);
 
+/// The hues from red (0) to magenta (1), mixed with a third of white.
+[[nodiscard]] vantu::Color Rainbow(double position);
+
 /// The same picture in another format, opaque or not.
 [[nodiscard]] Image Convert(const vantu::IQorImage& picture, vantu::PixelFormat format);
 
@@ -34,9 +37,8 @@ class Sheet {
 public:
     Sheet(int columns, int rows, const vantu::Point<int, 2>& cell, const vantu::Color& color);
 
-    /// The sheet and its blender.
     [[nodiscard]] const Image& GetImage() const { return image_; }
-    [[nodiscard]] vantu::IPDFImageBlender& GetBlender() const { return *blender_; }
+    [[nodiscard]] vantu::Painter& GetPainter() { return painter_; }
     /// The corner of the next cell.
     [[nodiscard]] vantu::Point<int, 2> NextCell();
     /// Paints a picture in the middle of the next cell.
@@ -49,7 +51,7 @@ private:
     vantu::Point<int, 2> cell_;
     int used_ = 0;
     Image image_;
-    std::shared_ptr<vantu::IPDFImageBlender> blender_;
+    vantu::Painter painter_;
 };
 
 }  // namespace examples

@@ -23,21 +23,23 @@ Image DrawSoftMasks() {
              Transfer(std::make_shared<CExponentialPDFTransferFunction>(Source::Luminosity, 0.0, 1.0, 4.0)),
              Transfer(std::make_shared<CExponentialPDFTransferFunction>(Source::Luminosity, 0.25, 1.0, 1.0)),
              Transfer(std::make_shared<CPostscriptPDFTransferFunction>(Source::Luminosity, "{ 1 exch sub }")),
-         })
-        PaintThrough(sheet.GetBlender(), photograph, vignette, transfer, sheet.NextCell(), 255, BlendMode::Normal);
+         }) {
+        const Point<int, 2> corner = sheet.NextCell();
+        sheet.GetPainter().Draw(photograph, corner, {.mask = vignette, .maskAt = corner, .maskTransfer = transfer});
+    }
     return sheet.GetImage();
 }
 
-// A range of the whole picture and a mask on a part of it only: beside its rectangle a mask has no effect.
+// The whole picture is painted, through a mask on a part of it: beside its rectangle a mask has no effect.
 Image DrawMaskRectangle() {
     const Image sheet = Photograph("coffee.png", 240, 160);
-    const Image ink = MakeSheet(240, 160, 0xFF203060);
-    const Image mask = Photograph("vignette.bmp", 160, 100);
     const Transfer identity = std::make_shared<CIdentityPDFTransferFunction>(Source::Luminosity);
-    const auto coverage = IPDFImageBlender::CreateCoverage();
-    coverage->AddRange({0, 0, 240, 160});
-    auto painted = IPDFImageBlender::CreateCoverage();
-    MakeBlender(sheet)->Blend(ink, coverage, {0, 0}, mask, identity, {40, 30}, 216, BlendMode::Normal, painted);
+    Painter(sheet).Fill({0, 0, 240, 160}, 0xFF203060,
+                        {.alpha = 216,
+                         .mask = Photograph("vignette.bmp", 160, 100),
+                         .maskAt = {40, 30},
+                         .maskTransfer = identity,
+                         .outsideMask = true});
     return sheet;
 }
 
@@ -45,19 +47,18 @@ Image DrawMaskRectangle() {
 Image DrawStencils() {
     constexpr int kWidth = 180;
     constexpr int kHeight = 120;
-    const Image paper = MakeSheet(kWidth, kHeight, 0xFFFFFFFF);
-    const Image horse = Fit(*ReadPicture(IMAGEOP_EXAMPLE_DATA "/horse.png"), kWidth, kHeight, Framing::Whole);
-    PaintAt(*MakeBlender(paper), horse, {0, 0}, 255, BlendMode::Normal);
-    const Image stencil = MakeStencil(*paper);
+    const Image stencil =
+        MakeStencil(Fit(*ReadPicture(IMAGEOP_EXAMPLE_DATA "/horse.png"), kWidth, kHeight, Framing::Whole));
 
     Sheet sheet(3, 1, {kWidth, kHeight}, 0xFFFFFFFF);
     sheet.Mount(Convert(*stencil, PixelFormat::Bgr24));
     const Image photograph = Photograph("coffee.png", kWidth, kHeight);
-    const Image ink = MakeSheet(kWidth, kHeight, 0xFFF0D020);
     for (const BlendMode mode : {BlendMode::Normal, BlendMode::Multiply}) {
         const Point<int, 2> corner = sheet.NextCell();
-        PaintAt(sheet.GetBlender(), photograph, corner, 255, BlendMode::Normal);
-        PaintThrough(sheet.GetBlender(), ink, stencil, nullptr, corner, 255, mode);
+        const auto [x, y] = corner;
+        sheet.GetPainter().Draw(photograph, corner);
+        sheet.GetPainter().Fill({x, y, x + kWidth, y + kHeight}, 0xFFF0D020,
+                                {.mode = mode, .mask = stencil, .maskAt = corner});
     }
     return sheet.GetImage();
 }

@@ -3,7 +3,6 @@
 
 #include <initializer_list>
 
-#include "../GroupFigure.h"
 #include "../Page.h"
 #include "Gallery.h"
 
@@ -42,34 +41,32 @@ Image Spectrum(int width, int height) {
 template <BlendMode Mode>
 Image DrawMode() {
     const Image sheet = MakeSheet(kPhotoWidth + kGap + kMap, kMap, 0xFFFFFFFF);
-    const auto blender = MakeBlender(sheet);
+    Painter page(sheet);
     // The photograph: bare at the top, then under a strip from black to white, then under one of all hues.
-    PaintAt(*blender, Photograph("coffee.png", kPhotoWidth, kMap), {0, 0}, 255, BlendMode::Normal);
-    PaintAt(*blender, Ramp(kPhotoWidth, kStrip, Direction::Right), {0, kMap - 2 * kStrip}, 255, Mode);
-    PaintAt(*blender, Spectrum(kPhotoWidth, kStrip), {0, kMap - kStrip}, 255, Mode);
+    page.Draw(Photograph("coffee.png", kPhotoWidth, kMap), {0, 0});
+    page.Draw(Ramp(kPhotoWidth, kStrip, Direction::Right), {0, kMap - 2 * kStrip}, {.mode = Mode});
+    page.Draw(Spectrum(kPhotoWidth, kStrip), {0, kMap - kStrip}, {.mode = Mode});
     // The map.
-    PaintAt(*blender, Ramp(kMap, kMap, Direction::Right), {kPhotoWidth + kGap, 0}, 255, BlendMode::Normal);
-    PaintAt(*blender, Ramp(kMap, kMap, Direction::Up), {kPhotoWidth + kGap, 0}, 255, Mode);
+    page.Draw(Ramp(kMap, kMap, Direction::Right), {kPhotoWidth + kGap, 0});
+    page.Draw(Ramp(kMap, kMap, Direction::Up), {kPhotoWidth + kGap, 0}, {.mode = Mode});
     return sheet;
 }
 
 // Black burnt into white, and white dodged out of black.
 Image DrawDodgeAndBurn() {
     constexpr Point<int, 2> kCell{132, 84};
-    const Image white = MakeSheet(kCell.x, kCell.y, 0xFFFFFFFF), black = MakeSheet(kCell.x, kCell.y, ARGB_BLACK);
-    const Image drawing = MakeSheet(kCell.x, kCell.y, 0xFFFFFFFF);
-    PaintAt(*MakeBlender(drawing),
-            Fit(*ReadPicture(IMAGEOP_EXAMPLE_DATA "/horse.png"), kCell.x, kCell.y, Framing::Whole), {0, 0}, 255,
-            BlendMode::Normal);
-    const Image stencil = MakeStencil(*drawing);
+    const Image stencil =
+        MakeStencil(Fit(*ReadPicture(IMAGEOP_EXAMPLE_DATA "/horse.png"), kCell.x, kCell.y, Framing::Whole));
     Sheet sheet(2, 1, kCell, 0xFF808080);
-    const auto paint = [&](const Image& paper, const Image& ink, BlendMode mode) {
-        const Point<int, 2> corner = sheet.NextCell();
-        PaintAt(sheet.GetBlender(), paper, corner, 255, BlendMode::Normal);
-        PaintThrough(sheet.GetBlender(), ink, stencil, nullptr, corner, 255, mode);
+    const auto paint = [&](const Color& paper, const Color& ink, BlendMode mode) {
+        const auto [x, y] = sheet.NextCell();
+        const Range<int, 2> cell{x, y, x + kCell.x, y + kCell.y};
+        sheet.GetPainter().Fill(cell, paper);
+        sheet.GetPainter().Fill(cell, ink, {.mode = mode, .mask = stencil, .maskAt = {x, y}});
     };
-    paint(white, black, BlendMode::ColorBurn);
-    paint(black, white, BlendMode::ColorDodge);
+    constexpr Color kWhite(0xFFFFFFFF);
+    paint(kWhite, ARGB_BLACK, BlendMode::ColorBurn);
+    paint(ARGB_BLACK, kWhite, BlendMode::ColorDodge);
     return sheet.GetImage();
 }
 
@@ -81,8 +78,8 @@ Image DrawAlphas() {
     using Bytes = std::initializer_list<unsigned char>;
     for (const unsigned char alpha : Bytes{0, 51, 102, 153, 204, 255}) {
         const Point<int, 2> corner = sheet.NextCell();
-        PaintAt(sheet.GetBlender(), backdrop, corner, 255, BlendMode::Normal);
-        PaintAt(sheet.GetBlender(), source, corner, alpha, BlendMode::Normal);
+        sheet.GetPainter().Draw(backdrop, corner);
+        sheet.GetPainter().Draw(source, corner, {.alpha = alpha});
     }
     return sheet.GetImage();
 }

@@ -21,7 +21,7 @@ Image OnMat(const Image& picture) {
         for (int x = y / square % 2 * square; x + square <= width; x += 2 * square)
             ImageUtil::Clear(*mat, 0xFF909090, {x, y, x + square, y + square});
     }
-    PaintAt(*MakeBlender(mat), picture, {0, 0}, 255, BlendMode::Normal);
+    Painter(mat).Draw(picture, {0, 0});
     return mat;
 }
 
