@@ -7,10 +7,73 @@
 
 namespace pdf {
 
-void Calls::Add(const std::string& kind, unsigned long pixels, Clock::duration time) {
-    Sum& sum = sums_[kind];
+namespace {
+
+// Sizes in powers of four, told by the edge of a square.
+const char* SizeOf(unsigned long pixels) {
+    if (pixels <= 16UL * 16) return "to 16x16";
+    if (pixels <= 64UL * 64) return "to 64x64";
+    return pixels <= 256UL * 256 ? "to 256x256" : "larger";
+}
+
+unsigned long CountPixels(const Pixels& box) {
+    return IsEmpty(box) ? 0 : static_cast<unsigned long>(Width(box)) * static_cast<unsigned long>(Height(box));
+}
+
+const char* NameOf(const Call& call) {
+    switch (call.what) {
+        case Call::What::Fill: return "colour";
+        case Call::What::Draw: return "32-bit picture";
+        case Call::What::EndGroup: return "end a group";
+        case Call::What::BeginGroup: break;
+    }
+    if (call.group.isolated)
+        return call.group.knockout ? "begin an isolated knockout group" : "begin an isolated group";
+    return call.group.knockout ? "begin a knockout group" : "begin a group";
+}
+
+// What calls have in common that are counted together.
+std::string KindOf(const Call& call) {
+    return std::string(NameOf(call)) + ", " + vantu::kBlendModeNames[static_cast<unsigned int>(call.paint.mode)] +
+           (call.paint.alpha < 255 ? ", translucent" : "") + (call.paint.mask ? ", 8-bit mask" : "") + ", " +
+           SizeOf(CountPixels(call.box));
+}
+
+}  // namespace
+
+void Make(const Call& call, vantu::Painter& painter) {
+    const bool isCut = call.runs.has_value();
+    switch (call.what) {
+        case Call::What::Fill:
+            if (isCut)
+                painter.Fill(*call.runs, call.color, call.paint);
+            else
+                painter.Fill(call.box, call.color, call.paint);
+            break;
+        case Call::What::Draw:
+            if (isCut) painter.SetClip(*call.runs);
+            painter.Draw(call.picture, call.at, call.paint);
+            if (isCut) painter.ClearClip();  // in a group, to the group
+            break;
+        case Call::What::BeginGroup:
+            if (isCut) painter.SetClip(*call.runs);
+            painter.BeginGroup(call.box, call.group);
+            break;
+        case Call::What::EndGroup:
+            painter.EndGroup(call.paint);
+            if (isCut) painter.ClearClip();
+            break;
+    }
+}
+
+CallList* Calls::ListOf(const std::shared_ptr<vantu::IQorImage>& page, const Pixels& visible) {
+    return keeps_ ? &kept_.emplace_back(CallList{page, visible, {}}) : nullptr;
+}
+
+void Calls::Add(const Call& call, Clock::duration time) {
+    Sum& sum = sums_[KindOf(call)];
     ++sum.calls;
-    sum.pixels += pixels;
+    sum.pixels += CountPixels(call.box);
     sum.time += time;
 }
 

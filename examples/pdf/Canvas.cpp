@@ -14,17 +14,13 @@ constexpr double kMost = 255;
 // What is clear in a mask is no part of an element of a knockout group; what is so nearly clear is.
 constexpr unsigned char kBarelyOpaque = 2;
 
-// Sizes in powers of four, told by the edge of a square.
-const char* SizeOf(unsigned long pixels) {
-    if (pixels <= 16UL * 16) return "to 16x16";
-    if (pixels <= 64UL * 64) return "to 64x64";
-    return pixels <= 256UL * 256 ? "to 256x256" : "larger";
-}
-
 }  // namespace
 
 Canvas::Canvas(const Image& page, const Pixels& visible, Calls* calls)
-    : painter_(page), groups_{{{visible, nullptr}, false}}, calls_(calls) {
+    : painter_(page),
+      groups_{{{visible, nullptr}, false}},
+      calls_(calls),
+      kept_(calls != nullptr ? calls->ListOf(page, visible) : nullptr) {
     painter_.SetClip({visible});
 }
 
@@ -46,62 +42,49 @@ Paint Canvas::PaintOf(const Mask& shape, const Placing& placing) const {
     return paint;
 }
 
-template <typename Call>
-void Canvas::Count(const char* what, const Mask& shape, const Placing& placing, Call call) {
-    if (calls_ == nullptr) {
-        call();
-        return;
-    }
+// Where it cannot be seen a call need not paint.
+void Canvas::Make(Call call) {
+    call.box = Intersect(call.box, Visible());
     const auto start = Calls::Clock::now();
-    call();
+    pdf::Make(call, painter_);
     const auto time = Calls::Clock::now() - start;
-    const Pixels seen = Intersect(shape.box, Visible());
-    const unsigned long pixels =
-        IsEmpty(seen) ? 0 : static_cast<unsigned long>(Width(seen)) * static_cast<unsigned long>(Height(seen));
-    calls_->Add(std::string(what) + ", " + vantu::kBlendModeNames[static_cast<unsigned int>(placing.mode)] +
-                    (placing.alpha < 1 ? ", translucent" : "") +
-                    (shape.image || placing.softMask ? ", 8-bit mask" : "") + ", " + SizeOf(pixels),
-                pixels, time);
+    if (calls_ != nullptr) calls_->Add(call, time);
+    if (kept_ != nullptr) kept_->calls.push_back(std::move(call));
 }
 
 void Canvas::Fill(const vantu::Color& color, const Mask& shape, const Placing& placing) {
-    const Paint paint = PaintOf(shape, placing);
-    Count("colour", shape, placing, [&] {
-        if (IsKnockout() && shape.image)
-            painter_.Fill(RunsOf(shape), color, paint);
-        else
-            painter_.Fill(shape.box, color, paint);
-    });
+    Call call{Call::What::Fill, shape.box};
+    if (IsKnockout() && shape.image) call.runs = RunsOf(shape);
+    call.paint = PaintOf(shape, placing);
+    call.color = color;
+    Make(std::move(call));
 }
 
 void Canvas::Draw(const Image& picture, const vantu::Point<int, 2>& at, const Mask& shape, const Placing& placing) {
     if (!picture || IsEmpty(shape.box)) return;
-    const Paint paint = PaintOf(shape, placing);
-    Count("32-bit picture", shape, placing, [&] {
-        if (IsKnockout()) painter_.SetClip(RunsOf(shape));
-        painter_.Draw(picture, at, paint);
-        if (IsKnockout()) painter_.ClearClip();  // in a group, to the group
-    });
+    Call call{Call::What::Draw, shape.box};
+    if (IsKnockout()) call.runs = RunsOf(shape);
+    call.paint = PaintOf(shape, placing);
+    call.picture = picture;
+    call.at = at;
+    Make(std::move(call));
 }
 
 void Canvas::BeginGroup(const Mask& shape, const vantu::GroupKind& kind) {
-    Count(kind.isolated   ? kind.knockout ? "begin an isolated knockout group" : "begin an isolated group"
-          : kind.knockout ? "begin a knockout group"
-                          : "begin a group",
-          shape, {}, [&] {
-              if (IsKnockout()) painter_.SetClip(RunsOf(shape));
-              painter_.BeginGroup(shape.box, kind);
-          });
+    Call call{Call::What::BeginGroup, shape.box};
+    if (IsKnockout()) call.runs = RunsOf(shape);
+    call.group = kind;
+    Make(std::move(call));
     groups_.push_back({shape, IsKnockout() || kind.knockout});
 }
 
 void Canvas::EndGroup(const Placing& placing) {
     const Mask shape = groups_.back().shape;
     groups_.pop_back();
-    Count("end a group", shape, placing, [&] {
-        painter_.EndGroup(PaintOf(shape, placing));
-        if (IsKnockout()) painter_.ClearClip();
-    });
+    Call call{Call::What::EndGroup, shape.box};
+    if (IsKnockout()) call.runs.emplace();  // those of its beginning
+    call.paint = PaintOf(shape, placing);
+    Make(std::move(call));
 }
 
 }  // namespace pdf

@@ -25,7 +25,7 @@ class Canvas {
 public:
     using Image = std::shared_ptr<vantu::IQorImage>;
 
-    // @param page painted on in the rows of `visible` alone. @param calls counts, or null.
+    // @param page painted on in the rows of `visible` alone. @param calls counts, and keeps if it is to, or null.
     Canvas(const Image& page, const Pixels& visible, Calls* calls);
 
     // The pixels that can be painted on at the moment: those of the innermost group.
@@ -52,12 +52,12 @@ private:
 
     // The paint of an element or group of a shape, as far as it is not told by runs of pixels.
     vantu::Paint PaintOf(const Mask& shape, const Placing& placing) const;
-    template <typename Call>
-    void Count(const char* what, const Mask& shape, const Placing& placing, Call call);
+    void Make(Call call);
 
     vantu::Painter painter_;
     std::vector<Group> groups_;  // the page first
     Calls* calls_;
+    CallList* kept_;  // null unless calls are kept
 };
 
 }  // namespace pdf

@@ -25,6 +25,7 @@ public:
     [[nodiscard]] const Document& GetDocument() const { return document_; }
     [[nodiscard]] const Notes& GetNotes() const { return notes_; }
     [[nodiscard]] const Calls& GetCalls() const { return calls_; }
+    void KeepCalls() { calls_.Keep(); }
 
     // Paints the content and the annotations of a page in some rows of its picture. A pixel comes out the same
     // whatever the rows are.
