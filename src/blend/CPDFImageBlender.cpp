@@ -8,12 +8,26 @@
 #include <utility>
 
 #include "blend/CheckedRanges.h"
+#include "blend/Coverage.h"
 #include "blend/GroupResolve.h"
 
 namespace vantu {
 
 using PDFBlend::BlendingTraits;
 using PDFBlend::GroupBlendingTraits;
+
+namespace {
+
+/// Paints with the kernel of the images' formats and the mode. @return false if there is none, or if it refuses.
+template <typename Traits>
+bool BlendOnImage(IQorImage& destination, IQorImage& source, BlendRequest<Traits>& request, BlendMode mode) {
+    const BlendKey key = MakeBlendKey(destination.GetPixelFormat(), source.GetPixelFormat(), mode);
+    const auto* const kernel = CPDFImageBlender::FindPixelBlend<Traits>(key);
+    return kernel != nullptr && MayPaint(request, &destination, source) &&
+           kernel->Blend(&destination, &source, &request);
+}
+
+}  // namespace
 
 std::shared_ptr<IPDFImageBlender> IPDFImageBlender::Create(std::shared_ptr<IRasterizer>& rasterizer,
                                                            const std::shared_ptr<IQorImage>& image) {
@@ -24,11 +38,7 @@ std::shared_ptr<IPDFImageBlender> IPDFImageBlender::Create(std::shared_ptr<IRast
 CPDFImageBlender::CPDFImageBlender(std::shared_ptr<IRasterizer> rasterizer, std::shared_ptr<IQorImage> image)
     : image_(std::move(image)),
       rasterizer_(std::move(rasterizer)),
-      surface_(image_ ? nullptr : rasterizer_->GetRasterSurface()),
-      groupRasterizerBlends_(MakeRasterizerBlends<GroupBlendingTraits>()),
-      rasterizerBlends_(MakeRasterizerBlends<BlendingTraits>()),
-      groupPixelBlends_(MakePixelBlends<GroupBlendingTraits>()),
-      pixelBlends_(MakePixelBlends<BlendingTraits>()) {
+      surface_(image_ ? nullptr : rasterizer_->GetRasterSurface()) {
     groupStack_.reserve(3);
 }
 
@@ -45,7 +55,7 @@ bool CPDFImageBlender::Blend(const std::shared_ptr<IQorImage>& source, const std
     if (!blended) blended = CreateCoverage();
 
     // What may lack memory comes before the first pixel, so that an exception finds nothing half recorded.
-    std::shared_ptr<Coverage> painted(coverage->Clone());
+    std::shared_ptr<Coverage> painted = CopyOf(*coverage);
     const BlendRequestBase common{coverage.get(), &offset, &mask, &maskTransfer, &maskOffset, &alpha};
     if (!inGroup) {
         BlendRequest<BlendingTraits> request{common, blended.get()};
@@ -60,34 +70,20 @@ bool CPDFImageBlender::Blend(const std::shared_ptr<IQorImage>& source, const std
     if (!backdrop) return false;
     BlendRequest<GroupBlendingTraits> request{common, backdrop.get(), &top.groupAlpha,
                                               &width, &top.knockout,  blended.get()};
-    std::shared_ptr<Coverage> total =
-        top.coverage ? std::shared_ptr<Coverage>(top.coverage->Clone()) : CreateCoverage();
+    std::shared_ptr<Coverage> total = top.coverage ? CopyOf(*top.coverage) : CreateCoverage();
     total->AddCoverage(*painted);
-    if (!BlendInGroup(top, *source, request, mode)) return false;
+    if (!BlendOnImage(*top.image, *source, request, mode)) return false;
     blended = std::move(painted);
     top.coverage = std::move(total);
     return true;
 }
 
 bool CPDFImageBlender::BlendOnDestination(IQorImage& source, BlendRequest<BlendingTraits>& request, BlendMode mode) {
-    if (surface_) {
-        const std::unique_ptr<DynamicAccessor> colors = MakeConstAccessor(source);
-        const auto index = static_cast<std::size_t>(mode);
-        if (!colors || index >= rasterizerBlends_.size()) return false;
-        return MayPaint(request, nullptr, source) &&
-               rasterizerBlends_[index]->Blend(surface_.get(), colors.get(), &request);
-    }
-    const auto kernel = pixelBlends_.find(MakeBlendKey(image_->GetPixelFormat(), source.GetPixelFormat(), mode));
-    return kernel != pixelBlends_.end() && MayPaint(request, image_.get(), source) &&
-           kernel->second->Blend(image_.get(), &source, &request);
-}
-
-bool CPDFImageBlender::BlendInGroup(GroupState& top, IQorImage& source, BlendRequest<GroupBlendingTraits>& request,
-                                    BlendMode mode) {
-    const auto kernel =
-        groupPixelBlends_.find(MakeBlendKey(top.image->GetPixelFormat(), source.GetPixelFormat(), mode));
-    return kernel != groupPixelBlends_.end() && MayPaint(request, top.image.get(), source) &&
-           kernel->second->Blend(top.image.get(), &source, &request);
+    if (image_) return BlendOnImage(*image_, source, request, mode);
+    const std::unique_ptr<DynamicAccessor> colors = MakeConstAccessor(source);
+    const auto* const kernel = FindRasterizerBlend<BlendingTraits>(mode);
+    return colors && kernel != nullptr && MayPaint(request, nullptr, source) &&
+           kernel->Blend(surface_.get(), colors.get(), &request);
 }
 
 bool CPDFImageBlender::BeginGroup(const std::shared_ptr<IQorImage>& image, const std::shared_ptr<void>& heldObject,

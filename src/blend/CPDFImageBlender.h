@@ -3,12 +3,12 @@
 #include <vantu/IPDFImageBlender.h>
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <vector>
 
 #include "blend/GroupState.h"
 #include "blend/definition/BlendRequest.h"
+#include "pixel/DynamicAccessor.h"
 
 namespace vantu {
 
@@ -20,7 +20,7 @@ constexpr BlendKey MakeBlendKey(PixelFormat destination, PixelFormat source, Ble
     return (static_cast<BlendKey>(destination) << 8 | static_cast<BlendKey>(source)) << 8 | static_cast<BlendKey>(mode);
 }
 
-/// The blender: its kernels, its destination and its stack of open groups.
+/// The blender: its destination and its stack of open groups.
 class CPDFImageBlender : public IPDFImageBlender {
 public:
     class CCoverage;
@@ -29,14 +29,14 @@ public:
     template <typename Traits>
     struct PixelBlendBase {
         virtual ~PixelBlendBase() = default;
-        virtual bool Blend(IQorImage* destination, IQorImage* source, BlendRequest<Traits>* request) = 0;
+        virtual bool Blend(IQorImage* destination, IQorImage* source, BlendRequest<Traits>* request) const = 0;
     };
 
     /// A kernel that paints on a surface. Stateless.
     template <typename Traits>
     struct RasterizerBlendBase {
         virtual ~RasterizerBlendBase() = default;
-        virtual bool Blend(RasterSurface* surface, DynamicAccessor* source, BlendRequest<Traits>* request) = 0;
+        virtual bool Blend(RasterSurface* surface, DynamicAccessor* source, BlendRequest<Traits>* request) const = 0;
     };
 
     template <PixelFormat Dst, PixelFormat Src, BlendMode Mode, typename Traits>
@@ -57,32 +57,21 @@ public:
                     bool keepBackdrop, bool plainResolve) override;
     bool EndGroup() override;
 
+    /// The kernel of a key; null unless its destination is of format 1 to 9, its source of 5 to 8, and its mode is one.
     template <typename Traits>
-    using PixelBlends = std::map<BlendKey, std::unique_ptr<PixelBlendBase<Traits>>>;
+    static const PixelBlendBase<Traits>* FindPixelBlend(BlendKey key);
+    /// The kernel of a mode; null if the mode is none.
     template <typename Traits>
-    using RasterizerBlends = std::vector<std::unique_ptr<RasterizerBlendBase<Traits>>>;
+    static const RasterizerBlendBase<Traits>* FindRasterizerBlend(BlendMode mode);
 
 private:
-    /// One new kernel for each destination format 1 to 9, source format 5 to 8 and mode: 432 entries.
-    template <typename Traits>
-    static PixelBlends<Traits> MakePixelBlends();
-    /// One new kernel for each mode.
-    template <typename Traits>
-    static RasterizerBlends<Traits> MakeRasterizerBlends();
-
     bool BlendOnDestination(IQorImage& source, BlendRequest<PDFBlend::BlendingTraits>& request, BlendMode mode);
-    bool BlendInGroup(GroupState& top, IQorImage& source, BlendRequest<PDFBlend::GroupBlendingTraits>& request,
-                      BlendMode mode);
 
-    // Destruction runs backwards: kernels, surface, rasterizer, image, then the groups that are still open.
+    // Destruction runs backwards: surface, rasterizer, image, then the groups that are still open.
     std::vector<GroupState> groupStack_;  ///< the last is the top
     std::shared_ptr<IQorImage> image_;
     std::shared_ptr<IRasterizer> rasterizer_;
-    std::shared_ptr<RasterSurface> surface_;                                 ///< only without an image
-    RasterizerBlends<PDFBlend::GroupBlendingTraits> groupRasterizerBlends_;  ///< by mode; never selected
-    RasterizerBlends<PDFBlend::BlendingTraits> rasterizerBlends_;            ///< by mode
-    PixelBlends<PDFBlend::GroupBlendingTraits> groupPixelBlends_;
-    PixelBlends<PDFBlend::BlendingTraits> pixelBlends_;
+    std::shared_ptr<RasterSurface> surface_;  ///< only without an image
 };
 
 }  // namespace vantu

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <typeinfo>
 
 namespace vantu {
 namespace {
@@ -52,6 +53,12 @@ const std::vector<Range<int, 2>>& CPDFImageBlender::CCoverage::GetRanges() const
 
 std::shared_ptr<IPDFImageBlender::Coverage> IPDFImageBlender::CreateCoverage() {
     return std::make_shared<CPDFImageBlender::CCoverage>();
+}
+
+std::shared_ptr<IPDFImageBlender::Coverage> CopyOf(const IPDFImageBlender::Coverage& coverage) {
+    using Own = CPDFImageBlender::CCoverage;
+    if (typeid(coverage) == typeid(Own)) return std::make_shared<Own>(static_cast<const Own&>(coverage));
+    return std::shared_ptr<IPDFImageBlender::Coverage>(coverage.Clone());
 }
 
 }  // namespace vantu

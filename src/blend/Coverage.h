@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "blend/CPDFImageBlender.h"
@@ -7,7 +8,7 @@
 namespace vantu {
 
 /// The list of ranges behind `IPDFImageBlender::CreateCoverage`.
-class CPDFImageBlender::CCoverage : public IPDFImageBlender::Coverage {
+class CPDFImageBlender::CCoverage final : public IPDFImageBlender::Coverage {
 public:
     [[nodiscard]] Coverage* Clone() const override;
     void AddCoverage(const Coverage& other) override;
@@ -17,5 +18,8 @@ public:
 private:
     std::vector<Range<int, 2>> ranges_;
 };
+
+/// A copy of a coverage. A host's class makes its own.
+std::shared_ptr<IPDFImageBlender::Coverage> CopyOf(const IPDFImageBlender::Coverage& coverage);
 
 }  // namespace vantu

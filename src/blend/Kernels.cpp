@@ -1,7 +1,5 @@
-#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <memory>
 #include <utility>
 
 #include "blend/CPDFImageBlender.h"
@@ -18,7 +16,7 @@ using PDFBlend::GroupBlendingTraits;
 /// Paints a source of format `Src` on an image of format `Dst`: an instance is nothing but its type.
 template <PixelFormat Dst, PixelFormat Src, BlendMode Mode, typename Traits>
 struct CPDFImageBlender::PixelBlend final : PixelBlendBase<Traits> {
-    bool Blend(IQorImage* destination, IQorImage* source, BlendRequest<Traits>* request) override {
+    bool Blend(IQorImage* destination, IQorImage* source, BlendRequest<Traits>* request) const override {
         // One instance leaves the bytes of a pixel whose result alpha is 0; all others store zeros there.
         constexpr bool keepClear = Dst == PixelFormat::Bgra32Premultiplied && Src == PixelFormat::Bgra32Inverted &&
                                    Mode == BlendMode::Multiply && !Traits::kGroup;
@@ -30,7 +28,7 @@ struct CPDFImageBlender::PixelBlend final : PixelBlendBase<Traits> {
 /// Paints a source of any format on a host's surface.
 template <BlendMode Mode, typename Traits>
 struct CPDFImageBlender::RasterizerBlend final : RasterizerBlendBase<Traits> {
-    bool Blend(RasterSurface* surface, DynamicAccessor* source, BlendRequest<Traits>* request) override {
+    bool Blend(RasterSurface* surface, DynamicAccessor* source, BlendRequest<Traits>* request) const override {
         PaintSurface(Mode, *surface, *source, *request);
         return true;
     }
@@ -38,70 +36,56 @@ struct CPDFImageBlender::RasterizerBlend final : RasterizerBlendBase<Traits> {
 
 namespace {
 
-/// The formats of images that can be painted onto images.
-constexpr auto kSourceFormats = [] {
-    constexpr auto isSource = [](const FormatFacts& facts) { return facts.source; };
-    std::array<PixelFormat, std::count_if(kFormatFacts.begin(), kFormatFacts.end(), isSource)> formats{};
-    std::size_t count = 0;
-    for (const FormatFacts& facts : kFormatFacts) {
-        if (isSource(facts)) formats[count++] = facts.format;
-    }
-    return formats;
-}();
+// The kernels have no state: all blenders use the same objects.
 
-template <typename Traits>
-struct PixelBlendEntry {
-    BlendKey key;
-    std::unique_ptr<CPDFImageBlender::PixelBlendBase<Traits>> (*make)();
-};
+template <BlendMode Mode, typename Traits>
+constexpr CPDFImageBlender::RasterizerBlend<Mode, Traits> kRasterizerBlend;
+template <PixelFormat Dst, PixelFormat Src, BlendMode Mode, typename Traits>
+constexpr CPDFImageBlender::PixelBlend<Dst, Src, Mode, Traits> kPixelBlend;
 
-/// The makers of all kernels of a traits, by ascending key.
+/// The kernels on surfaces, by mode.
 template <typename Traits>
-constexpr auto PixelBlendEntries() {
-    constexpr auto pair = []<std::size_t I>() {
-        return MakeModeTable([]<BlendMode Mode>() {
-            constexpr PixelFormat dst = kPixelFormats[I / kSourceFormats.size()];
-            constexpr PixelFormat src = kSourceFormats[I % kSourceFormats.size()];
-            return PixelBlendEntry<Traits>{
-                MakeBlendKey(dst, src, Mode), []() -> std::unique_ptr<CPDFImageBlender::PixelBlendBase<Traits>> {
-                    return std::make_unique<CPDFImageBlender::PixelBlend<dst, src, Mode, Traits>>();
-                }};
-        });
-    };
-    return [&]<std::size_t... I>(std::index_sequence<I...>) {
-        return std::array{pair.template operator()<I>()...};
-    }
-    (std::make_index_sequence<kPixelFormats.size() * kSourceFormats.size()>());
+constexpr auto kRasterizerBlends =
+    MakeModeTable([]<BlendMode Mode>() -> const CPDFImageBlender::RasterizerBlendBase<Traits>* {
+        return &kRasterizerBlend<Mode, Traits>;
+    });
+
+/// The kernels of a pair of formats, by mode; null for a source that is not painted onto images.
+template <PixelFormat Dst, PixelFormat Src, typename Traits>
+constexpr auto kPixelBlendsOfPair =
+    MakeModeTable([]<BlendMode Mode>() -> const CPDFImageBlender::PixelBlendBase<Traits>* {
+        if constexpr (FactsOf(Src).source) return &kPixelBlend<Dst, Src, Mode, Traits>;
+        return nullptr;
+    });
+
+/// The kernels on images, by destination format, source format and mode.
+template <typename Traits>
+constexpr auto kPixelBlends = []<std::size_t... I>(std::index_sequence<I...>) {
+    constexpr std::size_t n = kPixelFormats.size();
+    return std::array{kPixelBlendsOfPair<kPixelFormats[I / n], kPixelFormats[I % n], Traits>...};
 }
+(std::make_index_sequence<kPixelFormats.size() * kPixelFormats.size()>());
 
 }  // namespace
 
 template <typename Traits>
-CPDFImageBlender::PixelBlends<Traits> CPDFImageBlender::MakePixelBlends() {
-    static constexpr auto entries = PixelBlendEntries<Traits>();
-    PixelBlends<Traits> blends;
-    for (const auto& pair : entries) {
-        for (const auto& entry : pair) blends.emplace_hint(blends.end(), entry.key, entry.make());
-    }
-    return blends;
+const CPDFImageBlender::PixelBlendBase<Traits>* CPDFImageBlender::FindPixelBlend(BlendKey key) {
+    constexpr std::size_t n = kPixelFormats.size();
+    const std::size_t destination = (key >> 16) - 1, source = (key >> 8 & 0xFF) - 1, mode = key & 0xFF;
+    const bool known = destination < n && source < n && mode < kBlendModeCount;
+    return known ? kPixelBlends<Traits>[destination * n + source][mode] : nullptr;
 }
 
 template <typename Traits>
-CPDFImageBlender::RasterizerBlends<Traits> CPDFImageBlender::MakeRasterizerBlends() {
-    constexpr auto makers = MakeModeTable([]<BlendMode Mode>() {
-        return +[]() -> std::unique_ptr<RasterizerBlendBase<Traits>> {
-            return std::make_unique<RasterizerBlend<Mode, Traits>>();
-        };
-    });
-    RasterizerBlends<Traits> blends;
-    blends.reserve(makers.size());
-    for (const auto make : makers) blends.push_back(make());
-    return blends;
+const CPDFImageBlender::RasterizerBlendBase<Traits>* CPDFImageBlender::FindRasterizerBlend(BlendMode mode) {
+    const auto index = static_cast<std::size_t>(mode);
+    return index < kBlendModeCount ? kRasterizerBlends<Traits>[index] : nullptr;
 }
 
-template CPDFImageBlender::PixelBlends<BlendingTraits> CPDFImageBlender::MakePixelBlends();
-template CPDFImageBlender::PixelBlends<GroupBlendingTraits> CPDFImageBlender::MakePixelBlends();
-template CPDFImageBlender::RasterizerBlends<BlendingTraits> CPDFImageBlender::MakeRasterizerBlends();
-template CPDFImageBlender::RasterizerBlends<GroupBlendingTraits> CPDFImageBlender::MakeRasterizerBlends();
+template const CPDFImageBlender::PixelBlendBase<BlendingTraits>* CPDFImageBlender::FindPixelBlend(BlendKey);
+template const CPDFImageBlender::PixelBlendBase<GroupBlendingTraits>* CPDFImageBlender::FindPixelBlend(BlendKey);
+template const CPDFImageBlender::RasterizerBlendBase<BlendingTraits>* CPDFImageBlender::FindRasterizerBlend(BlendMode);
+template const CPDFImageBlender::RasterizerBlendBase<GroupBlendingTraits>* CPDFImageBlender::FindRasterizerBlend(
+    BlendMode);
 
 }  // namespace vantu
