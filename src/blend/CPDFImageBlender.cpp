@@ -66,10 +66,8 @@ bool CPDFImageBlender::Blend(const std::shared_ptr<IQorImage>& source, const std
 
     GroupState& top = groupStack_.back();
     const unsigned int width = top.image->GetWidth();
-    const std::unique_ptr<DynamicAccessor> backdrop = MakeAccessor(*top.backdrop);
-    if (!backdrop) return false;
-    BlendRequest<GroupBlendingTraits> request{common, backdrop.get(), &top.groupAlpha,
-                                              &width, &top.knockout,  blended.get()};
+    BlendRequest<GroupBlendingTraits> request{common, top.backdrop.get(), &top.groupAlpha,
+                                              &width, &top.knockout,      blended.get()};
     std::shared_ptr<Coverage> total = top.coverage ? CopyOf(*top.coverage) : CreateCoverage();
     total->AddCoverage(*painted);
     if (!BlendOnImage(*top.image, *source, request, mode)) return false;

@@ -23,6 +23,11 @@ struct PixelRows {
     [[nodiscard]] PixelRows Reversed() const { return {Row(count - 1), -step, count}; }
     /// Rows in the order of memory, brought into the order of the picture: the top one first.
     [[nodiscard]] PixelRows FromTop(bool bottomUp) const { return bottomUp ? Reversed() : *this; }
+    /// Rows in either order, brought into the order of memory.
+    [[nodiscard]] PixelRows InMemoryOrder() const { return FromTop(step < 0); }
+
+    /// The same rows, read-only.
+    operator PixelRows<const Byte>() const requires(!std::is_const_v<Byte>) { return {first, step, count}; }
 
     Byte* first;        ///< null for an image without memory
     std::int64_t step;  ///< bytes from one row to the next

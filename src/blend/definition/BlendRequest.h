@@ -6,8 +6,6 @@
 #include <memory>
 #include <vector>
 
-#include "pixel/DynamicAccessor.h"
-
 namespace vantu {
 
 namespace PDFBlend {
@@ -44,7 +42,7 @@ struct BlendRequest<PDFBlend::BlendingTraits> : BlendRequestBase {
 
 template <>
 struct BlendRequest<PDFBlend::GroupBlendingTraits> : BlendRequestBase {
-    const DynamicAccessor* backdrop;        ///< the snapshot that `BeginGroup` took
+    IQorImage* backdrop;                    ///< the snapshot that `BeginGroup` took
     std::vector<unsigned int>* groupAlpha;  ///< entry of pixel (x, y) is number width * y + x
     const unsigned int* width;              ///< of the group image
     const bool* knockout;

@@ -41,7 +41,7 @@ struct GroupStep {
     static bool Apply(const PixelLoopContext<Traits>& context, LoopKind kind, unsigned int x, unsigned int y,
                       LoopColors& colors, std::uint32_t as) {
         const BlendRequest<Traits>& request = context.request;
-        request.backdrop->GetColor(*request.backdrop, x, y, colors.snapshot);
+        context.snapshot->GetColor(*context.snapshot, x, y, colors.snapshot);
         std::uint32_t& g = (*request.groupAlpha)[std::size_t{*request.width} * y + x];
         return StepInGroup<Mode, Knockout>(colors.source, colors.target, colors.snapshot, g, as,
                                            kind == LoopKind::Stencil);

@@ -4,6 +4,7 @@
 
 #include "blend/definition/BlendRequest.h"
 #include "blend/definition/RangeWalk.h"
+#include "pixel/DynamicAccessor.h"
 
 // The pixel loops, one pixel at a time in the defined order: rows without a mask, columns with one. They paint
 // surfaces, and images wherever the order of the pixels can be seen or an opacity leaves 8 bits.
@@ -42,6 +43,7 @@ template <typename Traits>
 struct PixelLoopContext {
     PixelTarget target;
     const DynamicAccessor& source;
+    const DynamicAccessor* snapshot;  ///< in groups
     const BlendRequest<Traits>& request;
     bool keepClear;  ///< outside groups, `rect` leaves a pixel whose result alpha is 0 as it is
 };

@@ -1,16 +1,12 @@
 #include "blend/painting/ImageMemory.h"
 
-#include <cstdint>
 #include <functional>
-
-#include "pixel/Accessor.h"
-#include "pixel/Formats.h"
 
 namespace vantu {
 
-bool Overlap(const IQorImage& a, const IQorImage& b) {
+bool Overlap(const PixelRows<const unsigned char>& a, const PixelRows<const unsigned char>& b) {
     const std::less<const unsigned char*> before;
-    const auto ra = RowsInMemory(a), rb = RowsInMemory(b);
+    const auto ra = a.InMemoryOrder(), rb = b.InMemoryOrder();
     return ra.first != nullptr && rb.first != nullptr && before(ra.first, rb.Row(rb.count)) &&
            before(rb.first, ra.Row(ra.count));
 }
@@ -24,15 +20,11 @@ bool InsideMemory(const IQorImage& image, PixelFormat format, int x, int y, cons
                static_cast<std::int64_t>(RowsInMemory(image).Size());
 }
 
-std::optional<PixelRows<const unsigned char>> DirectRows(const DynamicAccessor& record, PixelFormat format,
-                                                         const PixelRows<unsigned char>& like) {
-    const unsigned char* const pixels =
-        DispatchFormat<const unsigned char*>(format, nullptr, [&]<PixelFormat F>() -> const unsigned char* {
-            const auto* const view = dynamic_cast<const Accessor<F>*>(record.accessor.get());
-            return view != nullptr && view->rowStep == like.step ? view->pixels : nullptr;
-        });
-    if (pixels == nullptr) return std::nullopt;
-    return PixelRows<const unsigned char>{pixels, like.step, like.count};
+std::optional<PixelRows<const unsigned char>> SnapshotRows(const IQorImage& snapshot, PixelFormat format,
+                                                           std::int64_t step) {
+    if (snapshot.GetPixelFormat() != format || snapshot.GetPalette() != nullptr) return std::nullopt;
+    const auto rows = RowsFromTop(snapshot, format);
+    return rows.step == step ? std::optional(rows) : std::nullopt;
 }
 
 }  // namespace vantu

@@ -24,17 +24,18 @@ MaskKind KindOfMask(const BlendRequestBase& request) {
 template <typename Traits>
 class ImageLoops {
 public:
-    ImageLoops(const PaintKernel& kernel, IQorImage& destination, const IQorImage& source,
-               const BlendRequest<Traits>& request)
+    /// @param target the destination's rows from the top.
+    ImageLoops(const PaintKernel& kernel, IQorImage& destination, const PixelRows<unsigned char>& target,
+               const IQorImage& source, const BlendRequest<Traits>& request)
         : kernel_(kernel),
           request_(request),
           destination_(destination),
           source_(source),
-          painter_(kernel, destination, source, request),
+          painter_(kernel, target, RowsFromTop(source, kernel.source), request),
           foreign_(kernel.destination != destination.GetPixelFormat() || kernel.source != source.GetPixelFormat()) {
         const IQorImage* const mask = request.mask->get();
-        inOrder_ = foreign_ || (Traits::kGroup && !painter_.HasSnapshot()) || Overlap(destination, source) ||
-                   (mask != nullptr && Overlap(destination, *mask));
+        inOrder_ = foreign_ || (Traits::kGroup && !painter_.HasSnapshot()) || Overlap(target, painter_.Source()) ||
+                   (mask != nullptr && Overlap(target, RowsInMemory(*mask)));
     }
 
     void Rect(const PaintArea& area) {
@@ -97,7 +98,7 @@ private:
         if (!Reachable(area)) return;
         const SpanPlan plan = PlanSpans(
             area, mask,
-            {kernel_, painter_.TargetStep(), painter_.SourceStep(), *request_.alpha, Traits::kGroup, inOrder_});
+            {kernel_, painter_.Target().step, painter_.Source().step, *request_.alpha, Traits::kGroup, inOrder_});
         switch (plan.way) {
             case SpanPlan::Way::Nothing: return;
             case SpanPlan::Way::InOrder: return inOrder(area, 0, 0);
@@ -126,8 +127,11 @@ private:
     PixelLoopContext<Traits> PixelContext() {
         if (!targetColors_) targetColors_ = MakeDirectAccessor(destination_, kernel_.destination);
         if (!sourceColors_) sourceColors_ = MakeConstDirectAccessor(source_, kernel_.source);
-        if (!targetColors_ || !sourceColors_) throw std::bad_alloc();
-        return {PixelTarget(*targetColors_), *sourceColors_, request_, kernel_.keepClear};
+        if constexpr (Traits::kGroup) {
+            if (!snapshotColors_) snapshotColors_ = MakeAccessor(*request_.backdrop);
+        }
+        if (!targetColors_ || !sourceColors_ || (Traits::kGroup && !snapshotColors_)) throw std::bad_alloc();
+        return {PixelTarget(*targetColors_), *sourceColors_, snapshotColors_.get(), request_, kernel_.keepClear};
     }
 
     const PaintKernel& kernel_;
@@ -139,6 +143,7 @@ private:
     bool inOrder_;  ///< the order of the pixels can be seen, or the formats are foreign
     std::unique_ptr<DynamicAccessor> targetColors_;
     std::unique_ptr<DynamicAccessor> sourceColors_;
+    std::unique_ptr<DynamicAccessor> snapshotColors_;  ///< in groups
 };
 
 }  // namespace
@@ -147,8 +152,9 @@ template <typename Traits>
 bool PaintImage(const PaintKernel& kernel, IQorImage& destination, const IQorImage& source,
                 const BlendRequest<Traits>& request) {
     if (request.coverage->GetRanges().empty()) return true;
-    if (destination.GetPixelData() == nullptr) return false;
-    ImageLoops<Traits> loops(kernel, destination, source, request);
+    const auto target = RowsInMemory(destination, kernel.destination);
+    if (target.first == nullptr) return false;
+    ImageLoops<Traits> loops(kernel, destination, target.FromTop(destination.IsBottomUp()), source, request);
     WalkRanges(request, loops);
     return true;
 }

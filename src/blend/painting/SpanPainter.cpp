@@ -34,19 +34,17 @@ std::uint32_t* GroupAlphaAt(const BlendRequest<PDFBlend::GroupBlendingTraits>& r
 }  // namespace
 
 template <typename Traits>
-SpanPainter<Traits>::SpanPainter(const PaintKernel& kernel, IQorImage& destination, const IQorImage& source,
-                                 const BlendRequest<Traits>& request)
-    : kernel_(kernel),
-      request_(request),
-      targetRows_(RowsFromTop(destination, kernel.destination)),
-      sourceRows_(RowsFromTop(source, kernel.source)),
-      sourceCodec_(ActiveSpanCodecs().Of(kernel.source)),
-      targetCodec_(HasColors(kernel.destination) ? &ActiveSpanCodecs().Of(kernel.destination) : nullptr),
-      colors_(targetCodec_ != nullptr ? targetCodec_->colors : PackedColors::Straight) {
+SpanPainter<Traits>::SpanPainter(const PaintKernel& kernel, const PixelRows<unsigned char>& target,
+                                 const PixelRows<const unsigned char>& source, const BlendRequest<Traits>& request)
+    : kernel_(kernel), request_(request), targetRows_(target), sourceRows_(source) {
+    const SpanCodecs& codecs = ActiveSpanCodecs();
+    sourceCodec_ = &codecs.Of(kernel.source);
+    if (kernel.hasColors) targetCodec_ = &codecs.Of(kernel.destination);
+    if (targetCodec_ != nullptr) colors_ = targetCodec_->colors;
     CompositeForm composite = CompositeForm::Plain;
     if constexpr (Traits::kGroup) {
         composite = *request.knockout ? CompositeForm::Knockout : CompositeForm::Group;
-        snapshotRows_ = DirectRows(*request.backdrop, kernel.destination, targetRows_);
+        snapshotRows_ = SnapshotRows(*request.backdrop, kernel.destination, target.step);
     }
     stage_ = ActiveStages().Of(kernel.mode, composite, colors_);
 }
@@ -59,7 +57,7 @@ void SpanPainter<Traits>::Start(const PaintArea& area, Span<Traits>& span) const
     composite.opacity = nullptr;
     composite.select = nullptr;
     composite.source =
-        Pack(sourceCodec_, At(sourceRows_, sourceCodec_, area.sourceX, area.sourceY, area), area.width, span.source);
+        Pack(*sourceCodec_, At(sourceRows_, *sourceCodec_, area.sourceX, area.sourceY, area), area.width, span.source);
 }
 
 template <typename Traits>
@@ -79,8 +77,8 @@ bool SpanPainter<Traits>::Paint(const PaintArea& area, Verdict verdict, Span<Tra
 template <typename Traits>
 void SpanPainter<Traits>::CopyRows(const PaintArea& area) const {
     const auto target = At(targetRows_, *targetCodec_, area.targetX, area.targetY, area);
-    const auto source = At(sourceRows_, sourceCodec_, area.sourceX, area.sourceY, area);
-    const std::size_t bytes = std::size_t{area.width} * sourceCodec_.bytesPerPixel;
+    const auto source = At(sourceRows_, *sourceCodec_, area.sourceX, area.sourceY, area);
+    const std::size_t bytes = std::size_t{area.width} * sourceCodec_->bytesPerPixel;
     for (std::size_t row = 0; row < area.height; ++row) std::memcpy(target.Row(row), source.Row(row), bytes);
 }
 
@@ -138,7 +136,7 @@ void SpanPainter<Traits>::Composite(const PaintArea& area, Span<Traits>& span) c
         stage_(composite);
         return;
     }
-    targetCodec_->read({target.first, target.step, target.count}, area.width, span.target);
+    targetCodec_->read(target, area.width, span.target);
     stage_(composite);
     targetCodec_->write(target, area.width, span.target, WrittenPixels(span));
 }

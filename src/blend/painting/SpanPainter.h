@@ -37,12 +37,12 @@ struct Span {
 template <typename Traits>
 class SpanPainter {
 public:
-    SpanPainter(const PaintKernel& kernel, IQorImage& destination, const IQorImage& source,
-                const BlendRequest<Traits>& request);
+    /// @param target, source rows of pixels of the kernel's formats, from the top.
+    SpanPainter(const PaintKernel& kernel, const PixelRows<unsigned char>& target,
+                const PixelRows<const unsigned char>& source, const BlendRequest<Traits>& request);
 
-    /// Bytes from one row to the next one down.
-    [[nodiscard]] std::int64_t TargetStep() const { return targetRows_.step; }
-    [[nodiscard]] std::int64_t SourceStep() const { return sourceRows_.step; }
+    [[nodiscard]] const PixelRows<unsigned char>& Target() const { return targetRows_; }
+    [[nodiscard]] const PixelRows<const unsigned char>& Source() const { return sourceRows_; }
     /// Whether spans of a group can be painted: whether its snapshot holds pixels of the destination's format.
     [[nodiscard]] bool HasSnapshot() const { return snapshotRows_.has_value(); }
 
@@ -68,9 +68,9 @@ private:
     PixelRows<unsigned char> targetRows_;
     PixelRows<const unsigned char> sourceRows_;
     std::optional<PixelRows<const unsigned char>> snapshotRows_;
-    const SpanCodec& sourceCodec_;
-    const SpanCodec* targetCodec_;  ///< null for a destination without colours
-    PackedColors colors_;
+    const SpanCodec* sourceCodec_;
+    const SpanCodec* targetCodec_ = nullptr;  ///< null for a destination without colours
+    PackedColors colors_ = PackedColors::Straight;
     CompositeStage stage_;
 };
 

@@ -1,7 +1,5 @@
 #include "blend/painting/SpanPlan.h"
 
-#include "pixel/Spans.h"
-
 namespace vantu {
 namespace {
 
@@ -13,23 +11,15 @@ constexpr unsigned int kNarrow = 256;
 /// Most pixels that are taken for one row.
 constexpr std::uint64_t kMostJoined = 1U << 30;
 
-/// Whether the source's bytes replace the target's as they are: Normal at full alpha between images of a format that
-/// has no alpha and stores channels whole.
-bool CopiesBytes(const PaintCall& call) {
-    const PixelFormat format = call.kernel.source;
-    return !call.group && call.kernel.mode == BlendMode::Normal && call.alpha == 255 &&
-           call.kernel.destination == format && !HasAlpha(format) && !FactsOf(format).lossy;
-}
-
 /// The same pixels as one row, if the rows of target and source follow each other without gaps: outside groups, of
 /// which each row has its place among the group's alphas.
 PaintArea RowsJoined(const PaintArea& area, const PaintCall& call) {
     const std::uint64_t pixels = std::uint64_t{area.width} * area.height;
-    const auto gapless = [&](std::int64_t step, PixelFormat format) {
-        return step == std::int64_t{area.width} * BitsPerPixel(format) / 8;
+    const auto gapless = [&](std::int64_t step, unsigned int bits) {
+        return step * 8 == std::int64_t{area.width} * bits;
     };
-    if (call.group || pixels > kMostJoined || !gapless(call.targetStep, call.kernel.destination) ||
-        !gapless(call.sourceStep, call.kernel.source)) {
+    if (call.group || pixels > kMostJoined || !gapless(call.targetStep, call.kernel.targetBits) ||
+        !gapless(call.sourceStep, call.kernel.sourceBits)) {
         return area;
     }
     PaintArea joined = area;
@@ -43,11 +33,12 @@ PaintArea RowsJoined(const PaintArea& area, const PaintCall& call) {
 SpanPlan PlanSpans(const PaintArea& area, MaskKind mask, const PaintCall& call) {
     using Way = SpanPlan::Way;
     if (call.inOrder || mask == MaskKind::Other) return {Way::InOrder, area, area.width, area.height};
-    if (!call.group && !HasColors(call.kernel.destination)) return {Way::Nothing, area, 0, 0};
+    if (!call.group && !call.kernel.hasColors) return {Way::Nothing, area, 0, 0};
 
     const PaintArea whole = mask == MaskKind::None ? RowsJoined(area, call) : area;
-    if (mask == MaskKind::None && CopiesBytes(call)) return {Way::Copy, whole, whole.width, 1};
-    const bool inPlace = IsPacked(call.kernel.source) && IsPacked(call.kernel.destination);
+    const bool copies = call.kernel.copiesBytes && !call.group && call.alpha == 255;
+    if (mask == MaskKind::None && copies) return {Way::Copy, whole, whole.width, 1};
+    const bool inPlace = call.kernel.inPlace;
     if (whole.width < (inPlace ? kNarrowInPlace : kNarrow)) {
         return {Way::Spans, whole, whole.width, kSpanPixels / whole.width};
     }

@@ -6,15 +6,24 @@
 #include <cstdint>
 
 #include "blend/definition/RangeWalk.h"
+#include "pixel/Formats.h"
 
 namespace vantu {
 
-/// The combination that a kernel object stands for.
+/// The combination that a kernel object stands for, and what follows from it.
 struct PaintKernel {
     PixelFormat destination;
     PixelFormat source;
     BlendMode mode;
     bool keepClear;  ///< without a mask, leave a pixel whose result alpha is 0 as it is
+
+    bool hasColors = HasColors(destination);  ///< whether there are pixels to paint on
+    bool inPlace = IsPacked(source) && IsPacked(destination);
+    /// Whether outside groups at full alpha the source's bytes replace the target's as they are.
+    bool copiesBytes =
+        mode == BlendMode::Normal && destination == source && !HasAlpha(source) && !FactsOf(source).lossy;
+    unsigned int targetBits = BitsPerPixel(destination);
+    unsigned int sourceBits = BitsPerPixel(source);
 };
 
 /// Most pixels of a span: its buffers stay in the first cache.

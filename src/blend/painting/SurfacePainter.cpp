@@ -19,7 +19,10 @@ struct SurfaceLoops {
 template <typename Traits>
 void PaintSurface(BlendMode mode, RasterSurface& surface, const DynamicAccessor& source,
                   const BlendRequest<Traits>& request) {
-    SurfaceLoops<Traits> loops{PixelLoopsOf(mode, request), {PixelTarget(surface), source, request, false}};
+    std::unique_ptr<DynamicAccessor> snapshot;
+    if constexpr (Traits::kGroup) snapshot = MakeAccessor(*request.backdrop);
+    SurfaceLoops<Traits> loops{PixelLoopsOf(mode, request),
+                               {PixelTarget(surface), source, snapshot.get(), request, false}};
     WalkRanges(request, loops);
 }
 
