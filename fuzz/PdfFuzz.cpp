@@ -9,22 +9,18 @@
 namespace {
 
 constexpr int kSide = 32;
-constexpr int kFewPages = 500;
 
-// A document opened anew now and then: each content adds streams to it.
-pdf::Document& FreshDocument() {
-    // Never destroyed: the PDF library's own statics may be gone by then.
-    static auto& document = *new std::unique_ptr<pdf::Document>;
-    static int uses = 0;
-    if (uses++ % kFewPages == 0) document = std::make_unique<pdf::Document>(IMAGEOP_FUZZ_PAGE);
-    return *document;
+// Never destroyed: the PDF library's own statics may be gone by then.
+pdf::Document& TheDocument() {
+    static auto& document = *new pdf::Document(IMAGEOP_FUZZ_PAGE);
+    return document;
 }
 
 }  // namespace
 
 // The input is the content of a page whose resources have something of every kind.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    pdf::Document& document = FreshDocument();
+    pdf::Document& document = TheDocument();
     const QPDFObjectHandle resources = pdf::Entry(document.Page(0), "/Resources");
     const std::string content(reinterpret_cast<const char*>(data), size);
     const auto image = std::make_shared<vantu::CQorImage>(kSide, kSide, vantu::PixelFormat::Bgra32Premultiplied,
@@ -37,6 +33,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     pdf::Budget budget{1000, 8};
     pdf::PageContext page{document, canvas, fonts, blendModes, notes, budget};
     const pdf::GraphicsState state = pdf::InitialState({1, 0, 0, -1, 0, kSide}, all);
-    pdf::Interpreter(page, resources, state).Paint(document.MakeStream(QPDFObjectHandle::newDictionary(), content));
+    const auto owner = QPDF::create();
+    pdf::Interpreter(page, resources, state).Paint(QPDFObjectHandle::newStream(owner.get(), content));
     return 0;
 }

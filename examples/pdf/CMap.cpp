@@ -27,43 +27,31 @@ bool IsEachByteBetween(unsigned int first, unsigned int value, unsigned int last
 
 }  // namespace
 
-// Reads the operators of a CMap file, which is PostScript of the same form as page content.
-class CMapReader : public ContentHandler {
-public:
-    explicit CMapReader(CMap& map) : map_(map) {}
-
-    void HandleOperator(const std::string& name, const Operands& operands) override {
-        if (name == "endcodespacerange") AddSpans(map_.codeSpaces_, operands, true, false);
-        if (name == "endcidrange") AddSpans(map_.cids_, operands, true, true);
-        if (name == "endcidchar") AddSpans(map_.cids_, operands, false, true);
+// The operands of a section are rows of a first code, a last one, and an identifier.
+void CMap::AddSpans(std::vector<Span>& spans, const std::vector<QPDFObjectHandle>& operands, bool hasLast,
+                    bool hasCid) {
+    const std::size_t columns = 1U + (hasLast ? 1U : 0U) + (hasCid ? 1U : 0U);
+    for (std::size_t i = 0; i + columns <= operands.size(); i += columns) {
+        QPDFObjectHandle first = operands[i];
+        QPDFObjectHandle last = operands[hasLast ? i + 1 : i];
+        if (!first.isString() || !last.isString() || first.getStringValue().size() > kLongestCode) continue;
+        const int cid = hasCid ? ToInteger(operands[i + columns - 1], 0) : 0;
+        spans.push_back({first.getStringValue().size(), ValueOf(first.getStringValue()), ValueOf(last.getStringValue()),
+                         static_cast<unsigned int>(std::max(cid, 0))});
     }
-    void HandleInlinePicture(QPDFObjectHandle, const std::string&) override {}
-
-private:
-    // The operands of a section are rows of a first code, a last one, and an identifier.
-    static void AddSpans(std::vector<CMap::Span>& spans, const Operands& operands, bool hasLast, bool hasCid) {
-        const std::size_t columns = 1U + (hasLast ? 1U : 0U) + (hasCid ? 1U : 0U);
-        for (std::size_t i = 0; i + columns <= operands.size(); i += columns) {
-            QPDFObjectHandle first = operands[i];
-            QPDFObjectHandle last = operands[hasLast ? i + 1 : i];
-            if (!first.isString() || !last.isString() || first.getStringValue().size() > kLongestCode) continue;
-            const int cid = hasCid ? ToInteger(operands[i + columns - 1], 0) : 0;
-            spans.push_back({first.getStringValue().size(), ValueOf(first.getStringValue()),
-                             ValueOf(last.getStringValue()), static_cast<unsigned int>(std::max(cid, 0))});
-        }
-    }
-
-    CMap& map_;
-};
+}
 
 CMap CMap::Parse(QPDFObjectHandle encoding, Notes& notes) {
     CMap map;
     const std::string name = ToName(encoding.isStream() ? Entry(encoding, "/CMapName") : encoding);
     map.isVertical_ = ToInteger(Entry(encoding, "/WMode"), 0) == 1 || name.ends_with("-V");
     if (encoding.isStream()) {
-        CMapReader reader(map);
         Budget budget;
-        ReadContent(encoding, budget, reader);
+        ReadContent(encoding, budget, [&](const std::string& name, const Operands& operands) {
+            if (name == "endcodespacerange") AddSpans(map.codeSpaces_, operands, true, false);
+            if (name == "endcidrange") AddSpans(map.cids_, operands, true, true);
+            if (name == "endcidchar") AddSpans(map.cids_, operands, false, true);
+        });
     }
     if (map.codeSpaces_.empty()) map.codeSpaces_.push_back({2, 0, 0xFFFF, 0});
     map.isIdentity_ = map.cids_.empty();

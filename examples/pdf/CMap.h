@@ -27,7 +27,6 @@ public:
     [[nodiscard]] bool IsVertical() const { return isVertical_; }
 
 private:
-    friend class CMapReader;
     // Codes of one length, first and last included. Of a code space each byte lies between its own bounds.
     struct Span {
         std::size_t length;
@@ -35,6 +34,9 @@ private:
         unsigned int last;
         unsigned int cid;
     };
+
+    static void AddSpans(std::vector<Span>& spans, const std::vector<QPDFObjectHandle>& operands, bool hasLast,
+                         bool hasCid);
 
     std::vector<Span> codeSpaces_;
     std::vector<Span> cids_;  // later ones overrule

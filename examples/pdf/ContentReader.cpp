@@ -3,7 +3,7 @@
 #include <map>
 #include <stdexcept>
 
-#include "Qpdf.h"
+#include "Objects.h"
 
 namespace pdf {
 
@@ -13,31 +13,37 @@ namespace {
 constexpr std::size_t kMostOperands = 1024;
 
 std::string LongName(const std::string& name) {
-    static const std::map<std::string, std::string> names{{"/BPC", "/BitsPerComponent"},
-                                                          {"/CS", "/ColorSpace"},
-                                                          {"/D", "/Decode"},
-                                                          {"/DP", "/DecodeParms"},
-                                                          {"/F", "/Filter"},
-                                                          {"/H", "/Height"},
-                                                          {"/I", "/Interpolate"},
-                                                          {"/IM", "/ImageMask"},
-                                                          {"/L", "/Length"},
-                                                          {"/W", "/Width"}};
+    static const std::map<std::string, std::string> names{
+        {"/BPC", "/BitsPerComponent"}, {"/CS", "/ColorSpace"}, {"/D", "/Decode"},
+        {"/DP", "/DecodeParms"},       {"/F", "/Filter"},      {"/H", "/Height"},
+        {"/IM", "/ImageMask"},         {"/W", "/Width"}};
     const auto found = names.find(name);
     return found == names.end() ? name : found->second;
 }
 
+std::string BytesOf(QPDFObjectHandle content) {
+    std::string bytes = ToBytes(content);
+    for (const QPDFObjectHandle& part : Items(content)) bytes += ToBytes(part) + '\n';
+    return bytes;
+}
+
 class Reader : public QPDFObjectHandle::ParserCallbacks {
 public:
-    Reader(Budget& budget, ContentHandler& handler) : budget_(budget), handler_(handler) {}
+    Reader(Budget& budget, const OperatorHandler& handle) : budget_(budget), handle_(handle) {}
+
+    void Read(QPDFObjectHandle content) {
+        QPDFObjectHandle::parseContentStream(QPDFObjectHandle::newStream(owner_.get(), BytesOf(content)), this);
+    }
 
     void handleObject(QPDFObjectHandle object) override {
         if (object.isInlineImage()) {
-            picture_ = object.getInlineImageValue();
+            picture_.replaceStreamData(object.getInlineImageValue(), Entry(picture_, "/Filter"),
+                                       Entry(picture_, "/DecodeParms"));
         } else if (!object.isOperator()) {
             if (operands_.size() < kMostOperands) operands_.push_back(object);
         } else {
             HandleOperator(object.getOperatorValue());
+            operands_.clear();
         }
     }
 
@@ -53,32 +59,29 @@ private:
         }
         --budget_.operators;
         if (name == "ID") {
-            dictionary_ = QPDFObjectHandle::newDictionary();
-            for (std::size_t i = 0; i + 1 < operands_.size(); i += 2) {
-                if (operands_[i].isName()) dictionary_.replaceKey(LongName(operands_[i].getName()), operands_[i + 1]);
-            }
-        } else if (name == "EI") {
-            handler_.HandleInlinePicture(dictionary_, picture_);
-        } else if (name != "BI") {
-            handler_.HandleOperator(name, operands_);
+            QPDFObjectHandle dictionary = QPDFObjectHandle::newDictionary();
+            for (std::size_t i = 0; i + 1 < operands_.size(); i += 2)
+                if (operands_[i].isName()) dictionary.replaceKey(LongName(operands_[i].getName()), operands_[i + 1]);
+            picture_.replaceDict(dictionary);
+        } else {
+            handle_(name, name == "EI" ? Operands{picture_} : operands_);
         }
-        operands_.clear();
     }
 
     Budget& budget_;
-    ContentHandler& handler_;
+    const OperatorHandler& handle_;
     Operands operands_;
-    QPDFObjectHandle dictionary_ = QPDFObjectHandle::newDictionary();
-    std::string picture_;
+    std::shared_ptr<QPDF> owner_ = QPDF::create();  // of streams that are in no document
+    QPDFObjectHandle picture_ = QPDFObjectHandle::newStream(owner_.get(), std::string());
     bool isSpent_ = false;
 };
 
 }  // namespace
 
-bool ReadContent(QPDFObjectHandle content, Budget& budget, ContentHandler& handler) {
-    Reader reader(budget, handler);
+bool ReadContent(QPDFObjectHandle content, Budget& budget, const OperatorHandler& handle) {
+    Reader reader(budget, handle);
     try {
-        QPDFObjectHandle::parseContentStream(content, &reader);
+        reader.Read(content);
     } catch (const QPDFExc&) {
         // What came before the damage has been handled.
     } catch (const std::range_error&) {

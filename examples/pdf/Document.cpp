@@ -1,5 +1,6 @@
 #include "Document.h"
 
+#include <qpdf/QPDFPageObjectHelper.hh>
 #include <stdexcept>
 
 #include "Objects.h"
@@ -10,7 +11,7 @@ namespace {
 
 constexpr double kMostPixels = 1 << 28;
 constexpr double kPointsPerInch = 72;
-constexpr int kDeepestTree = 64;
+constexpr int kMostExpressions = 1000;
 const Box kLetter{0, 0, 612, 792};
 
 }  // namespace
@@ -21,22 +22,17 @@ Document::Document(const std::string& path) {
     pages_ = file_.getAllPages();
     const QPDFObjectHandle properties = Entry(file_.getRoot(), "/OCProperties");
     const QPDFObjectHandle byDefault = Entry(properties, "/D");
-    const auto forEach = [](QPDFObjectHandle groups, auto use) {
-        for (int i = 0; groups.isArray() && i < groups.getArrayNItems(); ++i) use(groups.getArrayItem(i).getObjGen());
+    const auto hide = [this](QPDFObjectHandle groups) {
+        for (QPDFObjectHandle& group : Items(groups))
+            if (group.isIndirect()) hiddenGroups_.insert(group.getObjGen());
     };
-    if (ToName(Entry(byDefault, "/BaseState")) == "/OFF")
-        forEach(Entry(properties, "/OCGs"), [this](QPDFObjGen group) { hiddenGroups_.insert(group); });
-    forEach(Entry(byDefault, "/ON"), [this](QPDFObjGen group) { hiddenGroups_.erase(group); });
-    forEach(Entry(byDefault, "/OFF"), [this](QPDFObjGen group) { hiddenGroups_.insert(group); });
+    if (ToName(Entry(byDefault, "/BaseState")) == "/OFF") hide(Entry(properties, "/OCGs"));
+    for (QPDFObjectHandle& group : Items(Entry(byDefault, "/ON"))) hiddenGroups_.erase(group.getObjGen());
+    hide(Entry(byDefault, "/OFF"));
 }
 
 QPDFObjectHandle Document::Inherited(int number, const std::string& key) const {
-    QPDFObjectHandle node = Page(number);
-    for (int depth = 0; depth < kDeepestTree; ++depth, node = Entry(node, "/Parent")) {
-        const QPDFObjectHandle value = Entry(node, key);
-        if (!QPDFObjectHandle(value).isNull()) return value;
-    }
-    return QPDFObjectHandle::newNull();
+    return QPDFPageObjectHelper(Page(number)).getAttribute(key, false);
 }
 
 PageGeometry Document::Geometry(int number, double dotsPerInch) const {
@@ -64,28 +60,31 @@ PageGeometry Document::Geometry(int number, double dotsPerInch) const {
     return {Concat(scaled, turns[quarterTurns]), {0, 0, static_cast<int>(columns), static_cast<int>(rows)}};
 }
 
-QPDFObjectHandle Document::MakeStream(QPDFObjectHandle dictionary, const std::string& data) {
-    QPDFObjectHandle stream = QPDFObjectHandle::newStream(&file_, data);
-    stream.replaceDict(dictionary);
-    return stream;
+bool Document::IsTrue(QPDFObjectHandle expression, int& steps) const {
+    if (--steps < 0) return true;
+    if (!expression.isArray()) return !hiddenGroups_.contains(expression.getObjGen());
+    std::vector<QPDFObjectHandle> parts = Items(expression);
+    const std::string operation = ToName(Item(expression, 0));
+    if (!parts.empty()) parts.erase(parts.begin());
+    const auto isTrue = [&](QPDFObjectHandle part) { return IsTrue(part, steps); };
+    if (operation == "/Or") return std::ranges::any_of(parts, isTrue);
+    return std::ranges::all_of(parts, isTrue) != (operation == "/Not");
 }
 
 bool Document::IsShown(QPDFObjectHandle group) const {
     if (ToName(Entry(group, "/Type")) != "/OCMD") return !hiddenGroups_.contains(group.getObjGen());
-    const QPDFObjectHandle groups = Entry(group, "/OCGs");
-    std::vector<QPDFObjectHandle> members;
-    if (QPDFObjectHandle(groups).isArray())
-        members = QPDFObjectHandle(groups).getArrayAsVector();
-    else if (QPDFObjectHandle(groups).isDictionary())
-        members.push_back(groups);
+    int steps = kMostExpressions;
+    if (QPDFObjectHandle expression = Entry(group, "/VE"); expression.isArray()) return IsTrue(expression, steps);
+    QPDFObjectHandle groups = Entry(group, "/OCGs");
+    std::vector<QPDFObjectHandle> members = groups.isArray() ? Items(groups) : std::vector{groups};
+    std::erase_if(members, [](QPDFObjectHandle member) { return !member.isDictionary(); });
     if (members.empty()) return true;
-    std::size_t shown = 0;
-    for (const QPDFObjectHandle& member : members) shown += hiddenGroups_.contains(member.getObjGen()) ? 0 : 1;
+    const auto isOn = [this](QPDFObjectHandle member) { return !hiddenGroups_.contains(member.getObjGen()); };
     const std::string policy = ToName(Entry(group, "/P"));
-    if (policy == "/AllOn") return shown == members.size();
-    if (policy == "/AnyOff") return shown < members.size();
-    if (policy == "/AllOff") return shown == 0;
-    return shown > 0;
+    if (policy == "/AllOn") return std::ranges::all_of(members, isOn);
+    if (policy == "/AnyOff") return !std::ranges::all_of(members, isOn);
+    if (policy == "/AllOff") return std::ranges::none_of(members, isOn);
+    return std::ranges::any_of(members, isOn);
 }
 
 }  // namespace pdf

@@ -26,7 +26,7 @@ public:
     // The dictionary of a page. REQUIRES: 0 <= number < PageCount().
     [[nodiscard]] QPDFObjectHandle Page(int number) const { return pages_[static_cast<std::size_t>(number)]; }
 
-    // An entry of a page, or of what it stands below.
+    // An entry of a page; its boxes, rotation and resources may stand above it.
     [[nodiscard]] QPDFObjectHandle Inherited(int number, const std::string& key) const;
 
     // How a page lies on pixels: its crop box inside its media box, turned by its rotation, scaled by its user unit.
@@ -38,10 +38,11 @@ public:
     // @param group the entry OC of an object, or what the operator BDC names; anything else is shown.
     [[nodiscard]] bool IsShown(QPDFObjectHandle group) const;
 
-    // A stream of this document that is not in its file.
-    QPDFObjectHandle MakeStream(QPDFObjectHandle dictionary, const std::string& data);
-
 private:
+    // Whether a visibility expression, `[/And a b]`, `[/Or a b]` or `[/Not a]` of groups and expressions, is true.
+    // @param[in,out] steps how many parts are looked at yet.
+    bool IsTrue(QPDFObjectHandle expression, int& steps) const;
+
     QPDF file_;
     std::vector<QPDFObjectHandle> pages_;
     std::set<QPDFObjGen> hiddenGroups_;

@@ -53,7 +53,11 @@ void Interpreter::Paint(QPDFObjectHandle content) {
     budget.operators -= std::min(budget.operators, cost);
     --budget.nesting;
     if (id.isIndirect()) budget.open.insert(id);
-    if (!ReadContent(content, budget, *this)) page_.notes.Add("a page of too many operators is cut off");
+    const auto handle = [this](const std::string& name, const Operands& operands) {
+        const auto found = Operators().find(name);
+        if (found != Operators().end()) found->second(*this, operands);
+    };
+    if (!ReadContent(content, budget, handle)) page_.notes.Add("a page of too many operators is cut off");
     budget.open.erase(id);
     ++budget.nesting;
 }
@@ -118,6 +122,7 @@ const std::map<std::string, Interpreter::Action>& Interpreter::Operators() {
 
         {"sh", [](I i, O o) { i.PaintShadingOf(i.Resource("/Shading", First(o))); }},
         {"Do", [](I i, O o) { i.PaintObject(i.Resource("/XObject", First(o))); }},
+        {"EI", [](I i, O o) { i.PaintPicture(First(o)); }},
         {"d1", [](I i, O) { i.colorless_ = true; }},
 
         {"BMC", [](I i, O) { ++i.markedDepth_; }},
@@ -152,15 +157,6 @@ const std::map<std::string, Interpreter::Action>& Interpreter::Operators() {
          }},
     };
     return operators;
-}
-
-void Interpreter::HandleOperator(const std::string& name, const Operands& operands) {
-    const auto found = Operators().find(name);
-    if (found != Operators().end()) found->second(*this, operands);
-}
-
-void Interpreter::HandleInlinePicture(QPDFObjectHandle dictionary, const std::string& data) {
-    PaintPicture(page_.document.MakeStream(dictionary, data));
 }
 
 QPDFObjectHandle Interpreter::Resource(const char* kind, QPDFObjectHandle name) const {

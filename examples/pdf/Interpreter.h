@@ -31,7 +31,7 @@ struct PageContext {
 //   Groups.cpp         forms, transparency groups, soft masks
 //   Tiling.cpp         tiling patterns
 //   TextPainting.cpp   text
-class Interpreter : public ContentHandler {
+class Interpreter {
 public:
     // @param state what the content starts with.
     // @param colorless whether the content has no colour of its own: operators that set one are left out.
@@ -44,9 +44,6 @@ public:
     // Paints the content of a form or a tile, inside its box, as if it were no group.
     // @param inside what it starts with, its own matrix included.
     void PaintContentOf(QPDFObjectHandle form, const GraphicsState& inside);
-
-    void HandleOperator(const std::string& name, const Operands& operands) override;
-    void HandleInlinePicture(QPDFObjectHandle dictionary, const std::string& data) override;
 
 private:
     using Action = void (*)(Interpreter&, const Operands&);

@@ -1,15 +1,12 @@
 #include "Objects.h"
 
+#include <qpdf/Pl_String.hh>
+
 namespace pdf {
 
 QPDFObjectHandle Entry(QPDFObjectHandle object, const std::string& key) {
     if (object.isStream()) object = object.getDict();
     return object.isDictionary() ? object.getKey(key) : QPDFObjectHandle::newNull();
-}
-
-QPDFObjectHandle Entry(QPDFObjectHandle object, const std::string& key, const std::string& otherKey) {
-    const QPDFObjectHandle first = Entry(object, key);
-    return QPDFObjectHandle(first).isNull() ? Entry(object, otherKey) : first;
 }
 
 QPDFObjectHandle Item(QPDFObjectHandle array, int index) {
@@ -35,10 +32,13 @@ std::string ToName(QPDFObjectHandle object) {
     return object.isName() ? object.getName() : std::string();
 }
 
+std::vector<QPDFObjectHandle> Items(QPDFObjectHandle array) {
+    return array.isArray() ? array.getArrayAsVector() : std::vector<QPDFObjectHandle>();
+}
+
 std::vector<double> ToNumbers(QPDFObjectHandle array) {
     std::vector<double> numbers;
-    if (!array.isArray()) return numbers;
-    for (int i = 0; i < array.getArrayNItems(); ++i) numbers.push_back(ToNumber(array.getArrayItem(i), 0));
+    for (const QPDFObjectHandle& item : Items(array)) numbers.push_back(ToNumber(item, 0));
     return numbers;
 }
 
@@ -54,13 +54,14 @@ Matrix ToMatrix(QPDFObjectHandle array) {
 }
 
 std::string ToBytes(QPDFObjectHandle stream) {
-    if (!stream.isStream()) return {};
+    std::string bytes;
+    Pl_String sink("bytes", nullptr, bytes);
+    bool isFiltered = false;
     try {
-        const auto data = stream.getStreamData(qpdf_dl_specialized);
-        return {reinterpret_cast<const char*>(data->getBuffer()), data->getSize()};
-    } catch (const std::exception&) {
-        return {};  // damaged, or a filter that qpdf does not undo
+        if (stream.isStream()) stream.pipeStreamData(&sink, &isFiltered, 0, qpdf_dl_specialized, true);
+    } catch (const std::exception&) {  // damaged
     }
+    return isFiltered ? bytes : std::string();
 }
 
 }  // namespace pdf

@@ -13,9 +13,6 @@ namespace pdf {
 // The entry of a dictionary or of a stream's dictionary; null of anything else.
 QPDFObjectHandle Entry(QPDFObjectHandle object, const std::string& key);
 
-// The first of two entries that is there: long and short names in inline images.
-QPDFObjectHandle Entry(QPDFObjectHandle object, const std::string& key, const std::string& otherKey);
-
 // The item of an array; null of anything else and outside of it.
 QPDFObjectHandle Item(QPDFObjectHandle array, int index);
 
@@ -31,6 +28,9 @@ bool ToBool(QPDFObjectHandle object, bool fallback);
 // A name with its slash; empty for anything else.
 std::string ToName(QPDFObjectHandle object);
 
+// The items of an array; none of anything else.
+std::vector<QPDFObjectHandle> Items(QPDFObjectHandle array);
+
 // The numbers of an array, 0 for an item that is none; empty for anything else.
 std::vector<double> ToNumbers(QPDFObjectHandle array);
 
@@ -40,7 +40,8 @@ Box ToBox(QPDFObjectHandle array, const Box& fallback);
 // The matrix of an array of six numbers; the identity for anything else.
 Matrix ToMatrix(QPDFObjectHandle array);
 
-// The bytes of a stream with its filters undone, but for those of pictures; empty if they cannot be.
+// The bytes of a stream with its filters undone, but for those of pictures: of damaged ones those before the damage, of
+// one with another filter none.
 std::string ToBytes(QPDFObjectHandle stream);
 
 }  // namespace pdf
