@@ -4,8 +4,11 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <map>
 #include <numbers>
-#include <string_view>
+#include <sstream>
+#include <variant>
+#include <vector>
 
 namespace pdf {
 
@@ -15,246 +18,196 @@ constexpr std::size_t kDeepestStack = 100;
 constexpr int kDeepestBlock = 32;
 constexpr double kDegree = std::numbers::pi / 180;
 
-struct Value {
-    double number = 0;
-    bool isTruth = false;  // true or false, and no number
-};
+// Whole numbers, as the operators on bits see them.
+int ToWhole(double x) {
+    return static_cast<int>(std::max(-2e9, std::min(2e9, x)));
+}
 
 class Stack {
 public:
-    void Push(const Value& value) {
-        if (size_ < values_.size())
-            values_[size_++] = value;
-        else
-            failed_ = true;
+    void Push(double number) {
+        failed_ = failed_ || size_ == numbers_.size();
+        if (!failed_) numbers_[size_++] = number;
     }
-    void Push(double number) { Push(Value{number, false}); }
-    void PushTruth(bool truth) { Push(Value{truth ? 1.0 : 0.0, true}); }
-    Value Pop() {
-        if (size_ > 0) return values_[--size_];
-        failed_ = true;
-        return {};
+    double Pop() {
+        failed_ = failed_ || size_ == 0;
+        return failed_ ? 0 : numbers_[--size_];
     }
-    double Number() { return Pop().number; }
-    // A whole number that an int can hold.
-    int Whole() { return static_cast<int>(std::max(-2e9, std::min(2e9, Number()))); }
-
-    // The uppermost values, lowest first. None if there are not so many.
-    std::span<Value> Top(int count) {
+    // The uppermost numbers, lowest first. None if there are not so many.
+    std::span<double> Top(int count) {
         failed_ = failed_ || count < 0 || static_cast<std::size_t>(count) > size_;
         if (failed_) return {};
-        return std::span(values_).subspan(size_ - static_cast<std::size_t>(count), static_cast<std::size_t>(count));
+        return std::span(numbers_).subspan(size_ - static_cast<std::size_t>(count), static_cast<std::size_t>(count));
     }
     [[nodiscard]] bool Failed() const { return failed_; }
 
 private:
-    std::array<Value, kDeepestStack> values_;
+    std::array<double, kDeepestStack> numbers_;
     std::size_t size_ = 0;
     bool failed_ = false;
 };
-
-template <typename Formula>
-void One(Stack& stack, Formula formula) {
-    stack.Push(formula(stack.Number()));
-}
-
-template <typename Formula>
-void Two(Stack& stack, Formula formula) {
-    const double b = stack.Number();
-    const double a = stack.Number();
-    stack.Push(formula(a, b));
-}
-
-template <typename Formula>
-void Compare(Stack& stack, Formula formula) {
-    const double b = stack.Number();
-    const double a = stack.Number();
-    stack.PushTruth(formula(a, b));
-}
-
-// Bit by bit; two truths give a truth.
-template <typename Formula>
-void Bits(Stack& stack, Formula formula) {
-    const bool isTruth = std::ranges::all_of(stack.Top(2), [](const Value& value) { return value.isTruth; });
-    const int b = stack.Whole();
-    const int a = stack.Whole();
-    stack.Push(Value{static_cast<double>(formula(a, b)), isTruth});
-}
-
-double Divide(double a, double b) {
-    return b == 0 ? 0 : a / b;
-}
-
-int Shift(int a, int by) {
-    if (by < -31 || by > 31) return 0;
-    const auto bits = static_cast<unsigned int>(a);
-    return static_cast<int>(by >= 0 ? bits << by : bits >> -by);
-}
 
 double AngleOf(double numerator, double denominator) {
     const double degrees = std::atan2(numerator, denominator) / kDegree;
     return degrees < 0 ? degrees + 360 : degrees;
 }
 
-void Not(Stack& stack) {
-    const Value value = stack.Pop();
-    if (value.isTruth)
-        stack.PushTruth(value.number == 0);
-    else
-        stack.Push(-1 - std::trunc(value.number));  // all bits turned
+double Shift(double a, double b) {
+    const auto bits = static_cast<unsigned int>(ToWhole(a));
+    const int by = ToWhole(b);
+    if (by < -31 || by > 31) return 0;
+    return static_cast<int>(by >= 0 ? bits << by : bits >> -by);
 }
 
 void Copy(Stack& stack) {
-    for (const Value& value : stack.Top(stack.Whole())) stack.Push(value);
-}
-
-void Exchange(Stack& stack) {
-    std::ranges::reverse(stack.Top(2));
+    for (const double number : stack.Top(ToWhole(stack.Pop()))) stack.Push(number);
 }
 
 void Index(Stack& stack) {
-    const auto values = stack.Top(std::min(stack.Whole(), 1000) + 1);
-    if (!values.empty()) stack.Push(Value(values.front()));
+    const auto numbers = stack.Top(std::min(ToWhole(stack.Pop()), 1000) + 1);
+    if (!numbers.empty()) stack.Push(numbers.front());
 }
 
 void Roll(Stack& stack) {
-    const int by = stack.Whole();
-    const int count = stack.Whole();
-    const auto values = stack.Top(count);
-    if (values.empty()) return;
+    const int by = ToWhole(stack.Pop());
+    const int count = ToWhole(stack.Pop());
+    const auto numbers = stack.Top(count);
+    if (numbers.empty()) return;
     const int upward = (by % count + count) % count;
-    std::rotate(values.begin(), values.end() - upward, values.end());
+    std::rotate(numbers.begin(), numbers.end() - upward, numbers.end());
 }
 
-struct Operator {
-    std::string_view name;
-    void (*run)(Stack&);
-};
+// Operators that make one number of one, one of two, and others.
+using OfOne = double (*)(double);
+using OfTwo = double (*)(double, double);
+using OfStack = void (*)(Stack&);
 
-constexpr Operator kOperators[] = {
-    {"abs", [](Stack& s) { One(s, [](double a) { return std::abs(a); }); }},
-    {"add", [](Stack& s) { Two(s, [](double a, double b) { return a + b; }); }},
-    {"and", [](Stack& s) { Bits(s, [](int a, int b) { return a & b; }); }},
-    {"atan", [](Stack& s) { Two(s, AngleOf); }},
-    {"bitshift", [](Stack& s) { Bits(s, Shift); }},
-    {"ceiling", [](Stack& s) { One(s, [](double a) { return std::ceil(a); }); }},
+const std::map<std::string, std::variant<OfOne, OfTwo, OfStack>> kOperators{
+    {"abs", OfOne(std::abs)},
+    {"ceiling", OfOne(std::ceil)},
+    {"cos", [](double a) { return std::cos(a * kDegree); }},
+    {"cvi", OfOne(std::trunc)},
+    {"cvr", [](double a) { return a; }},
+    {"floor", OfOne(std::floor)},
+    {"ln", OfOne(std::log)},
+    {"log", OfOne(std::log10)},
+    {"neg", [](double a) { return -a; }},
+    {"not", [](double a) { return -1 - std::trunc(a); }},  // all bits turned
+    {"round", [](double a) { return std::floor(a + 0.5); }},
+    {"sin", [](double a) { return std::sin(a * kDegree); }},
+    {"sqrt", OfOne(std::sqrt)},
+    {"truncate", OfOne(std::trunc)},
+
+    {"add", [](double a, double b) { return a + b; }},
+    {"and", [](double a, double b) -> double { return ToWhole(a) & ToWhole(b); }},
+    {"atan", AngleOf},
+    {"bitshift", Shift},
+    {"div", [](double a, double b) { return b == 0 ? 0 : a / b; }},
+    {"eq", [](double a, double b) -> double { return -(a == b); }},
+    {"exp", OfTwo(std::pow)},
+    {"ge", [](double a, double b) -> double { return -(a >= b); }},
+    {"gt", [](double a, double b) -> double { return -(a > b); }},
+    {"idiv", [](double a, double b) { return std::trunc(b) == 0 ? 0 : std::trunc(std::trunc(a) / std::trunc(b)); }},
+    {"le", [](double a, double b) -> double { return -(a <= b); }},
+    {"lt", [](double a, double b) -> double { return -(a < b); }},
+    {"mod", [](double a, double b) { return b == 0 ? 0 : std::fmod(a, b); }},
+    {"mul", [](double a, double b) { return a * b; }},
+    {"ne", [](double a, double b) -> double { return -(a != b); }},
+    {"or", [](double a, double b) -> double { return ToWhole(a) | ToWhole(b); }},
+    {"sub", [](double a, double b) { return a - b; }},
+    {"xor", [](double a, double b) -> double { return ToWhole(a) ^ ToWhole(b); }},
+
     {"copy", Copy},
-    {"cos", [](Stack& s) { One(s, [](double a) { return std::cos(a * kDegree); }); }},
-    {"cvi", [](Stack& s) { One(s, [](double a) { return std::trunc(a); }); }},
-    {"cvr", [](Stack& s) { One(s, [](double a) { return a; }); }},
-    {"div", [](Stack& s) { Two(s, Divide); }},
-    {"dup",
-     [](Stack& s) {
-         for (const Value& value : s.Top(1)) s.Push(Value(value));
-     }},
-    {"eq", [](Stack& s) { Compare(s, [](double a, double b) { return a == b; }); }},
-    {"exch", Exchange},
-    {"exp", [](Stack& s) { Two(s, [](double a, double b) { return std::pow(a, b); }); }},
-    {"false", [](Stack& s) { s.PushTruth(false); }},
-    {"floor", [](Stack& s) { One(s, [](double a) { return std::floor(a); }); }},
-    {"ge", [](Stack& s) { Compare(s, [](double a, double b) { return a >= b; }); }},
-    {"gt", [](Stack& s) { Compare(s, [](double a, double b) { return a > b; }); }},
-    {"idiv",
-     [](Stack& s) { Two(s, [](double a, double b) { return std::trunc(Divide(std::trunc(a), std::trunc(b))); }); }},
+    {"dup", [](Stack& stack) { stack.Push(stack.Top(1).empty() ? 0 : stack.Top(1)[0]); }},
+    {"exch", [](Stack& stack) { std::ranges::reverse(stack.Top(2)); }},
+    {"false", [](Stack& stack) { stack.Push(0); }},
     {"index", Index},
-    {"le", [](Stack& s) { Compare(s, [](double a, double b) { return a <= b; }); }},
-    {"ln", [](Stack& s) { One(s, [](double a) { return std::log(a); }); }},
-    {"log", [](Stack& s) { One(s, [](double a) { return std::log10(a); }); }},
-    {"lt", [](Stack& s) { Compare(s, [](double a, double b) { return a < b; }); }},
-    {"mod", [](Stack& s) { Two(s, [](double a, double b) { return b == 0 ? 0 : std::fmod(a, b); }); }},
-    {"mul", [](Stack& s) { Two(s, [](double a, double b) { return a * b; }); }},
-    {"ne", [](Stack& s) { Compare(s, [](double a, double b) { return a != b; }); }},
-    {"neg", [](Stack& s) { One(s, [](double a) { return -a; }); }},
-    {"not", Not},
-    {"or", [](Stack& s) { Bits(s, [](int a, int b) { return a | b; }); }},
-    {"pop", [](Stack& s) { s.Pop(); }},
+    {"pop", [](Stack& stack) { stack.Pop(); }},
     {"roll", Roll},
-    {"round", [](Stack& s) { One(s, [](double a) { return std::floor(a + 0.5); }); }},
-    {"sin", [](Stack& s) { One(s, [](double a) { return std::sin(a * kDegree); }); }},
-    {"sqrt", [](Stack& s) { One(s, [](double a) { return std::sqrt(a); }); }},
-    {"sub", [](Stack& s) { Two(s, [](double a, double b) { return a - b; }); }},
-    {"true", [](Stack& s) { s.PushTruth(true); }},
-    {"truncate", [](Stack& s) { One(s, [](double a) { return std::trunc(a); }); }},
-    {"xor", [](Stack& s) { Bits(s, [](int a, int b) { return a ^ b; }); }},
+    {"true", [](Stack& stack) { stack.Push(-1); }},
 };
 
-// Numbers, names and braces; comments are left out.
-std::vector<std::string> WordsOf(const std::string& text) {
-    constexpr std::string_view kSpaces{"\0\t\n\f\r ", 6};
-    std::vector<std::string> words;
-    bool inWord = false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        if (c == '%') i = std::min(text.find_first_of("\r\n", i), text.size());
-        const bool isBrace = c == '{' || c == '}';
-        const bool isLetter = !isBrace && c != '%' && kSpaces.find(c) == std::string_view::npos;
-        if (isBrace || (isLetter && !inWord)) words.emplace_back();
-        if (isBrace || isLetter) words.back() += c;
-        inWord = isLetter;
-    }
-    return words;
-}
+struct Step;
+using Block = std::vector<Step>;
+struct Branch {
+    Block ifTrue;
+    Block ifFalse;
+};
+// A number is pushed, an operator or one of two blocks run.
+struct Step {
+    std::variant<double, OfOne, OfTwo, OfStack, Branch> what;
+};
 
-}  // namespace
-
-bool Calculator::Read(const std::string& text) {
-    const std::vector<std::string> words = WordsOf(text);
-    std::size_t at = 0;
-    return ReadBlock(words, at, 0);
-}
-
-// A block stands where it is run: `{ a } if` becomes a jump past a, `{ a } { b } ifelse` one to b and one past b. Both
-// are known only after the blocks, so a place is kept for the jump before each.
-bool Calculator::ReadBlock(const std::vector<std::string>& words, std::size_t& at, int depth) {
-    if (depth > kDeepestBlock || at >= words.size() || words[at++] != "{") return false;
-    while (at < words.size()) {
-        const std::string& word = words[at];
-        if (word == "}") {
-            ++at;
-            return true;
+void Run(const Block& block, Stack& stack) {
+    for (const auto& [what] : block) {
+        if (const auto* number = std::get_if<double>(&what)) {
+            stack.Push(*number);
+        } else if (const auto* ofOne = std::get_if<OfOne>(&what)) {
+            stack.Push((*ofOne)(stack.Pop()));
+        } else if (const auto* ofTwo = std::get_if<OfTwo>(&what)) {
+            const double b = stack.Pop();
+            stack.Push((*ofTwo)(stack.Pop(), b));
+        } else if (const auto* ofStack = std::get_if<OfStack>(&what)) {
+            (*ofStack)(stack);
+        } else if (const auto* branch = std::get_if<Branch>(&what)) {
+            Run(stack.Pop() != 0 ? branch->ifTrue : branch->ifFalse, stack);
         }
+        if (stack.Failed()) return;
+    }
+}
+
+// Words apart by spaces, without comments.
+std::string SpacedOut(const std::string& text) {
+    std::string spaced;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '%') i = std::min(text.find_first_of("\r\n", i), text.size() - 1);
+        const bool isBrace = text[i] == '{' || text[i] == '}';
+        if (isBrace) spaced += ' ';
+        spaced += text[i] == '\0' ? ' ' : text[i];
+        if (isBrace) spaced += ' ';
+    }
+    return spaced;
+}
+
+// Reads up to the brace that ends a block.
+bool ReadBlock(std::istream& words, Block& block, int depth) {
+    std::vector<Block> inner;  // blocks that wait for their `if` or `ifelse`
+    for (std::string word; words >> word;) {
+        if (word == "}") return inner.empty();
         if (word == "{") {
-            const std::size_t first = steps_.size();
-            steps_.push_back({kJumpUnless, 0, 0});
-            if (!ReadBlock(words, at, depth + 1)) return false;
-            if (at < words.size() && words[at] == "{") {
-                const std::size_t second = steps_.size();
-                steps_.push_back({kJump, 0, 0});
-                steps_[first].target = steps_.size();
-                if (!ReadBlock(words, at, depth + 1) || at >= words.size() || words[at] != "ifelse") return false;
-                steps_[second].target = steps_.size();
-            } else {
-                if (at >= words.size() || words[at] != "if") return false;
-                steps_[first].target = steps_.size();
-            }
-        } else if (const auto found = std::ranges::find(kOperators, word, &Operator::name);
-                   found != std::end(kOperators)) {
-            steps_.push_back({static_cast<int>(found - std::begin(kOperators)), 0, 0});
+            if (depth == 0 || !ReadBlock(words, inner.emplace_back(), depth - 1)) return false;
+            continue;
+        }
+        if (inner.size() != (word == "if" ? 1U : word == "ifelse" ? 2U : 0U)) return false;
+        if (!inner.empty()) {
+            block.push_back({Branch{std::move(inner[0]), inner.size() == 2 ? std::move(inner[1]) : Block()}});
+            inner.clear();
+        } else if (const auto found = kOperators.find(word); found != kOperators.end()) {
+            std::visit([&](auto run) { block.push_back({run}); }, found->second);
         } else {
             char* end = nullptr;
             const double number = std::strtod(word.c_str(), &end);
             if (*end != 0 || !std::isfinite(number)) return false;
-            steps_.push_back({kPush, number, 0});
+            block.push_back({number});
         }
-        ++at;
     }
     return false;
 }
 
-void Calculator::Run(std::span<const double> in, std::span<double> out) const {
-    Stack stack;
-    for (const double number : in) stack.Push(number);
-    for (std::size_t i = 0; i < steps_.size() && !stack.Failed(); ++i) {
-        const Step& step = steps_[i];
-        if (step.what == kPush)
-            stack.Push(step.number);
-        else if (step.what == kJump || (step.what == kJumpUnless && stack.Number() == 0))
-            i = step.target - 1;
-        else if (step.what >= 0)
-            kOperators[step.what].run(stack);
-    }
-    for (std::size_t j = out.size(); j > 0; --j) out[j - 1] = stack.Number();
-    if (stack.Failed()) std::ranges::fill(out, 0.0);
+}  // namespace
+
+Formula ParseProgram(const std::string& text) {
+    std::istringstream words(SpacedOut(text));
+    std::string brace;
+    Block program;
+    if (!(words >> brace) || brace != "{" || !ReadBlock(words, program, kDeepestBlock)) return nullptr;
+    return [program](std::span<const double> in, std::span<double> out) {
+        Stack stack;
+        for (const double number : in) stack.Push(number);
+        Run(program, stack);
+        for (std::size_t j = out.size(); j > 0; --j) out[j - 1] = stack.Pop();
+        if (stack.Failed()) std::ranges::fill(out, 0.0);
+    };
 }
 
 }  // namespace pdf

@@ -3,10 +3,12 @@
 #include <vantu/Color.h>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
 
+#include "Functions.h"
 #include "Notes.h"
 #include "Qpdf.h"
 
@@ -19,14 +21,9 @@ namespace pdf {
 class ColorSpace {
 public:
     using Pointer = std::shared_ptr<const ColorSpace>;
+    using Converter = std::function<vantu::Color(std::span<const double>)>;
 
     static constexpr std::size_t kMostComponents = 32;
-
-    // The values that samples of a picture are spread over.
-    struct Decode {
-        double low = 0;
-        double high = 1;
-    };
 
     // @param object a name, or an array that begins with one.
     // @param resources of the content that uses it; its entry ColorSpace gives names a meaning.
@@ -36,31 +33,33 @@ public:
     // DeviceGray, DeviceRGB or DeviceCMYK for 1, 3 or 4 components, else null.
     [[nodiscard]] static Pointer Device(std::size_t components);
 
-    ColorSpace(const ColorSpace&) = delete;
-    ColorSpace& operator=(const ColorSpace&) = delete;
-    virtual ~ColorSpace() = default;
+    // @param initial what a page starts from, a component each. @param toColor is given as many.
+    ColorSpace(std::vector<double> initial, Converter toColor) : initial_(std::move(initial)), toColor_(toColor) {}
 
     // 0 to kMostComponents; 0 only for a pattern space.
-    [[nodiscard]] std::size_t Components() const { return components_; }
+    [[nodiscard]] std::size_t Components() const { return initial_.size(); }
+    [[nodiscard]] const std::vector<double>& Initial() const { return initial_; }
 
-    // The opaque colour of some components; those that are missing count as 0, those out of range as the nearest.
-    [[nodiscard]] virtual vantu::Color ToColor(std::span<const double> components) const = 0;
+    // The colour of some components; those that are missing count as 0, those out of range as the nearest. It is
+    // opaque, or clear in a space that paints nothing.
+    [[nodiscard]] vantu::Color ToColor(std::span<const double> components) const;
 
-    // What a page starts from in this space.
-    [[nodiscard]] virtual std::vector<double> Initial() const { return std::vector<double>(components_, 0.0); }
-
-    // What samples of so many bits mean if a picture does not say.
-    [[nodiscard]] virtual Decode DefaultDecode(std::size_t component, unsigned int bits) const;
+    // What samples of a picture of so many bits are spread over if it does not say.
+    [[nodiscard]] Interval DefaultDecode(std::size_t component, unsigned int bits) const;
 
     // Whether colours are patterns; then Underlying() tells the space that uncoloured ones are painted in, or null.
-    [[nodiscard]] virtual bool IsPattern() const { return false; }
-    [[nodiscard]] virtual Pointer Underlying() const { return nullptr; }
-
-protected:
-    explicit ColorSpace(std::size_t components) : components_(components) {}
+    [[nodiscard]] bool IsPattern() const { return isPattern_; }
+    [[nodiscard]] Pointer Underlying() const { return underlying_; }
 
 private:
-    std::size_t components_;
+    friend class ColorSpaceReader;
+
+    std::vector<double> initial_;
+    Converter toColor_;
+    Intervals decode_;  // none if all are from 0 to 1
+    bool isIndexed_ = false;
+    bool isPattern_ = false;
+    Pointer underlying_;
 };
 
 }  // namespace pdf

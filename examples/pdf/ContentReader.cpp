@@ -29,7 +29,9 @@ std::string BytesOf(QPDFObjectHandle content) {
 
 class Reader : public QPDFObjectHandle::ParserCallbacks {
 public:
-    Reader(Budget& budget, const OperatorHandler& handle) : budget_(budget), handle_(handle) {}
+    Reader(Budget& budget, const OperatorHandler& handle) : budget_(budget), handle_(handle) {
+        owner_->setSuppressWarnings(true);
+    }
 
     void Read(QPDFObjectHandle content) {
         QPDFObjectHandle::parseContentStream(QPDFObjectHandle::newStream(owner_.get(), BytesOf(content)), this);

@@ -5,22 +5,30 @@
 #include <span>
 #include <vector>
 
+#include "Calculator.h"
 #include "Qpdf.h"
 
 namespace pdf {
+
+// The numbers from one to another.
+struct Interval {
+    double low = 0;
+    double high = 1;
+};
+using Intervals = std::vector<Interval>;
+
+// Pairs of numbers; none of anything that is no array.
+Intervals ToIntervals(QPDFObjectHandle array);
 
 // A function of a document: numbers in, numbers out. It never changes: threads may share one.
 class Function {
 public:
     static constexpr std::size_t kMost = 32;  // inputs, and outputs
+    using Pointer = std::shared_ptr<const Function>;
 
     // Reads a function of type 0, 2, 3 or 4, or an array of them, which gives the outputs of all.
     // @return null for anything else, and for a function that is damaged.
-    [[nodiscard]] static std::shared_ptr<const Function> Parse(QPDFObjectHandle object);
-
-    Function(const Function&) = delete;
-    Function& operator=(const Function&) = delete;
-    virtual ~Function() = default;
+    [[nodiscard]] static Pointer Parse(QPDFObjectHandle object);
 
     [[nodiscard]] std::size_t Inputs() const { return domain_.size(); }
     [[nodiscard]] std::size_t Outputs() const { return outputs_; }
@@ -32,38 +40,20 @@ public:
     // The first output for one number.
     [[nodiscard]] double operator()(double x) const;
 
-protected:
-    struct Interval {
-        double low;
-        double high;
-
-        [[nodiscard]] double Clamp(double x) const;
-    };
-    using Intervals = std::vector<Interval>;
-
-    static Intervals ReadIntervals(QPDFObjectHandle array);
-
-    Function() = default;
-
+private:
     // @param[in,out] budget how many functions there may be yet, so that loops of them end.
-    static std::shared_ptr<const Function> Parse(QPDFObjectHandle object, int& budget);
-
-    // Reads what a type has beside its domain and range, and says how many outputs it has. @return false if damaged.
-    virtual bool Read(QPDFObjectHandle object, int& budget) = 0;
-
-    // The formula itself, for numbers within the domain.
-    virtual void Compute(std::span<const double> in, std::span<double> out) const = 0;
+    static Pointer Parse(QPDFObjectHandle object, int& budget);
+    // Read what a type has beside its domain and range. @return false if it is damaged.
+    bool ReadArray(QPDFObjectHandle array, int& budget);
+    bool ReadSampled(QPDFObjectHandle stream);
+    bool ReadExponential(QPDFObjectHandle dictionary);
+    bool ReadStitching(QPDFObjectHandle dictionary, int& budget);
+    bool ReadProgram(QPDFObjectHandle stream);
 
     Intervals domain_;
     Intervals range_;  // as many as outputs, or none
     std::size_t outputs_ = 0;
-
-private:
-    struct Joined;
-    struct Sampled;
-    struct Exponential;
-    struct Stitching;
-    struct Calculated;
+    Formula formula_;  // for numbers within the domain
 };
 
 }  // namespace pdf

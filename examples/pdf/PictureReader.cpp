@@ -14,9 +14,9 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 
 // low + sample / greatest (high - low), a component each.
-std::vector<ColorSpace::Decode> DecodeOf(QPDFObjectHandle picture, const ColorSpace& space, unsigned int bits) {
+std::vector<Interval> DecodeOf(QPDFObjectHandle picture, const ColorSpace& space, unsigned int bits) {
     const std::vector<double> numbers = ToNumbers(Entry(picture, "/Decode"));
-    std::vector<ColorSpace::Decode> decode;
+    std::vector<Interval> decode;
     for (std::size_t i = 0; i < space.Components(); ++i) {
         if (2 * i + 1 < numbers.size())
             decode.push_back({numbers[2 * i], numbers[2 * i + 1]});
@@ -30,7 +30,7 @@ std::vector<ColorSpace::Decode> DecodeOf(QPDFObjectHandle picture, const ColorSp
 // the pixel before.
 class Colors {
 public:
-    Colors(const ColorSpace& space, std::vector<ColorSpace::Decode> decode, unsigned int greatest)
+    Colors(const ColorSpace& space, std::vector<Interval> decode, unsigned int greatest)
         : space_(space), decode_(std::move(decode)), greatest_(greatest), components_(space.Components()) {
         if (components_.size() != 1 || greatest > 255) return;
         for (unsigned int sample = 0; sample <= greatest; ++sample) palette_.push_back(Compute(&sample));
@@ -53,7 +53,7 @@ private:
     }
 
     const ColorSpace& space_;
-    std::vector<ColorSpace::Decode> decode_;
+    std::vector<Interval> decode_;
     double greatest_;
     std::vector<double> components_;
     std::vector<vantu::Color> palette_;

@@ -18,15 +18,18 @@ namespace pdf {
 namespace {
 
 constexpr double kSteps = 4096;  // colours along a shading
-
-using MaybeColor = std::optional<vantu::Color>;
+constexpr vantu::Color kClear{0U};
 
 // What shadings of all types have.
 struct Shading {
-    std::shared_ptr<const ColorSpace> space;
-    std::shared_ptr<const Function> function;
     QPDFObjectHandle dictionary;
+    ColorSpace::Pointer space;
+    Function::Pointer function;
 
+    [[nodiscard]] std::vector<double> Numbers(const char* key, std::vector<double> fallback) const {
+        std::vector<double> numbers = ToNumbers(Entry(dictionary, key));
+        return numbers.size() == fallback.size() ? numbers : fallback;
+    }
     [[nodiscard]] vantu::Color ColorOf(std::span<const double> numbers) const {
         std::array<double, Function::kMost> components{};
         function->Evaluate(numbers, components);
@@ -34,137 +37,104 @@ struct Shading {
     }
 };
 
-// The colours along an axis; each is computed once.
+// The colour of a shading at a point of its space; clear where it has none.
+using ColorAt = std::function<vantu::Color(const PointD&)>;
+
+// Type 1: the colour is a function of the place.
+ColorAt FunctionBased(const Shading& shading) {
+    const Matrix matrix = ToMatrix(Entry(shading.dictionary, "/Matrix"));
+    if (!matrix.IsInvertible()) return nullptr;
+    return [shading, toDomain = matrix.Inverse(), d = shading.Numbers("/Domain", {0, 1, 0, 1})](const PointD& at) {
+        const PointD p = toDomain.Map(at);
+        const bool isInside = p.x >= d[0] && p.x <= d[1] && p.y >= d[2] && p.y <= d[3];
+        return isInside ? shading.ColorOf(std::array{p.x, p.y}) : kClear;
+    };
+}
+
+// The colours along an axis that goes from 0 to 1; each is computed once.
 class Ramp {
 public:
-    explicit Ramp(const Shading& shading) : shading_(shading), colors_(static_cast<std::size_t>(kSteps) + 1) {
-        const std::vector<double> domain = ToNumbers(Entry(shading.dictionary, "/Domain"));
-        if (domain.size() == 2) {
-            low_ = domain[0];
-            high_ = domain[1];
-        }
+    explicit Ramp(const Shading& shading)
+        : shading_(shading),
+          domain_(shading.Numbers("/Domain", {0, 1})),
+          colors_(static_cast<std::size_t>(kSteps) + 1) {
         QPDFObjectHandle extend = Entry(shading.dictionary, "/Extend");
         extendStart_ = ToBool(Item(extend, 0), false);
         extendEnd_ = ToBool(Item(extend, 1), false);
     }
 
-    // Whether there is a colour at a place; the axis goes from 0 to 1.
-    [[nodiscard]] bool Has(double s) const { return (s >= 0 || extendStart_) && (s <= 1 || extendEnd_); }
-
+    [[nodiscard]] bool Has(double s) const {
+        return std::isfinite(s) && (s >= 0 || extendStart_) && (s <= 1 || extendEnd_);
+    }
     vantu::Color At(double s) {
-        const double step = std::round(std::max(0.0, std::min(1.0, s)) * kSteps);
-        MaybeColor& color = colors_[static_cast<std::size_t>(step)];
-        const double number = low_ + step / kSteps * (high_ - low_);
-        if (!color) color = shading_.ColorOf({&number, 1});
+        const double step = std::round(std::clamp(s, 0.0, 1.0) * kSteps);
+        std::optional<vantu::Color>& color = colors_[static_cast<std::size_t>(step)];
+        if (!color) color = shading_.ColorOf(std::array{domain_[0] + step / kSteps * (domain_[1] - domain_[0])});
         return *color;
     }
 
 private:
-    const Shading& shading_;
-    std::vector<MaybeColor> colors_;
-    double low_ = 0;
-    double high_ = 1;
+    Shading shading_;
+    std::vector<double> domain_;
+    std::vector<std::optional<vantu::Color>> colors_;
     bool extendStart_;
     bool extendEnd_;
 };
 
-// Type 1: the colour is a function of the place.
-struct FunctionBased {
-    const Shading& shading;
-    Matrix toDomain;
-    Box domain;
-
-    explicit FunctionBased(const Shading& of) : shading(of) {
-        const Matrix matrix = ToMatrix(Entry(of.dictionary, "/Matrix"));
-        const std::vector<double> d = ToNumbers(Entry(of.dictionary, "/Domain"));
-        domain = d.size() == 4 ? Box{d[0], d[2], d[1], d[3]} : Box{0, 0, 1, 1};
-        if (matrix.IsInvertible())
-            toDomain = matrix.Inverse();
-        else
-            domain = {};
-    }
-    MaybeColor operator()(const PointD& at) const {
-        const PointD p = toDomain.Map(at);
-        if (domain.IsEmpty() || p.x < domain.x0 || p.x > domain.x1 || p.y < domain.y0 || p.y > domain.y1) return {};
-        const std::array<double, 2> numbers{p.x, p.y};
-        return shading.ColorOf(numbers);
-    }
-};
-
 // Type 2: along a line from p0 to p1, s = (p - p0) (p1 - p0) / |p1 - p0|^2
-struct Axial {
-    Ramp ramp;
-    std::vector<double> coords;
-
-    explicit Axial(const Shading& of) : ramp(of), coords(ToNumbers(Entry(of.dictionary, "/Coords"))) {}
-    MaybeColor operator()(const PointD& at) {
-        if (coords.size() != 4) return {};
-        const double dx = coords[2] - coords[0];
-        const double dy = coords[3] - coords[1];
-        const double s = ((at.x - coords[0]) * dx + (at.y - coords[1]) * dy) / (dx * dx + dy * dy);
-        return std::isfinite(s) && ramp.Has(s) ? MaybeColor(ramp.At(s)) : MaybeColor();
-    }
-};
+ColorAt Axial(const Shading& shading) {
+    const std::vector<double> c = shading.Numbers("/Coords", {0, 0, 0, 0});
+    return
+        [ramp = Ramp(shading), p0 = PointD{c[0], c[1]}, dx = c[2] - c[0], dy = c[3] - c[1]](const PointD& p) mutable {
+            const double s = ((p.x - p0.x) * dx + (p.y - p0.y) * dy) / (dx * dx + dy * dy);
+            return ramp.Has(s) ? ramp.At(s) : kClear;
+        };
+}
 
 // Type 3: circles of middle c0 + s (c1 - c0) and radius r0 + s (r1 - r0). Through a point p, seen from c0, go those
 // with |p - s (c1 - c0)| = r0 + s (r1 - r0), which is A s^2 - 2 B s + C = 0. The largest s whose radius is not negative
 // is on top.
-struct Radial {
-    Ramp ramp;
-    std::vector<double> coords;
-
-    explicit Radial(const Shading& of) : ramp(of), coords(ToNumbers(Entry(of.dictionary, "/Coords"))) {}
-    MaybeColor operator()(const PointD& at) {
-        if (coords.size() != 6) return {};
-        const double dx = coords[3] - coords[0];
-        const double dy = coords[4] - coords[1];
-        const double r0 = coords[2];
-        const double dr = coords[5] - r0;
-        const PointD p{at.x - coords[0], at.y - coords[1]};
+ColorAt Radial(const Shading& shading) {
+    const std::vector<double> n = shading.Numbers("/Coords", {0, 0, 0, 0, 0, 0});
+    return [ramp = Ramp(shading), c0 = PointD{n[0], n[1]}, r0 = n[2], dx = n[3] - n[0], dy = n[4] - n[1],
+            dr = n[5] - n[2]](const PointD& at) mutable {
+        const PointD p{at.x - c0.x, at.y - c0.y};
         const double a = dx * dx + dy * dy - dr * dr;
         const double b = p.x * dx + p.y * dy + r0 * dr;
         const double c = p.x * p.x + p.y * p.y - r0 * r0;
-        std::array<double, 2> roots{};
-        if (std::abs(a) <= 1e-12 * (dx * dx + dy * dy + dr * dr)) {
-            roots = {c / (2 * b), c / (2 * b)};
-        } else {
-            const double root = std::sqrt(b * b - a * c);
-            roots = {(b + root) / a, (b - root) / a};
-            if (roots[0] < roots[1]) std::swap(roots[0], roots[1]);
-        }
-        for (const double s : roots) {
-            if (std::isfinite(s) && r0 + s * dr >= 0 && ramp.Has(s)) return ramp.At(s);
-        }
-        return {};
-    }
-};
+        const double root = std::sqrt(b * b - a * c);
+        const bool isLinear = std::abs(a) <= 1e-12 * (dx * dx + dy * dy + dr * dr);
+        const auto [least, most] =
+            isLinear ? std::pair(c / (2 * b), c / (2 * b)) : std::minmax({(b - root) / a, (b + root) / a});
+        for (const double s : {most, least})
+            if (r0 + s * dr >= 0 && ramp.Has(s)) return ramp.At(s);
+        return kClear;
+    };
+}
 
-// Paints where `colorAt`, given the middle of a pixel in the shading's space, has a colour, as far as `inside` covers;
-// what is left shows the background, if there is one.
-template <typename ColorAt>
-ShadedImage Paint(ColorAt colorAt, const Matrix& fromDevice, const Pixels& box, const Mask& inside,
-                  const MaybeColor& background) {
+// Paints where `colorAt`, given the middle of a pixel, has a colour, as far as `inside` covers; what is left shows the
+// background.
+std::shared_ptr<vantu::IQorImage> Paint(const ColorAt& colorAt, const Matrix& fromDevice, const Pixels& box,
+                                        const Mask& inside, const vantu::Color& background) {
     const auto image = std::make_shared<vantu::CQorImage>(
         static_cast<unsigned int>(Width(box)), static_cast<unsigned int>(Height(box)),
         vantu::PixelFormat::Bgra32Premultiplied, static_cast<unsigned char>(0), false);
     unsigned char* out = image->GetPixelData();
     for (int y = box.y0; y < box.y1; ++y) {
         for (int x = box.x0; x < box.x1; ++x) {
-            const MaybeColor color = colorAt(fromDevice.Map({x + 0.5, y + 0.5}));
-            const unsigned int alpha = color ? SampleAt(inside, x, y) : 0U;
-            const vantu::Color above = color.value_or(vantu::Color());
-            const vantu::Color below = background.value_or(vantu::Color());
-            const unsigned int alphaBelow = background ? 255 - alpha : 0;
-            const auto mix = [&](unsigned int a, unsigned int b) {
-                return static_cast<unsigned char>((a * alpha + b * alphaBelow + 127) / 255);
+            const vantu::Color color = colorAt ? colorAt(fromDevice.Map({x + 0.5, y + 0.5})) : kClear;
+            const unsigned int alpha = color.GetAlpha() == 0 ? 0U : SampleAt(inside, x, y);
+            const unsigned int alphaBelow = background.GetAlpha() == 0 ? 0U : 255 - alpha;
+            const auto mix = [&](unsigned int above, unsigned int below) {
+                return static_cast<unsigned char>((above * alpha + below * alphaBelow + 127) / 255);
             };
-            *out++ = mix(above.GetBlue(), below.GetBlue());
-            *out++ = mix(above.GetGreen(), below.GetGreen());
-            *out++ = mix(above.GetRed(), below.GetRed());
+            *out++ = mix(color.GetBlue(), background.GetBlue());
+            *out++ = mix(color.GetGreen(), background.GetGreen());
+            *out++ = mix(color.GetRed(), background.GetRed());
             *out++ = mix(255, 255);
         }
     }
-    return {box, image};
+    return image;
 }
 
 }  // namespace
@@ -172,9 +142,9 @@ ShadedImage Paint(ColorAt colorAt, const Matrix& fromDevice, const Pixels& box, 
 ShadedImage PaintShading(QPDFObjectHandle dictionary, QPDFObjectHandle resources, const Matrix& toDevice,
                          const Pixels& clip, bool withBackground, Notes& notes) {
     if (IsEmpty(clip) || !toDevice.IsInvertible()) return {};
-    const Shading shading{ColorSpace::Parse(Entry(dictionary, "/ColorSpace"), resources, notes),
-                          Function::Parse(Entry(dictionary, "/Function")), dictionary};
-    MaybeColor background;
+    const Shading shading{dictionary, ColorSpace::Parse(Entry(dictionary, "/ColorSpace"), resources, notes),
+                          Function::Parse(Entry(dictionary, "/Function"))};
+    vantu::Color background = kClear;
     if (const std::vector<double> components = ToNumbers(Entry(dictionary, "/Background"));
         withBackground && !components.empty())
         background = shading.space->ToColor(components);
@@ -184,18 +154,15 @@ ShadedImage PaintShading(QPDFObjectHandle dictionary, QPDFObjectHandle resources
         outline.AddRectangle(ToBox(box, {}));
         inside = FillCoverage(outline, toDevice, false, clip);
     }
-    const Pixels area = background ? clip : inside.box;
+    const Pixels area = background.GetAlpha() == 0 ? inside.box : clip;
     if (IsEmpty(area)) return {};
-    const auto paint = [&](auto colorAt) { return Paint(colorAt, toDevice.Inverse(), area, inside, background); };
     const int type = shading.function ? ToInteger(Entry(dictionary, "/ShadingType"), 0) : 0;
-    switch (type) {
-        case 1: return paint(FunctionBased(shading));
-        case 2: return paint(Axial(shading));
-        case 3: return paint(Radial(shading));
-        default: break;
-    }
-    notes.Add("shading that is not of type 1 to 3 or cannot be read: left out");
-    return paint([](const PointD&) { return MaybeColor(); });
+    const ColorAt colorAt = type == 1   ? FunctionBased(shading)
+                            : type == 2 ? Axial(shading)
+                            : type == 3 ? Radial(shading)
+                                        : nullptr;
+    if (!colorAt) notes.Add("shading that is not of type 1 to 3 or cannot be read: left out");
+    return {area, Paint(colorAt, toDevice.Inverse(), area, inside, background)};
 }
 
 }  // namespace pdf
