@@ -11,14 +11,14 @@ namespace {
 using vantu::Paint;
 
 constexpr double kMost = 255;
-// What is clear in a mask is no part of an element of a knockout group; what is so nearly clear is.
+// What is clear is no part of an element of a knockout group; what is so nearly clear in a mask is.
 constexpr unsigned char kBarelyOpaque = 2;
 
 }  // namespace
 
 Canvas::Canvas(const Image& page, const Pixels& visible, Calls* calls)
     : painter_(page),
-      groups_{{{visible, nullptr}, false}},
+      groups_{{{visible, nullptr}}},
       calls_(calls),
       kept_(calls != nullptr ? calls->ListOf(page, visible) : nullptr) {
     painter_.SetClip({visible});
@@ -30,10 +30,12 @@ Paint Canvas::PaintOf(const Mask& shape, const Placing& placing) const {
         std::make_shared<vantu::CIdentityPDFTransferFunction>(vantu::IPDFTransferFunction::SourceType::Luminosity);
     Mask mask{shape.box, IsKnockout() ? nullptr : shape.image};
     if (placing.softMask) mask = Intersect(mask, *placing.softMask);
-    if (IsKnockout() && !placing.softMaskIsShape) mask = AtLeast(mask, kBarelyOpaque);
+    const bool isThereIfClear = IsKnockout() && !placing.alphaIsShape;
+    if (isThereIfClear) mask = AtLeast(mask, kBarelyOpaque);
     Paint paint;
     paint.mode = placing.mode;
-    paint.alpha = IsEmpty(mask.box) ? 0 : static_cast<unsigned char>(std::lround(placing.alpha * kMost));
+    paint.alpha = static_cast<unsigned char>(std::max(std::lround(placing.alpha * kMost), isThereIfClear ? 1L : 0L));
+    if (IsEmpty(mask.box)) paint.alpha = 0;
     if (mask.image) {
         paint.mask = mask.image;
         paint.maskAt = {mask.box.x0, mask.box.y0};
@@ -70,12 +72,15 @@ void Canvas::Draw(const Image& picture, const vantu::Point<int, 2>& at, const Ma
     Make(std::move(call));
 }
 
-void Canvas::BeginGroup(const Mask& shape, const vantu::GroupKind& kind) {
+void Canvas::BeginGroup(const Mask& shape, vantu::GroupKind kind) {
+    // A group starts on what a knockout group around it started on: on nothing if that is isolated.
+    const vantu::GroupKind& around = groups_.back().kind;
+    kind.isolated = kind.isolated || (around.knockout && around.isolated);
     Call call{Call::What::BeginGroup, shape.box};
     if (IsKnockout()) call.runs = RunsOf(shape);
     call.group = kind;
     Make(std::move(call));
-    groups_.push_back({shape, IsKnockout() || kind.knockout});
+    groups_.push_back({shape, kind, IsKnockout() || kind.knockout});
 }
 
 void Canvas::EndGroup(const Placing& placing) {

@@ -17,7 +17,7 @@ struct Placing {
     vantu::BlendMode mode = vantu::BlendMode::Normal;
     double alpha = 1;              // 0 to 1
     std::optional<Mask> softMask;  // how opaque each pixel is at most
-    bool softMaskIsShape = false;  // whether it says where the element is, too
+    bool alphaIsShape = false;     // whether both say where the element is, too
 };
 
 // The page and the groups open on it: turns what a page paints into calls to Painter, and counts them.
@@ -40,13 +40,14 @@ public:
     void Draw(const Image& picture, const vantu::Point<int, 2>& at, const Mask& shape, const Placing& placing);
 
     // Opens a group that can be seen in a shape. What is painted until EndGroup belongs to it.
-    void BeginGroup(const Mask& shape, const vantu::GroupKind& kind);
+    void BeginGroup(const Mask& shape, vantu::GroupKind kind);
     // Paints the group that was opened last on what lies below it.
     void EndGroup(const Placing& placing);
 
 private:
     struct Group {
         Mask shape;
+        vantu::GroupKind kind = {};
         bool insideKnockout = false;
     };
 

@@ -14,7 +14,7 @@ namespace pdf {
 struct Budget {
     unsigned long operators = 2'500'000;  // of all content of the page
     int nesting = 24;                     // forms, patterns, glyphs and soft masks inside each other
-    std::set<QPDFObjGen> open = {};       // contents that are being read: none is read inside itself
+    std::set<QPDFObjGen> open = {};       // forms, tiles and glyphs that are being painted: none is inside itself
 };
 
 // Operands before an operator, the last at the back.

@@ -42,7 +42,7 @@ int LineTo(const FT_Vector* to, void* user) {
 // A quadratic curve as a cubic one: its inner points lie two thirds of the way to the control point.
 int ConicTo(const FT_Vector* control, const FT_Vector* to, void* user) {
     Collector& c = CollectorOf(user);
-    const PointD from = c.path->Current();
+    const PointD from = c.path->current;
     const PointD middle = c.ToEms(*control);
     const PointD end = c.ToEms(*to);
     c.path->CurveTo({from.x + (middle.x - from.x) * 2 / 3, from.y + (middle.y - from.y) * 2 / 3},

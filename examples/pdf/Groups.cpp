@@ -65,14 +65,14 @@ void Interpreter::PaintContentOf(QPDFObjectHandle form, const GraphicsState& ins
     Path box;
     box.AddRectangle(BoxOf(form));
     content.ClipTo(box, inside.toDevice, false);
-    if (!IsEmpty(content.Visible())) content.Paint(form);
+    if (!IsEmpty(content.Visible())) content.PaintOnce(form);
 }
 
 void Interpreter::PaintGroup(QPDFObjectHandle form, GraphicsState inside) {
     const QPDFObjectHandle group = Entry(form, "/Group");
     const bool knockout = ToBool(Entry(group, "/K"), false);
     // With Normal alone inside, a group is the same isolated, and nothing need be taken out of it.
-    const bool usesModes = page_.blendModes.IsIn(form);
+    const bool usesModes = page_.blendModes.In(form).any();
     const bool isolated = ToBool(Entry(group, "/I"), false) || !usesModes;
     const bool asItIs = state_.mode == vantu::BlendMode::Normal && state_.fill.alpha == 1 && !state_.softMask;
     inside.mode = vantu::BlendMode::Normal;
@@ -110,8 +110,13 @@ const Mask& Interpreter::MaskOf(SoftMask& softMask) {
     const bool byLuminosity = ToName(Entry(softMask.dictionary, "/S")) == "/Luminosity";
     vantu::Color backdrop = vantu::ARGB_BLACK;
     const std::vector<double> components = ToNumbers(Entry(softMask.dictionary, "/BC"));
-    if (!components.empty())
-        backdrop = ColorSpace::Parse(Entry(group, "/CS"), Entry(form, "/Resources"), page_.notes)->ToColor(components);
+    if (!components.empty()) {
+        const QPDFObjectHandle named = Entry(group, "/CS");
+        ColorSpace::Pointer space = ColorSpace::Device(components.size());
+        if (!space || !QPDFObjectHandle(named).isNull())
+            space = ColorSpace::Parse(named, Entry(form, "/Resources"), page_.notes);
+        backdrop = space->ToColor(components);
+    }
     const unsigned char bgr[] = {backdrop.GetBlue(), backdrop.GetGreen(), backdrop.GetRed()};
     const auto table = TransferTable(Entry(softMask.dictionary, "/TR"));
     const unsigned char outside = table[byLuminosity ? Luminosity(bgr) : 0];
@@ -130,7 +135,7 @@ const Mask& Interpreter::MaskOf(SoftMask& softMask) {
     if (byLuminosity) canvas.Fill(backdrop, {bounds, nullptr}, {});
     const GraphicsState inside = InitialState(toDevice, bounds);
     const bool knockout = ToBool(Entry(group, "/K"), false);
-    const bool needsGroup = knockout || (byLuminosity && page_.blendModes.IsIn(form));
+    const bool needsGroup = knockout || (byLuminosity && page_.blendModes.In(form).any());
     if (needsGroup) canvas.BeginGroup({bounds, nullptr}, {true, knockout, true});
     Interpreter(page, resources_, inside).PaintContentOf(form, inside);
     if (needsGroup) canvas.EndGroup({});

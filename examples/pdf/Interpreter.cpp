@@ -41,9 +41,8 @@ Interpreter::Interpreter(PageContext& page, QPDFObjectHandle resources, const Gr
 
 void Interpreter::Paint(QPDFObjectHandle content) {
     Budget& budget = page_.budget;
-    const QPDFObjGen id = content.getObjGen();
-    if (budget.nesting == 0 || budget.open.contains(id)) {
-        page_.notes.Add("content inside itself, or nested too deeply: left out");
+    if (budget.nesting == 0) {
+        page_.notes.Add("content nested too deeply: left out");
         return;
     }
     // Each content takes the time of some operators, and more the more pixels it may paint on.
@@ -52,14 +51,22 @@ void Interpreter::Paint(QPDFObjectHandle content) {
     const auto cost = kOperatorsForContent + static_cast<unsigned long>(pixels / kPixelsForOperator);
     budget.operators -= std::min(budget.operators, cost);
     --budget.nesting;
-    if (id.isIndirect()) budget.open.insert(id);
     const auto handle = [this](const std::string& name, const Operands& operands) {
         const auto found = Operators().find(name);
         if (found != Operators().end()) found->second(*this, operands);
     };
     if (!ReadContent(content, budget, handle)) page_.notes.Add("a page of too many operators is cut off");
-    budget.open.erase(id);
     ++budget.nesting;
+}
+
+void Interpreter::PaintOnce(QPDFObjectHandle content) {
+    const auto [open, isNew] = page_.budget.open.insert(content.getObjGen());
+    if (!isNew) {
+        page_.notes.Add("content inside itself: left out");
+        return;
+    }
+    Paint(content);
+    page_.budget.open.erase(open);
 }
 
 const std::map<std::string, Interpreter::Action>& Interpreter::Operators() {
@@ -86,7 +93,7 @@ const std::map<std::string, Interpreter::Action>& Interpreter::Operators() {
         {"m", [](I i, O o) { i.path_.MoveTo(Point(o, 0)); }},
         {"l", [](I i, O o) { i.path_.LineTo(Point(o, 0)); }},
         {"c", [](I i, O o) { i.path_.CurveTo(Point(o, 0), Point(o, 2), Point(o, 4)); }},
-        {"v", [](I i, O o) { i.path_.CurveTo(i.path_.Current(), Point(o, 0), Point(o, 2)); }},
+        {"v", [](I i, O o) { i.path_.CurveTo(i.path_.current, Point(o, 0), Point(o, 2)); }},
         {"y", [](I i, O o) { i.path_.CurveTo(Point(o, 0), Point(o, 2), Point(o, 2)); }},
         {"h", [](I i, O) { i.path_.Close(); }},
         {"re",

@@ -39,6 +39,8 @@ public:
 
     // Reads and paints a content stream.
     void Paint(QPDFObjectHandle content);
+    // The same of one that has a use of its own. Inside itself it is left out. The stream of a page may be a form, too.
+    void PaintOnce(QPDFObjectHandle content);
     // Paints a form in the present state, as the operator Do does.
     void PaintForm(QPDFObjectHandle form);
     // Paints the content of a form or a tile, inside its box, as if it were no group.

@@ -185,6 +185,8 @@ Mask StrokeCoverage(const Path& path, const Matrix& toDevice, const StrokeStyle&
     inPixels.width = std::isfinite(style.width) ? std::clamp(style.width * scale, 1.0, 1e9) : 1;
 
     std::vector<Polyline> lines = Flatten(path, toPixels);
+    // A point has caps if they are round; others would have no direction.
+    if (style.cap != LineCap::Round) std::erase_if(lines, [](const Polyline& line) { return line.points.size() == 1; });
     for (Polyline& line : lines) OpenIfFlat(line);
     agg::path_storage storage = ToAgg(lines);
     Rasterizer rasterizer(clip);

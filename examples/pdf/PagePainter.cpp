@@ -39,6 +39,14 @@ Matrix AppearanceMatrix(QPDFObjectHandle annotation, QPDFObjectHandle appearance
     return {across, 0, 0, up, place.x0 - box.x0 * across, place.y0 - box.y0 * up};
 }
 
+// A page that says it is a group is isolated, whatever it says of that: it blends with no paper. It is the same painted
+// on white at once, unless it knocks out or has modes that make something else of white than the source.
+bool NeedsGroup(QPDFObjectHandle group, BlendModes modes) {
+    for (const vantu::BlendMode same : {vantu::BlendMode::Multiply, vantu::BlendMode::Darken})
+        modes.reset(static_cast<std::size_t>(same));
+    return group.isDictionary() && (modes.any() || ToBool(Entry(group, "/K"), false));
+}
+
 }  // namespace
 
 void PagePainter::Paint(int number, const PageGeometry& geometry, const std::shared_ptr<vantu::IQorImage>& image,
@@ -49,7 +57,12 @@ void PagePainter::Paint(int number, const PageGeometry& geometry, const std::sha
     Budget budget = budget_;
     PageContext context{document_, canvas, fonts_, blendModes_, notes_, budget};
     const GraphicsState state = InitialState(geometry.toDevice, rows);
+    const QPDFObjectHandle group = Entry(page, "/Group");
+    const bool isGroup =
+        NeedsGroup(group, blendModes_.In(QPDFObjectHandle::newDictionary({{"/Resources", resources}})));
+    if (isGroup) canvas.BeginGroup({rows, nullptr}, {true, ToBool(Entry(group, "/K"), false), true});
     Interpreter(context, resources, state).Paint(Entry(page, "/Contents"));
+    if (isGroup) canvas.EndGroup({});
 
     const QPDFObjectHandle annotations = Entry(page, "/Annots");
     for (int i = 0; QPDFObjectHandle(annotations).isArray() && i < QPDFObjectHandle(annotations).getArrayNItems();

@@ -12,14 +12,21 @@ struct Path {
 
     std::vector<Step> steps;
     std::vector<PointD> points;
+    PointD start;    // of the subpath that is open
+    PointD current;  // where the next step begins
 
     [[nodiscard]] bool IsEmpty() const { return steps.empty(); }
-    [[nodiscard]] PointD Current() const { return points.empty() ? PointD{} : points.back(); }
 
-    void MoveTo(const PointD& to) { Add(Step::Move, {to}); }
+    void MoveTo(const PointD& to) {
+        start = to;
+        Add(Step::Move, {to});
+    }
     void LineTo(const PointD& to) { Add(Step::Line, {to}); }
     void CurveTo(const PointD& first, const PointD& second, const PointD& to) { Add(Step::Curve, {first, second, to}); }
-    void Close() { steps.push_back(Step::Close); }
+    void Close() {
+        steps.push_back(Step::Close);
+        current = start;
+    }
     void AddRectangle(const Box& box) {
         MoveTo({box.x0, box.y0});
         LineTo({box.x1, box.y0});
@@ -37,6 +44,7 @@ private:
     void Add(Step step, std::initializer_list<PointD> to) {
         steps.push_back(step);
         points.insert(points.end(), to);
+        current = points.back();
     }
 };
 

@@ -87,7 +87,7 @@ void Interpreter::PaintGlyphContent(const Glyph& glyph, const Matrix& toUser) {
     inside.toDevice = Concat(toUser, state_.toDevice);
     const QPDFObjectHandle own = state_.text.font->Resources();
     Interpreter content(page_, QPDFObjectHandle(own).isDictionary() ? own : resources_, inside, colorless_);
-    content.Paint(glyph.content);
+    content.PaintOnce(glyph.content);
 }
 
 void Interpreter::EndText() {

@@ -9,9 +9,10 @@ namespace pdf {
 
 namespace {
 
-// Tiles with steps of so many pixels are painted one by one, others as copies of one.
+// Tiles with steps of so many pixels are painted one by one, others as copies of one, unless they are few and blend.
 constexpr double kLeastPaintedStep = 8;
 constexpr double kLeastPaintedArea = 48 * 48;
+constexpr double kMostBlendingTiles = 10000;
 constexpr double kMostOverlappingTiles = 400;
 constexpr double kMostPixelsOfTile = 1 << 22;
 constexpr unsigned int kBytesPerPixel = 4;
@@ -80,9 +81,12 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     };
     const double across = lattice.step.x * std::hypot(toDevice.a, toDevice.b);
     const double down = lattice.step.y * std::hypot(toDevice.c, toDevice.d);
-    if (std::min(across, down) >= kLeastPaintedStep && across * down >= kLeastPaintedArea) {
+    const bool isLarge = std::min(across, down) >= kLeastPaintedStep && across * down >= kLeastPaintedArea;
+    // Tiles blend with what lies below them, too.
+    const bool blends = page_.blendModes.In(ink.pattern).any();
+    if (isLarge || (blends && Count(tiles) <= kMostBlendingTiles)) {
         const Placing asAWhole = PlacingOf(ink);
-        page_.canvas.BeginGroup(mask, {true, false, false});
+        page_.canvas.BeginGroup(mask, {!blends, false, false, state_.mode == vantu::BlendMode::Normal});
         paintTiles(page_, tiles, toDevice, area);
         page_.canvas.EndGroup(asAWhole);
         return;

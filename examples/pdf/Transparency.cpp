@@ -30,23 +30,21 @@ std::map<std::string, QPDFObjectHandle> EntriesOf(QPDFObjectHandle resources, co
 }
 
 // @param seen the objects that have been looked through. @param depth how much deeper to look.
-bool UsesBlendModes(QPDFObjectHandle form, std::set<QPDFObjGen>& seen, int depth) {
-    if (form.isIndirect() && !seen.insert(form.getObjGen()).second) return false;
-    if (depth == 0) return true;
+BlendModes ModesOf(QPDFObjectHandle form, std::set<QPDFObjGen>& seen, int depth) {
+    BlendModes modes;
+    if (form.isIndirect() && !seen.insert(form.getObjGen()).second) return modes;
+    if (depth == 0) return modes.set();
     const QPDFObjectHandle resources = Entry(form, "/Resources");
     const std::string kind = ToName(Entry(form, "/Subtype"));
     // Without resources of its own it uses those of whoever shows it.
-    if (!QPDFObjectHandle(resources).isDictionary() && (kind == "/Form" || kind == "/Type3")) return true;
+    if (!QPDFObjectHandle(resources).isDictionary() && (kind == "/Form" || kind == "/Type3")) return modes.set();
     Notes unused;
-    for (const auto& [name, state] : EntriesOf(resources, "/ExtGState")) {
-        if (ToBlendMode(Entry(state, "/BM"), unused) != BlendMode::Normal) return true;
-    }
+    for (const auto& [name, state] : EntriesOf(resources, "/ExtGState"))
+        modes.set(static_cast<std::size_t>(ToBlendMode(Entry(state, "/BM"), unused)));
     for (const char* category : {"/XObject", "/Pattern", "/Font"}) {
-        for (const auto& [name, inner] : EntriesOf(resources, category)) {
-            if (UsesBlendModes(inner, seen, depth - 1)) return true;
-        }
+        for (const auto& [name, inner] : EntriesOf(resources, category)) modes |= ModesOf(inner, seen, depth - 1);
     }
-    return false;
+    return modes;
 }
 
 }  // namespace
@@ -62,11 +60,11 @@ BlendMode ToBlendMode(QPDFObjectHandle value, Notes& notes) {
     return BlendMode::Normal;
 }
 
-bool BlendModeUse::IsIn(QPDFObjectHandle form) {
+BlendModes BlendModeUse::In(QPDFObjectHandle form) {
     const auto [entry, isNew] = known_.try_emplace(form.getObjGen());
     if (isNew || !form.isIndirect()) {
         std::set<QPDFObjGen> seen;
-        entry->second = UsesBlendModes(form, seen, kDeepestResources);
+        entry->second = ModesOf(form, seen, kDeepestResources).reset(static_cast<std::size_t>(BlendMode::Normal));
     }
     return entry->second;
 }

@@ -2,6 +2,7 @@
 
 #include <vantu/BlendMode.h>
 
+#include <bitset>
 #include <map>
 
 #include "Notes.h"
@@ -13,15 +14,17 @@ namespace pdf {
 // channels are not the library's; they are painted as Normal, and noted.
 vantu::BlendMode ToBlendMode(QPDFObjectHandle value, Notes& notes);
 
-// Finds out which forms use other modes than Normal. What a form's resources do not name, however deep, it cannot use.
-// A group without them comes out the same whether it is isolated or not. One thread at a time.
+using BlendModes = std::bitset<vantu::kBlendModeCount>;
+
+// Finds out which modes but Normal a form may use: what its resources do not name, however deep, it cannot. One thread
+// at a time.
 class BlendModeUse {
 public:
-    // Whether a form may use another mode; true of resources too deep to be looked through.
-    bool IsIn(QPDFObjectHandle form);
+    // @param form anything that has resources. @return all modes for resources too deep to be looked through.
+    BlendModes In(QPDFObjectHandle form);
 
 private:
-    std::map<QPDFObjGen, bool> known_;
+    std::map<QPDFObjGen, BlendModes> known_;
 };
 
 }  // namespace pdf

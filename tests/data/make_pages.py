@@ -95,13 +95,27 @@ def groups_in_knockout_group():
     return 6, 4, stripes(6, 4) + [Group([one, two, Rect(3, 0, 6, 3, RED, alpha=0.25)], knockout=True)]
 
 
+def group_in_isolated_knockout_group():
+    """It starts on nothing, as the group around it did."""
+    inner = Group([Rect(0, 0, 4, 3, SKY, mode="Difference"), Rect(1, 1, 6, 4, PLUM, alpha=0.8)], knockout=True)
+    return 6, 4, stripes(6, 4) + [Group([paper(6, 4), inner], isolated=True, knockout=True)]
+
+
 def group_alpha_and_mode():
     return 6, 4, stripes(6, 4) + [Group(three_rects(), isolated=True, alpha=0.6, mode="Multiply")]
 
 
 def page_group():
-    """A page that is an isolated group of its own."""
-    return 6, 4, stripes(6, 4) + three_rects("Screen", 0.5), {"Group": {"S": "/Transparency", "I": True}}
+    """A page that is a group is isolated, whatever it says: nothing blends with the paper."""
+    return 6, 4, stripes(3, 2) + three_rects("Screen"), {"Group": {"S": "/Transparency", "I": False}}
+
+
+def page_knockout_group():
+    """Each element of the page replaces those before it, also one of which nothing is seen."""
+    clear = SoftMask("Luminosity", [Rect(3, 1, 4, 2, WHITE)], (0, 0, 6, 4))
+    elements = stripes(3, 2) + three_rects("Difference", 0.5) + [Rect(4, 0, 5, 2, LEAF, alpha=0.0),
+                                                                 Rect(2, 0, 4, 2, SKY, mask=clear)]
+    return 6, 4, elements, {"Group": {"S": "/Transparency", "K": True}}
 
 
 def luminosity_mask():
@@ -407,6 +421,22 @@ def tilings():
                        at_place(6, 0, 6, 4, [[PLUM, None, None] * 2]), mode="Multiply")]
 
 
+class Tiles(Group):
+    """A group that writes itself as a tiling pattern: of its elements, which repeat, the first is the tile."""
+
+    def paint(self, content):
+        inner = Content(content.file)
+        self.elements[0].write(inner)
+        pattern = content.file.stream({"PatternType": 1, "PaintType": 1, "TilingType": 1, "BBox": [0, 0, 20, 40],
+                                       "XStep": 20, "YStep": 40, "Resources": inner.resources}, inner.text())
+        content.write(f"/Pattern cs {content.name('Pattern', pattern)} scn 0 0 60 40 re f")
+
+
+def blending_tiles():
+    """Tiles are a group that is not isolated."""
+    return 6, 4, stripes(6, 4) + [Tiles([Rect(x, 1, x + 1, 3, SKY, mode="Multiply") for x in (0, 2, 4)], alpha=0.5)]
+
+
 def forms_and_clips():
     """A form's matrix and box; clips of both rules, and clips in clips."""
     def form(content):
@@ -441,10 +471,10 @@ def turned_page():
 
 
 PAGES = [alpha, modes, modes_in_translucent_group, mode_list, isolated_groups, non_isolated_groups,
-         opaque_blends_in_groups, nested_groups, groups_in_knockout_group, group_alpha_and_mode, page_group,
-         luminosity_mask, luminosity_mask_backdrop_transfer, alpha_mask_transfer, mask_in_mask, masked_group, mask_of_two_groups,
+         opaque_blends_in_groups, nested_groups, groups_in_knockout_group, group_in_isolated_knockout_group,
+         group_alpha_and_mode, page_group, page_knockout_group, luminosity_mask, luminosity_mask_backdrop_transfer, alpha_mask_transfer, mask_in_mask, masked_group, mask_of_two_groups,
          masked_element_of_knockout_group, alpha_is_shape, fill_and_stroke, crossing_stroke, text_knockout, text_of_pictures,
-         soft_masked_pictures, masked_pictures, sample_depths, colour_spaces, shadings, tilings, forms_and_clips,
+         soft_masked_pictures, masked_pictures, sample_depths, colour_spaces, shadings, tilings, blending_tiles, forms_and_clips,
          optional_content, turned_page]
 # Bytes are truncated at each step, which is within 2 but for chains of steps that magnify: a channel is stored multiplied
 # by its alpha, so below an alpha of 1/2 a step is 2 or more of the colour (and three elements make three steps); ColorBurn
@@ -678,7 +708,8 @@ def main():
         width, height, elements, *others = make()
         name = make.__name__
         (OUT / f"{name}.pdf").write_bytes(page_bytes(width, height, elements, *others))
-        rows = expected_rows(width, height, elements)
+        knockout = bool(others) and others[0].get("Group", {}).get("K", False)
+        rows = expected_rows(width, height, elements, knockout)
         if make is turned_page:  # clockwise: the left column from below becomes the upper row
             cells = [row.split()[1:] for row in rows]
             rows = [" ".join(row[x] for row in reversed(cells)) for x in range(len(cells[0]))]

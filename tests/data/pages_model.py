@@ -253,13 +253,13 @@ def page_bytes(width, height, elements, page=None, catalog=None, file=None):
                        "Contents": body, **(page or {})}, catalog)
 
 
-def expected_rows(width, height, elements):
+def expected_rows(width, height, elements, knockout=False):
     """What the middles of the cells show on white paper, as rrggbb, rows from the top."""
     rows = []
     for y in reversed(range(height)):
         row = []
         for x in range(width):
-            color, _, alpha = composite(elements, (x + 0.5, y + 0.5), ((1, 1, 1), 1), isolated=True)
+            color, _, alpha = composite(elements, (x + 0.5, y + 0.5), ((1, 1, 1), 1), True, knockout)
             row.append("".join(f"{round(255 * (alpha * c + 1 - alpha)):02x}" for c in color))
         rows.append(" ".join(row))
     return rows

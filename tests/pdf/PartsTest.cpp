@@ -322,6 +322,7 @@ TEST(Flatten, StraysLittleFromACurveAndKeepsToTheSteps) {
     Path path;
     path.MoveTo({9, 9});  // alone
     path.AddRectangle({0, 0, 2, 1});
+    EXPECT_TRUE(path.current.x == 0 && path.current.y == 0);
     path.LineTo({5, 5});  // goes on from the rectangle's start
     path.MoveTo({1, 1});
     path.LineTo({1e300, 1});
@@ -392,6 +393,13 @@ TEST(Coverage, OfStrokesFollowsTheStyle) {
     style = Style(0);
     EXPECT_EQ(Picture(StrokeCoverage(line, Matrix{1, 0, 0, 1, 0, 0.5}, style, kClip), 9, 4)[2], "..####...")
         << "a pixel at least";
+    Path point;
+    point.AddRectangle({3, 2, 3, 2});
+    style = Style(2);
+    for (const LineCap cap : {LineCap::Butt, LineCap::Square, LineCap::Round}) {
+        style.cap = cap;
+        EXPECT_EQ(SampleAt(StrokeCoverage(point, {}, style, kClip), 3, 2) > 150, cap == LineCap::Round);
+    }
     Path corner;
     corner.MoveTo({2, 8});
     corner.LineTo({2, 2});
