@@ -41,7 +41,7 @@ class ByHand {
 public:
     ByHand(Image page, std::shared_ptr<TestSurface> surface, const Rectangle& bounds)
         : page_(std::move(page)), surface_(std::move(surface)), blender_(BlenderOn(page_, surface_)) {
-        levels_.push_back({page_, nullptr, {0, 0}, bounds, {}, {}, false});
+        levels_.push_back({page_, nullptr, {0, 0}, bounds, {}, {}, true});
     }
 
     /// Paints where `shape(x, y)` holds. `at` is where the picture lies; one of a single pixel repeats.
@@ -85,7 +85,7 @@ public:
         }
         const bool plainStart = kind.plain && !kind.isolated && !parent.kind.knockout;
         const PixelFormat format = page_ ? page_->GetPixelFormat() : PixelFormat::Index1;
-        Level group{parent.image, parent.start, parent.origin, box, kind, clip};
+        Level group{parent.image, parent.start, parent.origin, box, kind, clip, parent.keepsBackdrop};
         group.copiedBack = plainStart && parent.image && parent.image == page_ &&
                            (format == PixelFormat::Bgr24 || format == PixelFormat::Bgra32Premultiplied);
         group.through = (plainStart && !kind.knockout) || box.x0 >= box.x1 || box.y0 >= box.y1;
@@ -106,7 +106,9 @@ public:
                             *group.image, {0, 0});
         }
         group.start = ImageUtil::Clone(*group.image, nullptr, nullptr);
-        blender_->BeginGroup(group.image, nullptr, kind.knockout, kind.isolated || group.copiedBack, false);
+        const bool paintsBelow = kind.normal && !parent.kind.knockout && parent.keepsBackdrop && IsOpaque(*group.image);
+        group.keepsBackdrop = kind.isolated || group.copiedBack || paintsBelow;
+        blender_->BeginGroup(group.image, nullptr, kind.knockout, group.keepsBackdrop, false);
         levels_.push_back(group);
     }
 
@@ -153,6 +155,7 @@ private:
         Rectangle bounds;
         GroupKind kind;
         std::optional<std::vector<Rectangle>> clip;
+        bool keepsBackdrop;    ///< nothing is taken out of it at its end
         bool through = false;  ///< paints on the one below
         bool copiedBack = false;
         bool painted = false;
@@ -160,6 +163,15 @@ private:
 
     void Blend(const Call& call) {
         if (!test::Paint(*blender_, call)) throw std::logic_error("a call made by hand is refused");
+    }
+
+    /// @param image of 32-bit pixels without gaps between rows.
+    static bool IsOpaque(const TestImage& image) {
+        const std::vector<unsigned char> bytes = image.Bytes();
+        for (std::size_t i = 3; i < bytes.size(); i += 4) {
+            if (bytes[i] != 255) return false;
+        }
+        return true;
     }
 
     [[nodiscard]] bool InClip(int x, int y) const {
