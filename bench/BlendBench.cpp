@@ -110,7 +110,7 @@ void MeasureScene(benchmark::State& state, const BlendScene& scene, const Painte
 
 /// Whether a painter draws what the scalar loop draws; found out once for a name.
 bool Draws(const std::string& name, const BlendCase& c, const BlendScene& scene, const Painter& painter,
-           bool (*alike)(const Pixels&, const Pixels&)) {
+           const std::function<bool(const Pixels&, const Pixels&)>& alike) {
     static std::map<std::string, bool> verdicts;
     if (const auto verdict = verdicts.find(name); verdict != verdicts.end()) return verdict->second;
     return verdicts[name] = alike(Painted(scene, painter), Painted(scene, MakeScalarPainter(c, scene)));
@@ -134,7 +134,7 @@ void RunScalar(benchmark::State& state, const BlendCase& c) {
 void RunPixman(benchmark::State& state, const BlendCase& c) {
     const BlendScene scene(c);
     const Painter painter{MakePixmanPainter(c, scene)};
-    if (!Draws("Pixman/" + c.Name(), c, scene, painter, Alike)) {
+    if (!Draws("Pixman/" + c.Name(), c, scene, painter, [](const Pixels& a, const Pixels& b) { return Alike(a, b); })) {
         state.SkipWithError("does not draw nearly what the scalar loop draws");
         return;
     }

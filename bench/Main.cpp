@@ -5,6 +5,7 @@
 
 #include "BlendBench.h"
 #include "CodecBench.h"
+#include "PagesBench.h"
 #include "PlacesBench.h"
 #include "SetupBench.h"
 #include "VectorTarget.h"
@@ -22,6 +23,7 @@ int main(int argc, char** argv) {
     benchmark::AddCustomContext("target", VectorTargetName());
     benchmark::AddCustomContext("compiler", IMAGEOP_COMPILER);
     RegisterBlendBenchmarks();
+    RegisterPagesBenchmarks();
     RegisterPlacesBenchmarks();
     RegisterSetupBenchmarks();
     RegisterCodecBenchmarks();

@@ -14,49 +14,79 @@ namespace {
 constexpr auto kFormat = PixelFormat::Bgra32Premultiplied;
 constexpr std::size_t kPixelBytes = 4;
 
-template <Loop L>
+template <Loop L, CompositeForm F>
 constexpr auto kLoops = MakeModeTable([]<BlendMode Mode>() -> ScalarLoop {
-    return PaintScalar<Mode, kFormat, kFormat, L, CompositeForm::Plain>;
+    return PaintScalar<Mode, kFormat, kFormat, L, F>;
 });
+
+/// A page, or a group that is painted on by the plain loop.
+struct ScalarLevel {
+    std::shared_ptr<IQorImage> image;
+    Point<int, 2> origin{0, 0};                ///< where its first pixel lies on the page
+    std::vector<std::uint32_t> alphas = {};    ///< groups: how opaque each pixel of the group is
+    std::vector<unsigned char> snapshot = {};  ///< groups: what it started on
+};
 
 std::size_t StrideOf(const IQorImage& image) {
     return RowStride(image.GetWidth(), image.GetPixelFormat(), image.GetAlignment());
 }
 
-bool IsStencil(const Paint& paint) {
-    return paint.mask && paint.mask->GetPixelFormat() == PixelFormat::Index1;
-}
-
+template <CompositeForm F>
 ScalarLoop LoopOf(const Paint& paint) {
     const auto mode = static_cast<std::size_t>(paint.mode);
-    if (!paint.mask) return kLoops<Loop::Rect>[mode];
-    return IsStencil(paint) ? kLoops<Loop::Stencil>[mode] : kLoops<Loop::SoftMask>[mode];
+    if (!paint.mask) return kLoops<Loop::Rect, F>[mode];
+    return paint.maskTransfer ? kLoops<Loop::SoftMask, F>[mode] : kLoops<Loop::Stencil, F>[mode];
 }
 
-/// One rectangle of a call on a page.
-ScalarTask TaskOf(const PageCall& call, const Range<int, 2>& r, CQorImage& page) {
-    const auto distance = [](int from, int to) { return static_cast<std::size_t>(to - from); };
-    const IQorImage& picture = *call.picture;
+std::size_t Distance(int from, int to) {
+    return static_cast<std::size_t>(to - from);
+}
+
+/// Paints a picture in the rectangles of a call.
+void PaintScalarCall(const PageCall& call, const IQorImage& picture, ScalarLevel& level) {
+    const bool isGroup = !level.alphas.empty();
+    const ScalarLoop loop =
+        isGroup ? LoopOf<CompositeForm::Group>(call.paint) : LoopOf<CompositeForm::Plain>(call.paint);
     ScalarTask task{};
-    task.width = distance(r.x0, r.x1);
-    task.height = distance(r.y0, r.y1);
-    task.source = picture.GetPixelData();
-    if (!call.isColor) {
-        task.sourceStep = kPixelBytes;
-        task.sourceStride = StrideOf(picture);
-        task.source += distance(call.at.y, r.y0) * task.sourceStride + distance(call.at.x, r.x0) * kPixelBytes;
-    }
-    task.targetStride = StrideOf(page);
-    task.target = page.GetPixelData() + distance(0, r.y0) * task.targetStride + distance(0, r.x0) * kPixelBytes;
+    task.targetStride = StrideOf(*level.image);
     task.alpha = call.paint.alpha;
-    if (const IQorImage* const mask = call.paint.mask.get(); mask != nullptr) {
+    const IQorImage* const mask = call.paint.mask.get();
+    if (mask != nullptr) {
         task.maskStride = StrideOf(*mask);
-        task.mask = mask->GetPixelData() + distance(call.paint.maskAt.y, r.y0) * task.maskStride;
-        task.maskLeft = distance(call.paint.maskAt.x, r.x0);
         task.maskPalette = mask->GetPalette();
         task.maskTransfer = call.paint.maskTransfer.get();
     }
-    return task;
+    for (const auto& r : call.rectangles) {
+        task.width = Distance(r.x0, r.x1);
+        task.height = Distance(r.y0, r.y1);
+        task.source = picture.GetPixelData();
+        if (!call.isColor) {
+            task.sourceStep = kPixelBytes;
+            task.sourceStride = StrideOf(picture);
+            task.source += Distance(call.at.y, r.y0) * task.sourceStride + Distance(call.at.x, r.x0) * kPixelBytes;
+        }
+        const std::size_t place =
+            Distance(level.origin.y, r.y0) * task.targetStride + Distance(level.origin.x, r.x0) * kPixelBytes;
+        task.target = level.image->GetPixelData() + place;
+        if (isGroup) {
+            task.groupAlpha = level.alphas.data() + place / kPixelBytes;
+            task.snapshot = level.snapshot.data() + place;
+        }
+        if (mask != nullptr) {
+            task.mask = mask->GetPixelData() + Distance(call.paint.maskAt.y, r.y0) * task.maskStride;
+            task.maskLeft = Distance(call.paint.maskAt.x, r.x0);
+        }
+        loop(task);
+    }
+}
+
+ScalarLevel MakeScalarGroup(const Range<int, 2>& bounds) {
+    const std::size_t width = Distance(bounds.x0, bounds.x1), height = Distance(bounds.y0, bounds.y1);
+    return {std::make_shared<CQorImage>(static_cast<unsigned int>(width), static_cast<unsigned int>(height), kFormat,
+                                        static_cast<unsigned char>(4), false),
+            {bounds.x0, bounds.y0},
+            std::vector<std::uint32_t>(width * height),
+            std::vector<unsigned char>(width * height * kPixelBytes)};
 }
 
 }  // namespace
@@ -68,8 +98,8 @@ void PageScene::Restore() const {
 std::size_t PageScene::CountPixels() const {
     std::size_t count = 0;
     for (const PageCall& call : calls) {
-        for (const auto& r : call.rectangles)
-            count += static_cast<std::size_t>(r.x1 - r.x0) * static_cast<std::size_t>(r.y1 - r.y0);
+        if (call.what == PageCall::What::BeginGroup) continue;
+        for (const auto& r : call.rectangles) count += Distance(r.x0, r.x1) * Distance(r.y0, r.y1);
     }
     return count;
 }
@@ -99,12 +129,20 @@ std::function<void()> MakeBlendReplay(const PageScene& scene) {
 }
 
 std::function<void()> MakeScalarReplay(const PageScene& scene) {
-    std::vector<std::pair<ScalarLoop, ScalarTask>> tasks;
-    for (const PageCall& call : scene.calls) {
-        for (const auto& r : call.rectangles) tasks.emplace_back(LoopOf(call.paint), TaskOf(call, r, *scene.page));
-    }
-    return [tasks] {
-        for (const auto& [loop, task] : tasks) loop(task);
+    return [&scene] {
+        std::vector<ScalarLevel> levels;
+        levels.push_back({scene.page});
+        for (const PageCall& call : scene.calls) {
+            if (call.what == PageCall::What::BeginGroup) {
+                levels.push_back(MakeScalarGroup(call.rectangles.front()));
+            } else if (call.what == PageCall::What::EndGroup) {
+                const ScalarLevel group = std::move(levels.back());
+                levels.pop_back();
+                PaintScalarCall(call, *group.image, levels.back());
+            } else {
+                PaintScalarCall(call, *call.picture, levels.back());
+            }
+        }
     };
 }
 

@@ -9,12 +9,16 @@
 
 namespace vantu::bench {
 
-/// A call that paints in rectangles of a page. All positions are the page's.
+/// A call that paints on a page, or begins or ends an isolated group. All positions are the page's.
 struct PageCall {
-    std::shared_ptr<IQorImage> picture;     ///< 32-bit premultiplied
-    bool isColor = false;                   ///< what is painted has the colour of the picture's first pixel
-    Point<int, 2> at{0, 0};                 ///< where the picture's top left corner lies
-    std::vector<Range<int, 2>> rectangles;  ///< inside the page and, if it has one, the mask
+    enum class What { Paint, BeginGroup, EndGroup };
+
+    What what = What::Paint;
+    std::shared_ptr<IQorImage> picture;  ///< 32-bit premultiplied; of an EndGroup it is the group
+    bool isColor = false;                ///< what is painted has the colour of the picture's first pixel
+    Point<int, 2> at{0, 0};              ///< where the picture's top left corner lies
+    std::vector<Range<int, 2>>
+        rectangles;  ///< what is painted, inside page and mask; of a BeginGroup the group's bounds
     Paint paint;
 };
 
@@ -28,7 +32,8 @@ struct PageScene {
     [[nodiscard]] std::size_t CountPixels() const;
 };
 
-/// Paints all calls by `IPDFImageBlender::Blend`. REQUIRES: the rectangles lie inside the pictures.
+/// Paints all calls by `IPDFImageBlender::Blend`.
+/// REQUIRES: the rectangles lie inside the pictures, and there are no groups.
 std::function<void()> MakeBlendReplay(const PageScene& scene);
 /// Paints all calls by the plain loop.
 std::function<void()> MakeScalarReplay(const PageScene& scene);

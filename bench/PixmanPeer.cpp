@@ -2,9 +2,11 @@
 
 #include <pixman.h>
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace vantu::bench {
@@ -68,6 +70,19 @@ Image MakeStencil(const IQorImage& stencil) {
     return image;
 }
 
+/// A copy of a soft mask: pixman wants rows of whole words.
+Image MakeLevels(const IQorImage& mask) {
+    const auto width = static_cast<int>(mask.GetWidth()), height = static_cast<int>(mask.GetHeight());
+    const std::size_t stride = RowStride(mask.GetWidth(), PixelFormat::Index8, mask.GetAlignment());
+    Image image = Own(pixman_image_create_bits(PIXMAN_a8, width, height, nullptr, 0));
+    auto* const levels = reinterpret_cast<unsigned char*>(pixman_image_get_data(image.get()));
+    const auto imageStride = static_cast<std::size_t>(pixman_image_get_stride(image.get()));
+    for (std::size_t y = 0; y < mask.GetHeight(); ++y) {
+        std::copy_n(mask.GetPixelData() + y * stride, mask.GetWidth(), levels + y * imageStride);
+    }
+    return image;
+}
+
 /// A colour with its alpha, which is multiplied by a constant one.
 Image MakeColor(const unsigned char* pixel, unsigned char alpha) {
     const auto wide = [&](int channel) { return static_cast<std::uint16_t>(pixel[channel] * alpha * 257 / 255); };
@@ -86,7 +101,7 @@ public:
         const std::shared_ptr<IQorImage>& mask = call.paint.mask;
         if (!mask) return call.isColor ? nullptr : MakeAlpha(call.paint.alpha);
         return Shared(mask, [&] {
-            return mask->GetPixelFormat() == PixelFormat::Index1 ? MakeStencil(*mask) : View(*mask, PIXMAN_a8);
+            return mask->GetPixelFormat() == PixelFormat::Index1 ? MakeStencil(*mask) : MakeLevels(*mask);
         });
     }
 
@@ -127,26 +142,42 @@ bool HasPixmanPeer(const PageCall& call) {
 }
 
 std::function<void()> MakePixmanReplay(const PageScene& scene) {
-    struct Composite {
-        pixman_op_t op;
-        Image source, mask;
-        int sourceX, sourceY, maskX, maskY, x, y, width, height;
+    struct Step {
+        const PageCall& call;
+        Image picture, mask;
     };
-    std::vector<Composite> composites;
+    struct Level {
+        Image image;
+        Point<int, 2> origin;  ///< where its first pixel lies on the page
+    };
+    std::vector<Step> steps;
     Views views;
     for (const PageCall& call : scene.calls) {
-        const Image picture = views.Picture(call), mask = views.Mask(call);
-        const Paint& paint = call.paint;
-        for (const auto& r : call.rectangles) {
-            composites.push_back({kOperators[static_cast<std::size_t>(paint.mode)], picture, mask, r.x0 - call.at.x,
-                                  r.y0 - call.at.y, r.x0 - paint.maskAt.x, r.y0 - paint.maskAt.y, r.x0, r.y0,
-                                  r.x1 - r.x0, r.y1 - r.y0});
-        }
+        const bool paints = call.what == PageCall::What::Paint;
+        steps.push_back({call, paints ? views.Picture(call) : nullptr, views.Mask(call)});
     }
-    return [composites, page = View(*scene.page, PIXMAN_a8r8g8b8)] {
-        for (const Composite& c : composites) {
-            pixman_image_composite32(c.op, c.source.get(), c.mask.get(), page.get(), c.sourceX, c.sourceY, c.maskX,
-                                     c.maskY, c.x, c.y, c.width, c.height);
+    return [steps, page = View(*scene.page, PIXMAN_a8r8g8b8)] {
+        std::vector<Level> levels{{page, {0, 0}}};
+        for (const auto& [call, picture, mask] : steps) {
+            if (call.what == PageCall::What::BeginGroup) {
+                const auto& r = call.rectangles.front();
+                levels.push_back({Own(pixman_image_create_bits(PIXMAN_a8r8g8b8, r.x1 - r.x0, r.y1 - r.y0, nullptr, 0)),
+                                  {r.x0, r.y0}});
+                continue;
+            }
+            Image group;
+            if (call.what == PageCall::What::EndGroup) {
+                group = std::move(levels.back().image);
+                levels.pop_back();
+            }
+            pixman_image_t* const source = group ? group.get() : picture.get();
+            const auto& [image, origin] = levels.back();
+            const Point<int, 2> at = call.at, maskAt = call.paint.maskAt;
+            for (const auto& r : call.rectangles) {
+                pixman_image_composite32(kOperators[static_cast<std::size_t>(call.paint.mode)], source, mask.get(),
+                                         image.get(), r.x0 - at.x, r.y0 - at.y, r.x0 - maskAt.x, r.y0 - maskAt.y,
+                                         r.x0 - origin.x, r.y0 - origin.y, r.x1 - r.x0, r.y1 - r.y0);
+            }
         }
     };
 }

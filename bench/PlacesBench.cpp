@@ -123,7 +123,7 @@ void Register(const std::string& table, const std::string& name, Make make) {
     add("Scalar", MakeScalarReplay, Same);
     const PageScene scene = make();
     if (std::all_of(scene.calls.begin(), scene.calls.end(), [](const PageCall& c) { return HasPixmanPeer(c); })) {
-        add("Pixman", MakePixmanReplay, Alike);
+        add("Pixman", MakePixmanReplay, [](const auto& a, const auto& b) { return Alike(a, b); });
     }
 }
 

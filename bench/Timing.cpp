@@ -33,9 +33,9 @@ bool Same(const std::vector<unsigned char>& a, const std::vector<unsigned char>&
     return a == b;
 }
 
-bool Alike(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b) {
+bool Alike(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b, int apart) {
     std::size_t far = 0;
-    for (std::size_t i = 0; i < a.size(); ++i) far += std::abs(a[i] - b[i]) > 3;
+    for (std::size_t i = 0; i < a.size(); ++i) far += std::abs(a[i] - b[i]) > apart;
     return far * 100 <= a.size();
 }
 
@@ -49,7 +49,9 @@ void Measure(benchmark::State& state, const std::function<void()>& restore, cons
     }
     const auto middle = seconds.begin() + static_cast<std::ptrdiff_t>(seconds.size() / 2);
     std::nth_element(seconds.begin(), middle, seconds.end());
-    state.counters["ns"] = 1e9 * *middle / static_cast<double>(calls);
+    state.counters["calls"] = static_cast<double>(calls);
+    state.counters["pixels"] = static_cast<double>(pixels);
+    state.counters["ns"] = calls == 0 ? 0 : 1e9 * *middle / static_cast<double>(calls);
     state.counters["pixels_per_second"] = static_cast<double>(pixels) / *middle;
 }
 

@@ -10,8 +10,8 @@ namespace vantu::bench {
 
 /// Whether two paintings have the same bytes.
 bool Same(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b);
-/// Whether two paintings are the same to the eye: all but 1 % of the bytes within 3.
-bool Alike(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b);
+/// Whether two paintings are the same to the eye: all but 1 % of the bytes within `apart`.
+bool Alike(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b, int apart = 3);
 
 /// Times `paint`, each time after `restore`, which is not timed. What counts is the median over the paintings of a run,
 /// as counters of pixels per second and of nanoseconds for a call.

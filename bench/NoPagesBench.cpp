@@ -1,0 +1,7 @@
+#include "PagesBench.h"
+
+namespace vantu::bench {
+
+void RegisterPagesBenchmarks() {}
+
+}  // namespace vantu::bench
