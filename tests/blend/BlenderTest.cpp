@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "blend/Scene.h"
+#include "blend/Painting.h"
 
 namespace vantu::test {
 namespace {
@@ -187,7 +187,7 @@ TEST(ImageBlend, StoresWhatTheFormatsMakeOfTheResult) {
     }
     // The exception holds also where source and destination share memory.
     const auto shared = Row(p7, {9, 8, 7, 0, 0, 0, 0, 254});
-    const Call call{.source = std::make_shared<Window>(shared, 4, Shape{1, 1, p8}),
+    const Call call{.source = std::make_shared<TestImage>(Shape{1, 1, p8}, shared, 4),
                     .coverage = Cover({{0, 0, 1, 1}}),
                     .alpha = 1,
                     .mode = Multiply};

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <vantu/CExponentialPDFTransferFunction.h>
+#include <vantu/CIdentityPDFTransferFunction.h>
+#include <vantu/CPostscriptPDFTransferFunction.h>
 #include <vantu/IPDFImageBlender.h>
 
 #include <functional>

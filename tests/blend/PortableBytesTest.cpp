@@ -1,7 +1,4 @@
 #include <gtest/gtest.h>
-#include <vantu/CExponentialPDFTransferFunction.h>
-#include <vantu/CIdentityPDFTransferFunction.h>
-#include <vantu/CPostscriptPDFTransferFunction.h>
 
 #include <array>
 #include <cstdio>

@@ -7,7 +7,7 @@
 #include <vantu/ImageUtil.h>
 #include <vantu/Painter.h>
 
-#include "blend/Scene.h"
+#include "blend/Painting.h"
 #include "codec/Files.h"
 #include "faults/FailingMemory.h"
 #include "faults/FaultyFile.h"
@@ -141,7 +141,7 @@ std::vector<Painted> Paintings(const std::shared_ptr<TestImage>& destination) {
          {.source = image(Rgb555), .coverage = where, .mask = image(Bgra32), .transfer = host, .mode = BlendMode{5}},
          true},
         {"shared memory",
-         {.source = std::make_shared<Window>(destination, 8, Shape{17, 8, Bgra32Premultiplied}), .coverage = where}},
+         {.source = std::make_shared<TestImage>(Shape{17, 8, Bgra32Premultiplied}, destination, 8), .coverage = where}},
     };
 }
 

@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-#include "blend/Scene.h"
+#include "blend/Painting.h"
 #include "codec/Files.h"
 #include "faults/FailingMemory.h"
 #include "faults/FaultyFile.h"

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <span>
 
-#include "blend/Scene.h"
+#include "blend/Painting.h"
 #include "codec/Files.h"
 #include "faults/FaultyFile.h"
 #include "faults/SparseImage.h"

@@ -5,7 +5,7 @@
 
 #include <stdexcept>
 
-#include "blend/Scene.h"
+#include "blend/Painting.h"
 #include "codec/Files.h"
 #include "faults/FaultyFile.h"
 

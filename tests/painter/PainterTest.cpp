@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
-#include <vantu/CExponentialPDFTransferFunction.h>
-#include <vantu/CIdentityPDFTransferFunction.h>
 
 #include <limits>
 #include <utility>
 
-#include "painter/Session.h"
+#include "painter/PainterSession.h"
 
 namespace vantu::test {
 namespace {
@@ -22,7 +20,7 @@ std::shared_ptr<IPDFTransferFunction> Identity(TransferSource source) {
 TEST(Painter, GivesTheBytesOfCallsMadeByHand) {
     for (std::uint32_t seed = 0; seed < 3000; ++seed) {
         SCOPED_TRACE(seed);
-        ASSERT_NO_THROW(Session(Choices(RandomBytes(seed, 500))).Run());
+        ASSERT_NO_THROW(PainterSession(Choices(RandomBytes(seed, 500))).Run());
     }
 }
 

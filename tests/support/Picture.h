@@ -53,6 +53,24 @@ inline bool SamePicture(const IQorImage& a, const IQorImage& b) {
     return true;
 }
 
+/// Makes runs of clear, full and mixed bytes or alphas, as pictures and stencils have them, in an image of 1 or 32
+/// bits.
+inline void AddRuns(TestImage& image, Random& random) {
+    const bool hasAlpha = BitsPerPixel(image.GetPixelFormat()) == 32;
+    const unsigned int step = hasAlpha ? 4 : 1;
+    if (!hasAlpha && image.GetPixelFormat() != PixelFormat::Index1) return;
+    for (unsigned int y = 0, run = 0, kind = 0; y < image.GetHeight(); ++y) {
+        unsigned char* const row = image.GetPixelData() + std::size_t{image.Stride()} * y;
+        for (unsigned int i = 0; i + step <= image.Stride(); i += step) {
+            if (run-- == 0) {
+                run = Between(random, 0, 30);
+                kind = Between(random, 0, 2);
+            }
+            if (kind < 2) row[i + step - 1] = static_cast<unsigned char>(kind * 255);
+        }
+    }
+}
+
 /// A shape of the given format, up to `limit` pixels wide and high, of any alignment and row order.
 inline Shape RandomShape(Random& random, PixelFormat format, unsigned int limit) {
     return {Between(random, 1, limit), Between(random, 1, limit), format,

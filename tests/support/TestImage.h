@@ -89,6 +89,9 @@ public:
         std::fill_n(pixels_, Size(), kFreshByte);
     }
     TestImage(const Shape& shape, Random& random) : TestImage(shape) { Randomize(random); }
+    /// A window in the memory of another image, from its byte `first` on.
+    TestImage(const Shape& shape, std::shared_ptr<TestImage> arena, std::size_t first)
+        : ShapedImage(shape), arena_(std::move(arena)), pixels_(arena_->GetPixelData() + first) {}
 
     /// Fills the whole block, bytes between rows included.
     void Randomize(Random& random) {
@@ -100,6 +103,7 @@ public:
     /// A copy of the whole block.
     [[nodiscard]] std::vector<unsigned char> Bytes() const { return {pixels_, pixels_ + Size()}; }
     [[nodiscard]] bool GuardsIntact() const {
+        if (arena_) return arena_->GuardsIntact();
         const auto isGuard = [](unsigned char byte) { return byte == kGuardByte; };
         return std::all_of(memory_.get(), memory_.get() + kGuard, isGuard) &&
                std::all_of(pixels_ + Size(), pixels_ + Size() + kGuard, isGuard);
@@ -114,7 +118,8 @@ private:
     static constexpr std::size_t kGuard = IMAGEOP_SANITIZED != 0 ? 0 : 64;
     static constexpr unsigned char kGuardByte = 0xA7;
 
-    std::unique_ptr<unsigned char[]> memory_;
+    std::unique_ptr<unsigned char[]> memory_;  ///< empty for a window
+    std::shared_ptr<TestImage> arena_;         ///< of a window
     unsigned char* pixels_;
     bool hidden_ = false;
 };

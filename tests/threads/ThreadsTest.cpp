@@ -4,7 +4,7 @@
 #include <latch>
 #include <thread>
 
-#include "blend/Scene.h"
+#include "blend/BlendSession.h"
 #include "support/VectorTargets.h"
 
 // What threads may do at once. The thread sanitizer sees what goes wrong but seldom (preset tsan); in every build the
@@ -26,19 +26,6 @@ void AtOnce(Work work) {
             work(i);
         });
     }
-}
-
-/// Paints a scene, every other one in a group. @return its memory afterwards.
-std::vector<unsigned char> PaintScene(std::uint32_t seed) {
-    const Scene scene(seed);
-    const auto blender = BlenderOn(scene.destination);
-    const bool inGroup = seed % 2 == 0;
-    if (inGroup) {
-        blender->BeginGroup(scene.destination, nullptr, scene.knockout, scene.keepBackdrop, scene.plainResolve);
-    }
-    for (const Call& call : scene.calls) Paint(*blender, call);
-    if (inGroup) blender->EndGroup();
-    return scene.Bytes();
 }
 
 /// A call of a mode that needs tables made at first use.
@@ -75,13 +62,12 @@ TEST(Threads, MayRaceForTheFirstUse) {
     EXPECT_EQ(std::ranges::count(first, first[0]), kThreads);
 }
 
-TEST(Threads, PaintDistinctImagesAsOneThreadDoes) {
-    constexpr std::uint32_t kScenes = 12;
-    std::vector<std::vector<unsigned char>> painted(std::size_t{kThreads} * kScenes);
+TEST(Threads, PaintDistinctImagesAsTheModelDoes) {
     AtOnce([&](std::uint32_t i) {
-        for (std::uint32_t n = i * kScenes; n < (i + 1) * kScenes; ++n) painted[n] = PaintScene(n);
+        for (std::uint32_t seed = 12 * i; seed < 12 * (i + 1); ++seed) {
+            EXPECT_NO_THROW(BlendSession(Choices(RandomBytes(seed, 400))).Run()) << "session " << seed;
+        }
     });
-    for (std::uint32_t n = 0; n < painted.size(); ++n) EXPECT_EQ(painted[n], PaintScene(n)) << "scene " << n;
 }
 
 TEST(Threads, MayReadTheSameSourceMaskAndFunction) {

@@ -3,7 +3,6 @@
 #include <limits>
 #include <optional>
 
-#include "blend/Scene.h"
 #include "painter/ByHand.h"
 #include "support/Choices.h"
 
@@ -12,9 +11,9 @@ namespace vantu::test {
 /// Calls to a painter that choices spell, with valid arguments and others: places up to the ends of what an int holds,
 /// pictures and masks of any format, without memory or absurdly wide, modes that are none, groups in groups. What is
 /// valid is also painted by hand, a pixel at a time; in the end all bytes are compared.
-class Session {
+class PainterSession {
 public:
-    explicit Session(Choices choices) : choices_(choices) {
+    explicit PainterSession(Choices choices) : choices_(choices) {
         const auto width = static_cast<unsigned int>(choices_.Between(1, 40));
         const auto height = static_cast<unsigned int>(choices_.Between(1, 20));
         Random random(choices_.Word());
