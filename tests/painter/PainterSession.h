@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vantu/CQorImage.h>
+
 #include <limits>
 #include <optional>
 
@@ -8,9 +10,9 @@
 
 namespace vantu::test {
 
-/// Calls to a painter that choices spell, with valid arguments and others: places up to the ends of what an int holds,
-/// pictures and masks of any format, without memory or absurdly wide, modes that are none, groups in groups. What is
-/// valid is also painted by hand, a pixel at a time; in the end all bytes are compared.
+/// Calls to a painter that choices spell, on an image, on memory of the caller's and on a surface: places up to the
+/// ends of what an int holds, pictures and masks of any format, without memory or absurdly wide, modes that are none,
+/// groups in groups. What is valid is also painted by hand, a pixel at a time; in the end all bytes are compared.
 class PainterSession {
 public:
     explicit PainterSession(Choices choices) : choices_(choices) {
@@ -31,7 +33,12 @@ public:
             if (choices_.Flag()) ImageUtil::ClearPixelAlpha(*page_, 255, {1, 0, 0, 0});
             pageByHand_ = std::make_shared<TestImage>(shape);
             std::copy_n(page_->GetPixelData(), page_->Size(), pageByHand_->GetPixelData());
-            painter_.emplace(page_);
+            const auto [w, h, format, alignment, bottomUp] = shape;
+            if (choices_.Flag()) {
+                painter_.emplace(page_);
+            } else {
+                painter_.emplace(CQorImage::OnMemory(page_->GetPixelData(), w, h, format, page_->Stride(), bottomUp));
+            }
         }
         byHand_.emplace(pageByHand_, surfaceByHand_, whole);
     }

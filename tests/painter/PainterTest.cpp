@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <set>
+#include <string>
 #include <utility>
 
 #include "painter/PainterSession.h"
@@ -64,6 +66,14 @@ TEST(Painter, SaysWhyNothingIsPainted) {
     page->HideMemory();
     expect(draw(opaque, {}), PaintResult::NoPixels);
     expect(painter.EndGroup({.alpha = 7}), PaintResult::PlainGroup);
+}
+
+TEST(Painter, HasATextOfItsOwnForEachResult) {
+    std::set<std::string> texts{TextOf(static_cast<PaintResult>(-1))};
+    for (int i = 0; i <= static_cast<int>(PaintResult::NoGroup); ++i) {
+        EXPECT_TRUE(texts.insert(TextOf(static_cast<PaintResult>(i))).second) << i;
+    }
+    EXPECT_FALSE(texts.contains(""));
 }
 
 TEST(Painter, ReachesTheEndsOfPositionsAndNoFurther) {
