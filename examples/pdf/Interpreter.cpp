@@ -48,7 +48,7 @@ void Interpreter::Paint(QPDFObjectHandle content) {
     // Each content takes the time of some operators, and more the more pixels it may paint on.
     const Pixels area = Visible();
     const double pixels = IsEmpty(area) ? 0 : static_cast<double>(Width(area)) * Height(area);
-    const auto cost = kOperatorsForContent + static_cast<unsigned long>(pixels / kPixelsForOperator);
+    const auto cost = kOperatorsForContent + static_cast<unsigned long>(std::ceil(pixels / kPixelsForOperator));
     budget.operators -= std::min(budget.operators, cost);
     --budget.nesting;
     const auto handle = [this](const std::string& name, const Operands& operands) {

@@ -3,8 +3,8 @@
 #include <vantu/CQorImage.h>
 #include <vantu/ImageUtil.h>
 
-#include <exception>
-#include <thread>
+#include <functional>
+#include <future>
 
 #include "Interpreter.h"
 #include "Objects.h"
@@ -49,8 +49,8 @@ bool NeedsGroup(QPDFObjectHandle group, BlendModes modes) {
 
 }  // namespace
 
-void PagePainter::Paint(int number, const PageGeometry& geometry, const std::shared_ptr<vantu::IQorImage>& image,
-                        const Pixels& rows) {
+unsigned long PagePainter::Paint(int number, const PageGeometry& geometry,
+                                 const std::shared_ptr<vantu::IQorImage>& image, const Pixels& rows) {
     const QPDFObjectHandle page = document_.Page(number);
     const QPDFObjectHandle resources = document_.Inherited(number, "/Resources");
     Canvas canvas(image, rows, &calls_);
@@ -73,6 +73,7 @@ void PagePainter::Paint(int number, const PageGeometry& geometry, const std::sha
         placed.toDevice = Concat(AppearanceMatrix(annotation, appearance), state.toDevice);
         Interpreter(context, resources, placed).PaintForm(appearance);
     }
+    return budget_.operators - budget.operators;
 }
 
 std::shared_ptr<vantu::IQorImage> PaintPage(std::vector<std::unique_ptr<PagePainter>>& painters, int number,
@@ -81,26 +82,24 @@ std::shared_ptr<vantu::IQorImage> PaintPage(std::vector<std::unique_ptr<PagePain
     const auto image = std::make_shared<vantu::CQorImage>(
         static_cast<unsigned int>(geometry.area.x1), static_cast<unsigned int>(geometry.area.y1),
         vantu::PixelFormat::Bgra32Premultiplied, static_cast<unsigned char>(4), false);
-    vantu::ImageUtil::Clear(*image, kWhite, geometry.area);
-
-    const int bands = static_cast<int>(painters.size());
-    std::vector<std::exception_ptr> failures(painters.size());
-    std::vector<std::thread> threads;
-    for (int band = 0; band < bands; ++band) {
-        const auto edge = [&](int n) { return static_cast<int>(std::int64_t{geometry.area.y1} * n / bands); };
-        threads.emplace_back([&, band, rows = Pixels{0, edge(band), geometry.area.x1, edge(band + 1)}] {
-            const auto at = static_cast<std::size_t>(band);
-            try {
-                painters[at]->Paint(number, geometry, image, rows);
-            } catch (...) {
-                failures[at] = std::current_exception();
-            }
-        });
+    // @return the operators that it took.
+    const auto paint = [&](PagePainter& painter, const Pixels& rows) {
+        vantu::ImageUtil::Clear(*image, kWhite, rows);
+        return painter.Paint(number, geometry, image, rows);
+    };
+    const auto edge = [&](std::size_t band) {
+        return static_cast<int>(static_cast<std::size_t>(geometry.area.y1) * band / painters.size());
+    };
+    std::vector<std::future<unsigned long>> bands;
+    for (std::size_t i = 0; i < painters.size(); ++i) {
+        bands.push_back(std::async(std::launch::async, paint, std::ref(*painters[i]),
+                                   Pixels{0, edge(i), geometry.area.x1, edge(i + 1)}));
     }
-    for (std::thread& thread : threads) thread.join();
-    for (const std::exception_ptr& failure : failures) {
-        if (failure) std::rethrow_exception(failure);
-    }
+    unsigned long taken = 0;
+    for (auto& band : bands) taken += band.get();
+    // A band leaves out what cannot be seen there, so it takes less than the page. All bands take no less: if that is
+    // within the budget, no thread would have cut the page off. If not, one thread tells.
+    if (bands.size() > 1 && taken > painters.front()->GetBudget().operators) paint(*painters.front(), geometry.area);
     return image;
 }
 

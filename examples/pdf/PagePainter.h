@@ -23,15 +23,17 @@ public:
     explicit PagePainter(const std::string& path, const Budget& budget = {}) : document_(path), budget_(budget) {}
 
     [[nodiscard]] const Document& GetDocument() const { return document_; }
+    [[nodiscard]] const Budget& GetBudget() const { return budget_; }
     [[nodiscard]] const Notes& GetNotes() const { return notes_; }
     [[nodiscard]] const Calls& GetCalls() const { return calls_; }
     void KeepCalls() { calls_.Keep(); }
 
     // Paints the content and the annotations of a page in some rows of its picture. A pixel comes out the same
-    // whatever the rows are.
+    // whatever the rows are, unless the budget is spent.
     // @param number of the page, from 0. @param image of the size of `geometry`, opaque.
-    void Paint(int number, const PageGeometry& geometry, const std::shared_ptr<vantu::IQorImage>& image,
-               const Pixels& rows);
+    // @return how many operators of the budget were spent.
+    unsigned long Paint(int number, const PageGeometry& geometry, const std::shared_ptr<vantu::IQorImage>& image,
+                        const Pixels& rows);
 
 private:
     Document document_;

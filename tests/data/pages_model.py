@@ -4,6 +4,7 @@ A page is a list of elements on a grid of cells, 10 points each, counted from th
 itself as operators (`write`) and says what it is at a point (`at`): colour, shape and opacity. `composite` puts elements
 together as the standard's general formula for groups does, without a thought to how a renderer might go about it.
 """
+import math
 import zlib
 
 CELL = 10
@@ -42,6 +43,13 @@ def union(a, b):
     return a + b - a * b
 
 
+in_bytes = False  # whether `composite` keeps all that it computes in bytes, as a renderer does
+
+
+def keep(value):
+    return math.floor(value * 255 + 1e-9) / 255 if in_bytes else value
+
+
 def composite(elements, point, backdrop, isolated=False, knockout=False):
     """Colour, shape and opacity of a group at a point. A backdrop is a colour and its alpha."""
     start, start_alpha = ((0, 0, 0), 0) if isolated else backdrop
@@ -52,14 +60,17 @@ def composite(elements, point, backdrop, isolated=False, knockout=False):
         if source is None:
             continue
         own, shape, opacity = source
+        if in_bytes:
+            own = [keep(s + 0.5 / 255) for s in own]
         blend = MODES[element.mode]
         group_shape = union(group_shape, shape)
         group_alpha = (1 - shape) * group_alpha + (shape - opacity) * below_group + opacity
         after = union(start_alpha, group_alpha)
         if after > 0:
-            color = tuple(((1 - shape) * alpha * c + (shape - opacity) * below_alpha * b +
-                           opacity * ((1 - below_alpha) * s + below_alpha * blend(b, s))) / after
-                          for c, b, s in zip(color, below, own))
+            mixed = [keep((1 - below_alpha) * s) + keep(below_alpha * keep(blend(keep(b), s))) for b, s in zip(below, own)]
+            after, group_alpha = keep(after), keep(group_alpha)
+            color = tuple(min((keep((1 - shape) * alpha * c + (shape - opacity) * below_alpha * b) + keep(opacity * m)) /
+                              max(after, 1e-9), 1) for c, b, m in zip(color, below, mixed))
         alpha = after
     if group_alpha > 0:
         take_out = start_alpha * (1 - group_alpha) / group_alpha
@@ -253,7 +264,7 @@ def page_bytes(width, height, elements, page=None, catalog=None, file=None):
                        "Contents": body, **(page or {})}, catalog)
 
 
-def expected_rows(width, height, elements, knockout=False):
+def shown_rows(width, height, elements, knockout):
     """What the middles of the cells show on white paper, as rrggbb, rows from the top."""
     rows = []
     for y in reversed(range(height)):
@@ -261,5 +272,17 @@ def expected_rows(width, height, elements, knockout=False):
         for x in range(width):
             color, _, alpha = composite(elements, (x + 0.5, y + 0.5), ((1, 1, 1), 1), True, knockout)
             row.append("".join(f"{round(255 * (alpha * c + 1 - alpha)):02x}" for c in color))
-        rows.append(" ".join(row))
+        rows.append(row)
     return rows
+
+
+def expected_rows(width, height, elements, knockout=False):
+    """The cells of each row: the colour by the formulas in real numbers and, after a stroke, by the same formulas with
+    every step cut off to a byte, where that is another. A channel is kept multiplied by its alpha, so a cut is more of the
+    colour the smaller the alpha; ColorBurn and ColorDodge divide what has been cut by the source."""
+    global in_bytes
+    real = shown_rows(width, height, elements, knockout)
+    in_bytes = True
+    cut_off = shown_rows(width, height, elements, knockout)
+    in_bytes = False
+    return [" ".join(r if r == c else f"{r}/{c}" for r, c in zip(*rows)) for rows in zip(real, cut_off)]
