@@ -12,8 +12,10 @@ namespace {
 constexpr int kWidth = 600;
 constexpr int kHeight = 400;
 
+// A PNG that was loaded stands on its head.
 std::shared_ptr<IQorImage> Read(const char* name) {
-    return CPNGLoader(nullptr).Load(std::string(IMAGEOP_EXAMPLE_DATA "/") + name, nullptr);
+    const auto loaded = CPNGLoader().Load(std::string(IMAGEOP_EXAMPLE_DATA "/") + name, nullptr);
+    return loaded ? ImageUtil::Flip(*loaded, false, true, nullptr, nullptr) : nullptr;
 }
 
 // Bare 8-bit samples that grow from black at the left to white at the right.

@@ -17,7 +17,8 @@ namespace vantu {
 /// gamma are not read.
 ///
 /// Attention: rows are stored bottom row first while the image says that it is not bottom-up, so the picture stands on
-/// its head to everything that honours the flag. `ImageUtil::Flip(image, false, true, ...)` puts it upright.
+/// its head to everything that honours the flag. `ImageUtil::Flip(*image, false, true, nullptr, nullptr)` puts it
+/// upright. Before a picture with alpha is painted, multiply its colour bytes by alpha / 255.
 ///
 /// Separate calls on separate files may run on different threads.
 class VANTU_API CPNGLoader {
