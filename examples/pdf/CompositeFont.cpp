@@ -1,3 +1,5 @@
+#include <array>
+
 #include "CMap.h"
 #include "Fonts.h"
 #include "Objects.h"
@@ -9,27 +11,30 @@ namespace {
 constexpr double kThousandths = 1000;
 constexpr int kMostCids = 0x10000;
 
-// The widths of a descendant font, by character identifier: "first [w w w]" and "first last w" in turn.
-std::map<unsigned int, double> CidWidths(QPDFObjectHandle array) {
-    std::map<unsigned int, double> widths;
-    const int count = array.isArray() ? array.getArrayNItems() : 0;
+// Numbers of glyphs by character identifier, as W and W2 of a descendant font say them: "first [n ...]" and "first last
+// n ..." in turn, `Count` numbers a glyph.
+template <std::size_t Count>
+using GlyphNumbers = std::map<int, std::array<double, Count>>;
+
+template <std::size_t Count>
+GlyphNumbers<Count> ReadGlyphNumbers(QPDFObjectHandle array) {
+    GlyphNumbers<Count> numbers;
+    const std::vector<QPDFObjectHandle> items = Items(array);
+    const auto read = [](const std::vector<QPDFObjectHandle>& from, std::size_t at) {
+        std::array<double, Count> some{};
+        for (std::size_t j = 0; j < Count && at + j < from.size(); ++j) some[j] = ToNumber(from[at + j], 0);
+        return some;
+    };
     int room = kMostCids;  // in all runs, which may overlap
-    for (int i = 0; i + 1 < count && room > 0;) {
-        const int first = std::clamp(ToInteger(Item(array, i), 0), 0, kMostCids);
-        const QPDFObjectHandle second = Item(array, i + 1);
-        if (QPDFObjectHandle(second).isArray()) {
-            const std::vector<double> list = ToNumbers(second);
-            auto cid = static_cast<unsigned int>(first);
-            for (const double width : list) widths[cid++] = width;
-            i += 2;
-        } else {
-            const int last = std::clamp(ToInteger(second, 0), 0, kMostCids);
-            for (int cid = first; cid <= last && room > 0; ++cid, --room)
-                widths[static_cast<unsigned int>(cid)] = ToNumber(Item(array, i + 2), 0);
-            i += 3;
-        }
+    for (std::size_t i = 0; i + 1 < items.size() && room > 0;) {
+        int cid = std::clamp(ToInteger(items[i], 0), 0, kMostCids);
+        const std::vector<QPDFObjectHandle> list = Items(items[i + 1]);
+        const int last = std::clamp(ToInteger(items[i + 1], -1), -1, kMostCids);
+        for (std::size_t j = 0; j + Count <= list.size(); j += Count) numbers[cid++] = read(list, j);
+        for (; cid <= last && room > 0; ++cid, --room) numbers[cid] = read(items, i + 2);
+        i += QPDFObjectHandle(items[i + 1]).isArray() ? 2 : 2 + Count;
     }
-    return widths;
+    return numbers;
 }
 
 // A font whose codes, of one byte or more, name the glyphs of its descendant by character identifiers.
@@ -40,23 +45,27 @@ public:
           file_(std::move(file)),
           hasOwnNumbers_(ToName(Entry(descendant, "/Subtype")) == "/CIDFontType0"),
           glyphTable_(ToBytes(Entry(descendant, "/CIDToGIDMap"))),
-          widths_(CidWidths(Entry(descendant, "/W"))),
-          defaultWidth_(ToNumber(Entry(descendant, "/DW"), kThousandths)) {
-        const std::vector<double> vertical = ToNumbers(Entry(descendant, "/DW2"));
-        if (vertical.size() == 2) verticalOrigin_ = vertical[0], verticalAdvance_ = vertical[1];
-    }
+          widths_(ReadGlyphNumbers<1>(Entry(descendant, "/W"))),
+          verticals_(ReadGlyphNumbers<3>(Entry(descendant, "/W2"))),
+          defaultWidth_(ToNumber(Entry(descendant, "/DW"), kThousandths)),
+          defaultTop_(ToNumber(Item(Entry(descendant, "/DW2"), 0), 880)),
+          defaultDown_(ToNumber(Item(Entry(descendant, "/DW2"), 1), -kThousandths)) {}
 
     Glyph Next(const std::string& text, std::size_t& position) const override {
         const CMap::Code code = map_.Next(text, position);
         position += code.length;
-        const auto found = widths_.find(code.cid);
-        const double width = (found == widths_.end() ? defaultWidth_ : found->second) / kThousandths;
+        const int cid = static_cast<int>(code.cid);
+        const auto width = widths_.find(cid);
+        const double across = width == widths_.end() ? defaultWidth_ : width->second[0];
         Glyph glyph;
         glyph.outline = &file_->Outline(GlyphOf(code.cid));
-        glyph.advance = {width, 0};
-        if (map_.IsVertical()) {
-            glyph.advance = {0, verticalAdvance_ / kThousandths};
-            glyph.origin = {-width / 2, -verticalOrigin_ / kThousandths};
+        glyph.advance = {across / kThousandths, 0};
+        if (IsVertical()) {
+            const auto vertical = verticals_.find(cid);
+            const auto [down, x, y] =
+                vertical == verticals_.end() ? std::array{defaultDown_, across / 2, defaultTop_} : vertical->second;
+            glyph.advance = {0, down / kThousandths};
+            glyph.origin = {-x / kThousandths, -y / kThousandths};
         }
         glyph.isSpace = code.length == 1 && code.value == ' ';
         return glyph;
@@ -75,18 +84,18 @@ private:
 
     CMap map_;
     std::unique_ptr<FontFile> file_;
-    bool hasOwnNumbers_;      // the glyphs know their identifiers
-    std::string glyphTable_;  // two bytes a glyph, by identifier; empty if these are the glyphs' numbers
-    std::map<unsigned int, double> widths_;
+    bool hasOwnNumbers_;         // the glyphs know their identifiers
+    std::string glyphTable_;     // two bytes a glyph, by identifier; empty if these are the glyphs' numbers
+    GlyphNumbers<1> widths_;     // in thousandths, as all that follow
+    GlyphNumbers<3> verticals_;  // the way down; the origin of vertical writing, seen from the other one
     double defaultWidth_;
-    double verticalOrigin_ = 880;
-    double verticalAdvance_ = -1000;
+    double defaultTop_;
+    double defaultDown_;
 };
 
 }  // namespace
 
-std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary,
-                                              const std::shared_ptr<FT_LibraryRec_>& library, Notes& notes) {
+std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary, const FontLibrary& library, Notes& notes) {
     const QPDFObjectHandle descendant = Item(Entry(dictionary, "/DescendantFonts"), 0);
     if (!IsEmbedded(descendant)) {
         notes.Add("a composite font that is not embedded is left out");

@@ -12,21 +12,20 @@ struct FT_FaceRec_;
 namespace pdf {
 
 // The FreeType library, held by all its fonts. One thread at a time.
-std::shared_ptr<FT_LibraryRec_> OpenFreeType();
+using FontLibrary = std::shared_ptr<FT_LibraryRec_>;
+FontLibrary OpenFreeType();
 
 // A font program: TrueType, CFF, OpenType or Type 1. Glyph 0 stands for none. One thread at a time.
 class FontFile {
 public:
     // @return empty if FreeType cannot read it, or if its glyphs have no outlines.
-    static std::unique_ptr<FontFile> FromBytes(std::shared_ptr<FT_LibraryRec_> library, std::string bytes);
-    static std::unique_ptr<FontFile> FromPath(std::shared_ptr<FT_LibraryRec_> library, const std::string& path);
+    static std::unique_ptr<FontFile> Open(const FontLibrary& library, std::string bytes);
 
     [[nodiscard]] unsigned int GlyphOfName(const std::string& name) const;
+    // By a table of Unicode, or else of Mac codes.
     [[nodiscard]] unsigned int GlyphOfUnicode(unsigned int character) const;
-    // By the table of Mac codes, of symbol codes, and by the font's own encoding.
-    [[nodiscard]] unsigned int GlyphOfMacCode(unsigned int code) const;
-    [[nodiscard]] unsigned int GlyphOfSymbolCode(unsigned int code) const;
-    [[nodiscard]] unsigned int GlyphOfBuiltInCode(unsigned int code) const;
+    // By the font's own codes: a table of symbols, of Mac codes or the encoding of a Type 1 font.
+    [[nodiscard]] unsigned int GlyphOfCode(unsigned int code) const;
     // What a composite font's character identifier leads to where the PDF file has no table.
     [[nodiscard]] unsigned int GlyphOfCid(unsigned int cid) const;
 
@@ -36,12 +35,12 @@ public:
     [[nodiscard]] double Advance(unsigned int glyph) const;
 
 private:
-    FontFile(std::shared_ptr<FT_LibraryRec_> library, std::string bytes, std::shared_ptr<FT_FaceRec_> face);
-    [[nodiscard]] unsigned int GlyphOf(int platform, int encoding, unsigned int code) const;
+    explicit FontFile(std::string bytes) : bytes_(std::move(bytes)) {}
+    void ReadCids();
 
-    std::shared_ptr<FT_LibraryRec_> library_;
     std::string bytes_;  // the face reads them as long as it lives
     std::shared_ptr<FT_FaceRec_> face_;
+    double em_ = 1;                                      // in the units of outlines
     std::map<unsigned int, unsigned int> glyphsOfCids_;  // of fonts whose glyphs are in another order
     std::map<unsigned int, Path> outlines_;
 };

@@ -15,10 +15,9 @@ constexpr int kSymbolicFlag = 4;
 // The widths of a simple font's codes in its own units; negative where the font says none.
 std::array<double, 256> WidthsOf(QPDFObjectHandle font) {
     std::array<double, 256> widths{};
-    widths.fill(-1);
     const std::vector<double> given = ToNumbers(Entry(font, "/Widths"));
     const int first = ToInteger(Entry(font, "/FirstChar"), 0);
-    if (!given.empty()) widths.fill(ToNumber(Entry(Entry(font, "/FontDescriptor"), "/MissingWidth"), 0));
+    widths.fill(given.empty() ? -1 : ToNumber(Entry(Entry(font, "/FontDescriptor"), "/MissingWidth"), 0));
     for (std::size_t i = 0; i < given.size(); ++i) {
         const std::int64_t code = first + static_cast<std::int64_t>(i);
         if (code >= 0 && code < 256) widths[static_cast<std::size_t>(code)] = given[i];
@@ -32,13 +31,12 @@ public:
     SimpleFont(QPDFObjectHandle dictionary, std::unique_ptr<FontFile> file) : file_(std::move(file)) {
         const int flags = ToInteger(Entry(Entry(dictionary, "/FontDescriptor"), "/Flags"), 0);
         const bool isTrueType = ToName(Entry(dictionary, "/Subtype")) == "/TrueType";
-        const QPDFObjectHandle encoding = Entry(dictionary, "/Encoding");
         const bool isSymbolic = (flags & kSymbolicFlag) != 0;
-        const Encoding characters = ToEncoding(encoding, isTrueType && !isSymbolic);
+        const Encoding characters = ToEncoding(Entry(dictionary, "/Encoding"), isTrueType && !isSymbolic);
         const std::array<double, 256> widths = WidthsOf(dictionary);
         for (unsigned int code = 0; code < characters.size(); ++code) {
-            glyphs_[code] =
-                isTrueType && isSymbolic ? SymbolGlyph(code, characters[code]) : TextGlyph(code, characters[code]);
+            if (isTrueType && isSymbolic) glyphs_[code] = file_->GlyphOfCode(code);
+            if (glyphs_[code] == 0) glyphs_[code] = GlyphOf(code, characters[code]);
             advances_[code] = widths[code] >= 0 ? widths[code] / kThousandths : file_->Advance(glyphs_[code]);
         }
     }
@@ -53,19 +51,10 @@ public:
     }
 
 private:
-    [[nodiscard]] unsigned int SymbolGlyph(unsigned int code, const Character& character) const {
-        if (const unsigned int glyph = file_->GlyphOfSymbolCode(code)) return glyph;
-        if (const unsigned int glyph = file_->GlyphOfMacCode(code)) return glyph;
-        return TextGlyph(code, character);
-    }
-
-    [[nodiscard]] unsigned int TextGlyph(unsigned int code, const Character& character) const {
+    [[nodiscard]] unsigned int GlyphOf(unsigned int code, const Character& character) const {
         if (const unsigned int glyph = file_->GlyphOfName(character.name)) return glyph;
         if (const unsigned int glyph = file_->GlyphOfUnicode(character.unicode)) return glyph;
-        if (!character.name.empty() && character.unicode == 0) return 0;
-        if (const unsigned int glyph = file_->GlyphOfBuiltInCode(code)) return glyph;
-        if (const unsigned int glyph = file_->GlyphOfMacCode(code)) return glyph;
-        return file_->GlyphOfSymbolCode(code);
+        return character.name.empty() ? file_->GlyphOfCode(code) : 0;
     }
 
     std::unique_ptr<FontFile> file_;
@@ -76,10 +65,7 @@ private:
 // A font whose glyphs are page content.
 class Type3Font : public Font {
 public:
-    explicit Type3Font(QPDFObjectHandle dictionary)
-        : toEms_(ToMatrix(Entry(dictionary, "/FontMatrix"))),
-          resources_(Entry(dictionary, "/Resources")),
-          widths_(WidthsOf(dictionary)) {
+    explicit Type3Font(QPDFObjectHandle dictionary) : dictionary_(dictionary), widths_(WidthsOf(dictionary)) {
         const Encoding characters = ToEncoding(Entry(dictionary, "/Encoding"), false);
         for (std::size_t code = 0; code < characters.size(); ++code)
             contents_[code] = Entry(Entry(dictionary, "/CharProcs"), "/" + characters[code].name);
@@ -95,31 +81,29 @@ public:
     }
 
     [[nodiscard]] Matrix ToEms() const override { return toEms_; }
-    [[nodiscard]] QPDFObjectHandle Resources() const override { return resources_; }
+    [[nodiscard]] QPDFObjectHandle Resources() const override { return Entry(dictionary_, "/Resources"); }
 
 private:
-    Matrix toEms_;
-    QPDFObjectHandle resources_;
+    QPDFObjectHandle dictionary_;
+    Matrix toEms_ = ToMatrix(Entry(dictionary_, "/FontMatrix"));
     std::array<double, 256> widths_;
     std::array<QPDFObjectHandle, 256> contents_;
 };
 
+std::shared_ptr<const Font> MakeFont(QPDFObjectHandle dictionary, const FontLibrary& library, Notes& notes) {
+    const std::string kind = ToName(Entry(dictionary, "/Subtype"));
+    if (kind == "/Type0") return MakeCompositeFont(dictionary, library, notes);
+    if (kind == "/Type3") return std::make_shared<Type3Font>(dictionary);
+    std::unique_ptr<FontFile> file = OpenFontFile(dictionary, library, notes);
+    return file ? std::make_shared<SimpleFont>(dictionary, std::move(file)) : nullptr;
+}
+
 }  // namespace
 
 std::shared_ptr<const Font> FontCache::Get(QPDFObjectHandle dictionary, Notes& notes) {
-    if (!dictionary.isIndirect()) return Make(dictionary, notes);
-    const auto [entry, isNew] = fonts_.try_emplace(dictionary.getObjGen());
-    if (isNew) entry->second = Make(dictionary, notes);
+    const auto [entry, isNew] = fonts_.try_emplace(dictionary.unparse());
+    if (isNew) entry->second = MakeFont(dictionary, library_, notes);
     return entry->second;
-}
-
-std::shared_ptr<const Font> FontCache::Make(QPDFObjectHandle dictionary, Notes& notes) {
-    const std::string kind = ToName(Entry(dictionary, "/Subtype"));
-    if (kind == "/Type0") return MakeCompositeFont(dictionary, library_, notes);
-    if (kind == "/Type3") return std::make_shared<Type3Font>(dictionary);
-    std::unique_ptr<FontFile> file = OpenFontFile(dictionary, library_, notes);
-    if (!file) return nullptr;
-    return std::make_shared<SimpleFont>(dictionary, std::move(file));
 }
 
 }  // namespace pdf

@@ -44,29 +44,23 @@ protected:
 // The fonts of a document, each made once. One thread at a time.
 class FontCache {
 public:
-    FontCache() : library_(OpenFreeType()) {}
-
     // The font of a dictionary; empty if nothing can be painted with it, which is noted.
     std::shared_ptr<const Font> Get(QPDFObjectHandle dictionary, Notes& notes);
 
 private:
-    std::shared_ptr<const Font> Make(QPDFObjectHandle dictionary, Notes& notes);
-
-    std::shared_ptr<FT_LibraryRec_> library_;
-    std::map<QPDFObjGen, std::shared_ptr<const Font>> fonts_;
+    FontLibrary library_ = OpenFreeType();
+    std::map<std::string, std::shared_ptr<const Font>> fonts_;  // by the reference or the text of the dictionary
 };
 
 // The program of a font: the one in the file, or else a font of the system with the same widths, which is noted.
 // @param font a simple font's dictionary, or that of a composite font's descendant.
 // @return empty if there is neither.
-std::unique_ptr<FontFile> OpenFontFile(QPDFObjectHandle font, const std::shared_ptr<FT_LibraryRec_>& library,
-                                       Notes& notes);
+std::unique_ptr<FontFile> OpenFontFile(QPDFObjectHandle font, const FontLibrary& library, Notes& notes);
 
 // Whether the program of a font is in the file.
 bool IsEmbedded(QPDFObjectHandle font);
 
 // The font of a composite font's dictionary; empty if it has no program.
-std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary,
-                                              const std::shared_ptr<FT_LibraryRec_>& library, Notes& notes);
+std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary, const FontLibrary& library, Notes& notes);
 
 }  // namespace pdf
