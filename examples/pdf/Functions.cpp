@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "Objects.h"
+#include "Samples.h"
 
 namespace pdf {
 
@@ -26,15 +27,8 @@ double Interpolate(double x, const Interval& from, const Interval& to) {
 // Numbers of 1 to 32 bits one after the other, those of each output spread over its interval.
 std::vector<double> Unpack(const std::string& bytes, unsigned int bits, std::size_t count, const Intervals& decode) {
     std::vector<double> samples(count);
-    std::size_t at = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        unsigned long long value = 0;
-        for (unsigned int bit = 0; bit < bits; ++bit, ++at) {
-            const unsigned int byte = at / 8 < bytes.size() ? static_cast<unsigned char>(bytes[at / 8]) : 0U;
-            value = 2 * value + (byte >> (7 - at % 8)) % 2;
-        }
-        samples[i] = Interpolate(static_cast<double>(value), {0, std::exp2(bits) - 1}, decode[i % decode.size()]);
-    }
+    for (std::size_t i = 0; i < count; ++i)
+        samples[i] = Interpolate(BitsAt(bytes, i * bits, bits), {0, std::exp2(bits) - 1}, decode[i % decode.size()]);
     return samples;
 }
 

@@ -13,158 +13,91 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-// low + sample / greatest (high - low), a component each.
-std::vector<Interval> DecodeOf(QPDFObjectHandle picture, const ColorSpace& space, unsigned int bits) {
-    const std::vector<double> numbers = ToNumbers(Entry(picture, "/Decode"));
-    std::vector<Interval> decode;
-    for (std::size_t i = 0; i < space.Components(); ++i) {
-        if (2 * i + 1 < numbers.size())
-            decode.push_back({numbers[2 * i], numbers[2 * i + 1]});
-        else
-            decode.push_back(space.DefaultDecode(i, bits));
-    }
-    return decode;
-}
-
-// Turns the samples of a pixel into a colour. What was turned before is remembered: all values of short samples, else
-// the pixel before.
-class Colors {
-public:
-    Colors(const ColorSpace& space, std::vector<Interval> decode, unsigned int greatest)
-        : space_(space), decode_(std::move(decode)), greatest_(greatest), components_(space.Components()) {
-        if (components_.size() != 1 || greatest > 255) return;
-        for (unsigned int sample = 0; sample <= greatest; ++sample) palette_.push_back(Compute(&sample));
-    }
-
-    vantu::Color operator()(const unsigned int* samples) {
-        if (!palette_.empty()) return palette_[*samples];
-        if (last_.empty() || !std::equal(last_.begin(), last_.end(), samples)) {
-            last_.assign(samples, samples + components_.size());
-            lastColor_ = Compute(samples);
-        }
-        return lastColor_;
-    }
-
-private:
-    vantu::Color Compute(const unsigned int* samples) {
-        for (std::size_t i = 0; i < components_.size(); ++i)
-            components_[i] = decode_[i].low + samples[i] * (decode_[i].high - decode_[i].low) / greatest_;
-        return space_.ToColor(components_);
-    }
-
-    const ColorSpace& space_;
-    std::vector<Interval> decode_;
-    double greatest_;
-    std::vector<double> components_;
-    std::vector<vantu::Color> palette_;
-    std::vector<unsigned int> last_;
-    vantu::Color lastColor_;
-};
-
-// Pixels that lie within all of the ranges of samples are left out.
-bool IsKeyed(const std::vector<double>& keys, const unsigned int* samples, std::size_t components) {
-    if (keys.size() != 2 * components) return false;
-    for (std::size_t i = 0; i < components; ++i) {
-        if (samples[i] < keys[2 * i] || samples[i] > keys[2 * i + 1]) return false;
-    }
-    return true;
-}
-
-// Reads the samples of a picture and has `append` add each pixel to the bytes of the result.
+// Reads a picture without its masks: `append` adds to the bytes what becomes of a pixel of some samples and a colour.
 template <typename Append>
-Picture ReadPixels(const Samples& samples, std::size_t channels, Append append) {
-    Picture out{samples.width, samples.height, channels, {}};
-    const std::size_t rowSize = out.width * channels;
-    out.pixels.reserve(rowSize * out.height);
+std::optional<Picture> ReadPixels(QPDFObjectHandle stream, const ColorSpace& space, std::size_t channels, Notes& notes,
+                                  Append append) {
+    const auto samples = ReadSamples(stream, space.Components(), notes);
+    if (!samples) return std::nullopt;
+    const std::size_t count = space.Components();
+    Intervals decode = ToIntervals(Entry(stream, "/Decode"));
+    while (decode.size() < count) decode.push_back(space.DefaultDecode(decode.size(), samples->bits));
+
+    Picture out{samples->width, samples->height, channels, {}};
+    out.pixels.reserve(out.width * out.height * channels);
     std::vector<unsigned int> row;
+    std::vector<unsigned int> last;  // the samples that `color` was made of
+    std::vector<double> components(count);
+    vantu::Color color;
     for (std::size_t y = 0; y < out.height; ++y) {
-        if (y > 0 && samples.IsMissing(y - 1)) {  // the same once more: a few bytes may claim to be a large picture
-            out.pixels.resize(out.pixels.size() + rowSize);
-            std::copy_n(out.pixels.end() - 2 * static_cast<std::ptrdiff_t>(rowSize), rowSize,
-                        out.pixels.end() - static_cast<std::ptrdiff_t>(rowSize));
-            continue;
+        samples->ReadRow(y, row);
+        for (const unsigned int* pixel = row.data(); pixel != row.data() + row.size(); pixel += count) {
+            if (last.empty() || !std::equal(last.begin(), last.end(), pixel)) {
+                last.assign(pixel, pixel + count);
+                // low + sample / greatest (high - low)
+                for (std::size_t i = 0; i < count; ++i)
+                    components[i] = decode[i].low + pixel[i] * (decode[i].high - decode[i].low) / samples->Greatest();
+                color = space.ToColor(components);
+            }
+            append(out.pixels, last, color);
         }
-        samples.ReadRow(y, row);
-        for (const unsigned int* pixel = row.data(); pixel != row.data() + row.size(); pixel += samples.components)
-            append(out.pixels, pixel);
     }
     return out;
 }
 
-// Straight colours, opaque but where a colour key says otherwise.
+// Straight colours, opaque but where a colour key, a range for each sample, says otherwise.
 std::optional<Picture> ReadColors(QPDFObjectHandle picture, const ColorSpace& space, Notes& notes) {
-    const auto samples = ReadSamples(picture, space.Components(), notes);
-    if (!samples) return std::nullopt;
-    const std::vector<double> keys = ToNumbers(Entry(picture, "/Mask"));
-    Colors colors(space, DecodeOf(picture, space, samples->bits), samples->Greatest());
-    return ReadPixels(*samples, 4, [&](Bytes& out, const unsigned int* pixel) {
-        const vantu::Color color = colors(pixel);
-        const unsigned char alpha = IsKeyed(keys, pixel, samples->components) ? 0 : 255;
+    const Intervals keys = ToIntervals(Entry(picture, "/Mask"));
+    const auto isKeyed = [&](const std::vector<unsigned int>& samples) {
+        return std::ranges::equal(samples, keys, [](unsigned int sample, const Interval& key) {
+            return sample >= key.low && sample <= key.high;
+        });
+    };
+    return ReadPixels(picture, space, 4, notes, [&](Bytes& out, const auto& samples, const vantu::Color& color) {
+        const unsigned char alpha = isKeyed(samples) ? 0 : color.GetAlpha();
         out.insert(out.end(), {color.GetBlue(), color.GetGreen(), color.GetRed(), alpha});
     });
 }
 
 // One channel: how much is painted. Soft masks are gray pictures; of a stencil 0 is painted and 1 is not.
 std::optional<Picture> ReadOpacity(QPDFObjectHandle mask, bool isStencil, Notes& notes) {
-    const auto gray = ColorSpace::Device(1);
-    const auto samples = ReadSamples(mask, 1, notes);
-    if (!samples) return std::nullopt;
     const unsigned char turn = isStencil ? 255 : 0;
-    Colors colors(*gray, DecodeOf(mask, *gray, samples->bits), samples->Greatest());
-    return ReadPixels(*samples, 1, [&](Bytes& out, const unsigned int* pixel) {
-        out.push_back(static_cast<unsigned char>(colors(pixel).GetGreen() ^ turn));
+    return ReadPixels(mask, *ColorSpace::Device(1), 1, notes, [&](Bytes& out, const auto&, const vantu::Color& color) {
+        out.push_back(static_cast<unsigned char>(color.GetGreen() ^ turn));
     });
 }
 
-// The nearest pixels in another size.
-Picture Resize(const Picture& picture, std::size_t width, std::size_t height) {
-    Picture out{width, height, picture.channels, {}};
-    out.pixels.reserve(width * height * out.channels);
-    for (std::size_t y = 0; y < height; ++y) {
-        for (std::size_t x = 0; x < width; ++x) {
-            const unsigned char* const pixel = picture.At(x * picture.width / width, y * picture.height / height);
-            out.pixels.insert(out.pixels.end(), pixel, pixel + picture.channels);
+// Premultiplies colours c by their opacity a, in the larger of both sizes: c a. Colours c' that were mixed with a matte
+// m by the opacity have to be unmixed, c = (c' - m) / a + m, which gives c' - m (1 - a).
+Picture Join(const Picture& colors, const Picture& opacity, const vantu::Color* matte) {
+    Picture out{std::max(colors.width, opacity.width), std::max(colors.height, opacity.height), 4, {}};
+    out.pixels.reserve(out.width * out.height * 4);
+    const auto spread = [&out](const Picture& picture, std::size_t x, std::size_t y) {
+        return picture.At(x * picture.width / out.width, y * picture.height / out.height);
+    };
+    const int mattes[] = {matte ? matte->GetBlue() : 0, matte ? matte->GetGreen() : 0, matte ? matte->GetRed() : 0};
+    for (std::size_t y = 0; y < out.height; ++y) {
+        for (std::size_t x = 0; x < out.width; ++x) {
+            const unsigned char* const color = spread(colors, x, y);
+            const int alpha = (color[3] * *spread(opacity, x, y) + 127) / 255;
+            for (std::size_t i = 0; i < 3; ++i) {
+                const int own =
+                    matte ? color[i] - (mattes[i] * (255 - alpha) + 127) / 255 : (color[i] * alpha + 127) / 255;
+                out.pixels.push_back(static_cast<unsigned char>(std::clamp(own, 0, alpha)));
+            }
+            out.pixels.push_back(static_cast<unsigned char>(alpha));
         }
     }
     return out;
-}
-
-// Brings both to one size. A colour c that was mixed with a matte m by an opacity a has to be unmixed,
-// (c - m) / a + m, and premultiplied: c - m (1 - a).
-Picture Join(Picture colors, Picture opacity, const vantu::Color* matte) {
-    const std::size_t width = std::max(colors.width, opacity.width);
-    const std::size_t height = std::max(colors.height, opacity.height);
-    if (colors.width != width || colors.height != height) colors = Resize(colors, width, height);
-    if (opacity.width != width || opacity.height != height) opacity = Resize(opacity, width, height);
-    for (std::size_t i = 0; i < width * height; ++i) {
-        unsigned char* const pixel = colors.pixels.data() + 4 * i;
-        pixel[3] = static_cast<unsigned char>((pixel[3] * opacity.pixels[i] + 127) / 255);
-        if (matte == nullptr) continue;
-        const int mattes[] = {matte->GetBlue(), matte->GetGreen(), matte->GetRed()};
-        for (std::size_t j = 0; j < 3; ++j) {
-            const int own = pixel[j] - (mattes[j] * (255 - pixel[3]) + 127) / 255;
-            pixel[j] = static_cast<unsigned char>(std::clamp<int>(own, 0, pixel[3]));
-        }
-    }
-    return colors;
-}
-
-void Premultiply(Picture& picture) {
-    for (unsigned char* pixel = picture.pixels.data(); pixel != picture.pixels.data() + picture.pixels.size();
-         pixel += 4) {
-        if (pixel[3] == 255) continue;
-        for (int j = 0; j < 3; ++j) pixel[j] = static_cast<unsigned char>((pixel[j] * pixel[3] + 127) / 255);
-    }
 }
 
 }  // namespace
 
 std::optional<Picture> ReadPicture(QPDFObjectHandle picture, QPDFObjectHandle resources, Notes& notes) {
     if (ToBool(Entry(picture, "/ImageMask"), false)) return ReadOpacity(picture, true, notes);
-    const QPDFObjectHandle name = Entry(picture, "/ColorSpace");
-    const auto space = ColorSpace::Parse(name, resources, notes);
+    const auto space = ColorSpace::Parse(Entry(picture, "/ColorSpace"), resources, notes);
     if (space->Components() == 0) return std::nullopt;
-    std::optional<Picture> colors = ReadColors(picture, *space, notes);
+    const std::optional<Picture> colors = ReadColors(picture, *space, notes);
     if (!colors) return std::nullopt;
 
     QPDFObjectHandle softMask = Entry(picture, "/SMask");
@@ -180,13 +113,9 @@ std::optional<Picture> ReadPicture(QPDFObjectHandle picture, QPDFObjectHandle re
         opacity.reset();
     }
     const std::vector<double> matte = ToNumbers(Entry(softMask, "/Matte"));
-    if (opacity && matte.size() == space->Components()) {
-        const vantu::Color color = space->ToColor(matte);
-        return Join(std::move(*colors), std::move(*opacity), &color);
-    }
-    if (opacity) colors = Join(std::move(*colors), std::move(*opacity), nullptr);
-    Premultiply(*colors);
-    return colors;
+    const bool hasMatte = opacity && matte.size() == space->Components();
+    const vantu::Color matteColor = hasMatte ? space->ToColor(matte) : vantu::Color();
+    return Join(*colors, opacity.value_or(Picture{1, 1, 1, {255}}), hasMatte ? &matteColor : nullptr);
 }
 
 }  // namespace pdf

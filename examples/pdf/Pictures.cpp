@@ -1,11 +1,10 @@
 #include "Pictures.h"
 
-#include <vantu/CQorImage.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 
+#include "Images.h"
 #include "Outlines.h"
 #include "PictureReader.h"
 
@@ -118,9 +117,7 @@ PlacedPicture PlacePicture(QPDFObjectHandle stream, QPDFObjectHandle resources, 
                [&](int x, int y, const Pixel& pixel) { RowOf(stencil, y)[x - box.x0] = pixel[0]; });
         return {Intersect(placed.coverage, stencil), nullptr};
     }
-    placed.image = std::make_shared<vantu::CQorImage>(
-        static_cast<unsigned int>(Width(box)), static_cast<unsigned int>(Height(box)),
-        vantu::PixelFormat::Bgra32Premultiplied, static_cast<unsigned char>(0), false);
+    placed.image = MakeImage(box);
     unsigned char* out = placed.image->GetPixelData();
     Sample(*picture, toPicture, box,
            [&](int, int, const Pixel& pixel) { out = std::copy(pixel.begin(), pixel.end(), out); });

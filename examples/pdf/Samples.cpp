@@ -4,6 +4,7 @@
 #include <vantu/QorIo.h>
 
 #include <algorithm>
+#include <set>
 
 #include "Objects.h"
 
@@ -11,23 +12,21 @@ namespace pdf {
 
 namespace {
 
-// An entry that is one object or an array of them, as an array.
+// An entry that is one object or an array of them, as an array of its own.
 QPDFObjectHandle ToArray(QPDFObjectHandle object) {
-    if (object.isArray()) return object;
-    QPDFObjectHandle array = QPDFObjectHandle::newArray();
-    if (!object.isNull()) array.appendItem(object);
-    return array;
+    if (object.isArray()) return object.shallowCopy();
+    return QPDFObjectHandle::newArray(object.isNull() ? std::vector<QPDFObjectHandle>() : std::vector{object});
 }
 
 // The bytes of a stream with all filters undone but the last.
 std::string BytesBeforeLastFilter(QPDFObjectHandle stream) {
-    QPDFObjectHandle filters = ToArray(Entry(stream, "/Filter")).shallowCopy();
-    QPDFObjectHandle parameters = ToArray(Entry(stream, "/DecodeParms")).shallowCopy();
+    QPDFObjectHandle filters = ToArray(Entry(stream, "/Filter"));
+    QPDFObjectHandle parameters = ToArray(Entry(stream, "/DecodeParms"));
     filters.eraseItem(filters.getArrayNItems() - 1);
     if (parameters.getArrayNItems() > filters.getArrayNItems()) parameters.eraseItem(filters.getArrayNItems());
-    QPDFObjectHandle inner = QPDFObjectHandle::newStream(stream.getOwningQPDF(), stream.getRawStreamData());
-    inner.getDict().replaceKey("/Filter", filters);
-    inner.getDict().replaceKey("/DecodeParms", parameters);
+    const auto owner = QPDF::create();
+    QPDFObjectHandle inner = QPDFObjectHandle::newStream(owner.get());
+    inner.replaceStreamData(stream.getRawStreamData(), filters, parameters);
     return ToBytes(inner);
 }
 
@@ -48,65 +47,51 @@ bool ReadJpeg(QPDFObjectHandle stream, Samples& samples) {
     const std::size_t stride = vantu::RowStride(image->GetWidth(), image->GetPixelFormat(), image->GetAlignment());
     for (std::size_t y = samples.height; y-- > 0;) {  // bottom-up
         const unsigned char* pixel = image->GetPixelData() + y * stride;
-        for (std::size_t x = 0; x < samples.width; ++x, pixel += 3) {
-            if (samples.components == 1)
-                samples.bytes += static_cast<char>(pixel[1]);
-            else
-                for (const int channel : {2, 1, 0}) samples.bytes += static_cast<char>(pixel[channel]);
-        }
+        for (std::size_t x = 0; x < samples.width; ++x, pixel += 3)
+            for (std::size_t i = 0; i < samples.components; ++i) samples.bytes += static_cast<char>(pixel[2 - i]);
     }
     return samples.components == 1 || samples.components == 3;
 }
 
 }  // namespace
 
+unsigned int BitsAt(const std::string& bytes, std::size_t bit, unsigned int count) {
+    unsigned long long value = 0;
+    std::size_t byte = bit / 8;
+    for (; byte * 8 < bit + count; ++byte)
+        value = value << 8 | (byte < bytes.size() ? static_cast<unsigned char>(bytes[byte]) : 0U);
+    return static_cast<unsigned int>(value >> (byte * 8 - bit - count) & ((1ULL << count) - 1));
+}
+
 void Samples::ReadRow(std::size_t y, std::vector<unsigned int>& row) const {
     row.resize(width * components);
-    const auto byteAt = [&, start = y * RowBytes()](std::size_t i) {
-        return start + i < bytes.size() ? static_cast<unsigned char>(bytes[start + i]) : 0U;
-    };
-    for (std::size_t i = 0; i < row.size(); ++i) {
-        const std::size_t bit = i * bits;
-        row[i] =
-            bits == 16 ? byteAt(2 * i) << 8 | byteAt(2 * i + 1) : byteAt(bit / 8) >> (8 - bits - bit % 8) & Greatest();
-    }
+    const std::size_t rowBits = (row.size() * bits + 7) / 8 * 8;
+    for (std::size_t i = 0; i < row.size(); ++i) row[i] = BitsAt(bytes, y * rowBits + i * bits, bits);
 }
 
 std::optional<Samples> ReadSamples(QPDFObjectHandle picture, std::size_t components, Notes& notes) {
-    const int width = ToInteger(Entry(picture, "/Width"), 0);
-    const int height = ToInteger(Entry(picture, "/Height"), 0);
+    const auto width = static_cast<std::size_t>(std::max(ToInteger(Entry(picture, "/Width"), 0), 0));
+    const auto height = static_cast<std::size_t>(std::max(ToInteger(Entry(picture, "/Height"), 0), 0));
+    const auto filters = Items(ToArray(Entry(picture, "/Filter")));
+    const std::string last = filters.empty() ? "/unfiltered" : ToName(filters.back());
+    const bool isJpeg = last == "/DCTDecode" || last == "/DCT";
     const bool isStencil = ToBool(Entry(picture, "/ImageMask"), false);
-    const int bits = isStencil ? 1 : ToInteger(Entry(picture, "/BitsPerComponent"), 8);
-    if (width < 1 || height < 1 ||
-        static_cast<std::size_t>(width) > kMostPicturePixels / static_cast<std::size_t>(height)) {
+    const int bits = isJpeg ? 8 : isStencil ? 1 : ToInteger(Entry(picture, "/BitsPerComponent"), 8);
+    if (width == 0 || height == 0 || width > kMostPicturePixels / height) {
         notes.Add("picture of no size or of more than 2^26 pixels: left out");
         return std::nullopt;
     }
-    if (bits != 1 && bits != 2 && bits != 4 && bits != 8 && bits != 16) {
+    if (!std::set{1, 2, 4, 8, 16}.contains(bits)) {
         notes.Add("picture with samples of a size that is none: left out");
         return std::nullopt;
     }
-    Samples samples{static_cast<std::size_t>(width),
-                    static_cast<std::size_t>(height),
-                    components,
-                    static_cast<unsigned int>(bits),
-                    {}};
-    QPDFObjectHandle filters = ToArray(Entry(picture, "/Filter"));
-    const std::string last = ToName(Item(filters, filters.getArrayNItems() - 1));
-    bool isRead = true;
-    if (last == "/DCTDecode" || last == "/DCT") {
-        samples.bits = 8;
-        try {
-            isRead = ReadJpeg(picture, samples);
-        } catch (const std::exception&) {
-            isRead = false;
-        }
-    } else {
-        samples.bytes = ToBytes(picture);
-        isRead = !samples.bytes.empty();
+    Samples samples{width, height, components, static_cast<unsigned int>(bits), {}};
+    try {
+        if (!isJpeg) samples.bytes = ToBytes(picture);
+        if (isJpeg ? ReadJpeg(picture, samples) : !samples.bytes.empty()) return samples;
+    } catch (const std::exception&) {  // damaged
     }
-    if (isRead) return samples;
-    notes.Add("picture that cannot be read (" + (last.empty() ? "no filter" : last.substr(1)) + "): left out");
+    notes.Add("picture that cannot be read (" + (last.empty() ? "" : last.substr(1)) + "): left out");
     return std::nullopt;
 }
 

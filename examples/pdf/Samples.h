@@ -11,6 +11,9 @@ namespace pdf {
 
 inline constexpr std::size_t kMostPicturePixels = 1U << 26;
 
+// The number of 1 to 32 bits that begins at a bit; those beyond the end are 0.
+unsigned int BitsAt(const std::string& bytes, std::size_t bit, unsigned int count);
+
 // The numbers that a picture is made of, as its stream has them.
 struct Samples {
     std::size_t width = 0;
@@ -19,11 +22,8 @@ struct Samples {
     unsigned int bits = 0;       // of a component: 1, 2, 4, 8 or 16
     std::string bytes;           // rows from the top, each begins with a byte
 
-    // Whether all bytes of a row are missing.
-    [[nodiscard]] bool IsMissing(std::size_t y) const { return y * RowBytes() >= bytes.size(); }
     // The components of the pixels of a row; 0 where bytes are missing.
     void ReadRow(std::size_t y, std::vector<unsigned int>& row) const;
-    [[nodiscard]] std::size_t RowBytes() const { return (width * components * bits + 7) / 8; }
     [[nodiscard]] unsigned int Greatest() const { return (1U << bits) - 1; }
 };
 

@@ -1,7 +1,5 @@
 #include "Shadings.h"
 
-#include <vantu/CQorImage.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -10,6 +8,7 @@
 
 #include "ColorSpaces.h"
 #include "Functions.h"
+#include "Images.h"
 #include "Objects.h"
 #include "Outlines.h"
 
@@ -116,9 +115,7 @@ ColorAt Radial(const Shading& shading) {
 // background.
 std::shared_ptr<vantu::IQorImage> Paint(const ColorAt& colorAt, const Matrix& fromDevice, const Pixels& box,
                                         const Mask& inside, const vantu::Color& background) {
-    const auto image = std::make_shared<vantu::CQorImage>(
-        static_cast<unsigned int>(Width(box)), static_cast<unsigned int>(Height(box)),
-        vantu::PixelFormat::Bgra32Premultiplied, static_cast<unsigned char>(0), false);
+    const auto image = MakeImage(box);
     unsigned char* out = image->GetPixelData();
     for (int y = box.y0; y < box.y1; ++y) {
         for (int x = box.x0; x < box.x1; ++x) {
