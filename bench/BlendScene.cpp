@@ -39,32 +39,7 @@ private:
     unsigned int left_ = 0;
 };
 
-enum class Alphas { Opaque, Half, Random, Sprite };
-
 using Pixels = std::vector<unsigned char>;
-
-/// Pixels of random colours; the same for the same arguments.
-std::shared_ptr<const Pixels> MakePixels(PixelFormat format, Alphas alphas, std::size_t count, unsigned int seed) {
-    static std::map<std::tuple<PixelFormat, Alphas, std::size_t, unsigned int>, std::shared_ptr<const Pixels>> made;
-    auto& entry = made[{format, alphas, count, seed}];
-    if (entry) return entry;
-    Random random(seed);
-    SpriteAlphas sprite;
-    const std::size_t pixelBytes = BitsPerPixel(format) / 8;
-    auto pixels = std::make_shared<Pixels>(count * pixelBytes);
-    DispatchFormat(format, 0, [&]<PixelFormat F>() {
-        for (std::size_t i = 0; i < count; ++i) {
-            Color color(static_cast<unsigned int>(random()));
-            if (alphas == Alphas::Opaque) color.SetAlpha(255);
-            if (alphas == Alphas::Half) color.SetAlpha(128);
-            if (alphas == Alphas::Sprite) color.SetAlpha(sprite.Next(random));
-            WritePixel<F>(pixels->data() + i * pixelBytes, color);
-        }
-        return 0;
-    });
-    entry = std::move(pixels);
-    return entry;
-}
 
 Alphas SourceAlphas(Content content) {
     switch (content) {
@@ -123,6 +98,28 @@ public:
 };
 
 }  // namespace
+
+std::shared_ptr<const Pixels> MakePixels(PixelFormat format, Alphas alphas, std::size_t count, unsigned int seed) {
+    static std::map<std::tuple<PixelFormat, Alphas, std::size_t, unsigned int>, std::shared_ptr<const Pixels>> made;
+    auto& entry = made[{format, alphas, count, seed}];
+    if (entry) return entry;
+    Random random(seed);
+    SpriteAlphas sprite;
+    const std::size_t pixelBytes = BitsPerPixel(format) / 8;
+    auto pixels = std::make_shared<Pixels>(count * pixelBytes);
+    DispatchFormat(format, 0, [&]<PixelFormat F>() {
+        for (std::size_t i = 0; i < count; ++i) {
+            Color color(static_cast<unsigned int>(random()));
+            if (alphas == Alphas::Opaque) color.SetAlpha(255);
+            if (alphas == Alphas::Half) color.SetAlpha(128);
+            if (alphas == Alphas::Sprite) color.SetAlpha(sprite.Next(random));
+            WritePixel<F>(pixels->data() + i * pixelBytes, color);
+        }
+        return 0;
+    });
+    entry = std::move(pixels);
+    return entry;
+}
 
 std::shared_ptr<IPDFImageBlender> MakeBlender(const std::shared_ptr<IQorImage>& image) {
     std::shared_ptr<IRasterizer> rasterizer = std::make_shared<NoSurface>();

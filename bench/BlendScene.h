@@ -3,6 +3,7 @@
 #include <vantu/CQorImage.h>
 #include <vantu/IPDFImageBlender.h>
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -12,6 +13,12 @@ namespace vantu::bench {
 
 /// A blender that paints on `image`.
 std::shared_ptr<IPDFImageBlender> MakeBlender(const std::shared_ptr<IQorImage>& image);
+
+enum class Alphas { Opaque, Half, Random, Sprite };
+
+/// Pixels of random colours; the same for the same arguments.
+std::shared_ptr<const std::vector<unsigned char>> MakePixels(PixelFormat format, Alphas alphas, std::size_t count,
+                                                             unsigned int seed);
 
 /// The images of a case. Painting changes the target, so that a second painting would meet other content: targets are
 /// painted once and then put back. To make that worth a look at the clock, small targets stand in a column of several

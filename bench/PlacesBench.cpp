@@ -2,14 +2,15 @@
 
 #include <benchmark/benchmark.h>
 #include <vantu/CIdentityPDFTransferFunction.h>
+#include <vantu/ImageUtil.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <map>
 #include <random>
 #include <string>
 
+#include "BlendScene.h"
 #include "PageScene.h"
 #include "PixmanPeer.h"
 #include "Timing.h"
@@ -21,23 +22,18 @@ constexpr unsigned int kPageSide = 384;
 constexpr unsigned int kBatchPixels = 65536;  ///< pixels between two looks at the clock, at least
 constexpr unsigned int kVariants = 8;         ///< masks or pictures in turn, so that no branch is learnt from them
 
+constexpr auto kFormat = PixelFormat::Bgra32Premultiplied;
+
 using Image = std::shared_ptr<CQorImage>;
-using Random = std::mt19937;
 
 Image MakeImage(unsigned int width, unsigned int height, PixelFormat format) {
     return std::make_shared<CQorImage>(width, height, format, static_cast<unsigned char>(0), false);
 }
 
-/// A square of 32-bit pixels. @param pixel(i) gives each.
-template <typename Pixel>
-Image MakePicture(unsigned int size, Pixel pixel) {
-    Image image = MakeImage(size, size, PixelFormat::Bgra32Premultiplied);
-    for (std::size_t i = 0; i < std::size_t{size} * size; ++i) {
-        const std::uint32_t argb = pixel(i);
-        for (unsigned int k = 0; k < 4; ++k) {
-            image->GetPixelData()[i * 4 + k] = static_cast<unsigned char>(argb >> (8 * k));
-        }
-    }
+Image MakePicture(unsigned int size, Alphas alphas, unsigned int seed) {
+    Image image = MakeImage(size, size, kFormat);
+    const auto pixels = MakePixels(kFormat, alphas, std::size_t{size} * size, seed);
+    std::copy(pixels->begin(), pixels->end(), image->GetPixelData());
     return image;
 }
 
@@ -69,17 +65,25 @@ Image MakeShadow(unsigned int size, unsigned int variant) {
         size, 8, [=](double x, double y) { return (1.0 - x * x) * (1.0 - y * y) * (1.0 - 0.5 * variant / kVariants); });
 }
 
-/// An opaque page of random colours and calls all over it. @param call(variant) gives what they paint.
+/// Black through a mask's levels.
+Image MakeBlack(const IQorImage& levels) {
+    Image image = MakeImage(levels.GetWidth(), levels.GetHeight(), kFormat);
+    for (std::size_t i = 0; i < std::size_t{levels.GetWidth()} * levels.GetHeight(); ++i) {
+        image->GetPixelData()[4 * i + 3] = levels.GetPixelData()[i];
+    }
+    return image;
+}
+
+/// A page of random colours and calls all over it. @param call(variant) gives what they paint.
 template <typename Call>
-PageScene MakeScene(unsigned int size, Call call) {
+PageScene MakeScene(unsigned int size, Alphas alphas, Call call) {
     std::array<PageCall, kVariants> variants;
     for (unsigned int i = 0; i < kVariants; ++i) variants[i] = call(i);
-    Random random(11);
     PageScene scene;
-    scene.page =
-        MakePicture(kPageSide, [&](std::size_t) { return 0xFF000000U | static_cast<std::uint32_t>(random()); });
+    scene.page = MakePicture(kPageSide, alphas, 100);
     scene.pristine.assign(scene.page->GetPixelData(),
                           scene.page->GetPixelData() + std::size_t{kPageSide} * kPageSide * 4);
+    std::mt19937 random(11);
     const auto place = [&] { return static_cast<int>(random() % (kPageSide - size + 1)); };
     for (unsigned int i = 0; i < std::max(kVariants, kBatchPixels / (size * size)); ++i) {
         PageCall& placed = scene.calls.emplace_back(variants[i % kVariants]);
@@ -90,9 +94,6 @@ PageScene MakeScene(unsigned int size, Call call) {
     return scene;
 }
 
-using Replay = std::function<void()> (*)(const PageScene&);
-using Likeness = decltype(&Same);
-
 std::vector<unsigned char> Painted(const PageScene& scene, const std::function<void()>& paint) {
     scene.Restore();
     paint();
@@ -100,39 +101,44 @@ std::vector<unsigned char> Painted(const PageScene& scene, const std::function<v
     return {pixels, pixels + scene.pristine.size()};
 }
 
-void Run(benchmark::State& state, const PageScene& scene, Replay makeReplay, Likeness alike) {
-    const std::function<void()> paint = makeReplay(scene);
-    if (!alike(Painted(scene, paint), Painted(scene, MakeScalarReplay(scene)))) {
-        state.SkipWithError("does not draw what the scalar loop draws");
-        return;
-    }
-    Measure(
-        state, [&] { scene.Restore(); }, paint, scene.calls.size(), scene.CountPixels());
+/// Whether the library paints what the plain loop does.
+bool IsRight(const PageScene& scene) {
+    return Painted(scene, MakeBlendReplay(scene)) == Painted(scene, MakeScalarReplay(scene));
 }
 
-/// Registers a scene painted by the library, by the plain loop and by pixman, if it can.
-/// @param make() gives the scene.
+/// Whether pixman paints nearly what the plain loop does: by one call, as a difference grows where calls meet.
+bool IsNearlyRight(const PageScene& scene) {
+    const PageScene one{scene.page, scene.pristine, {scene.calls.front()}};
+    return Alike(Painted(one, MakePixmanReplay(one)), Painted(one, MakeScalarReplay(one)));
+}
+
+/// Registers a scene painted by the library and by pixman, if it can. @param make() gives the scene.
 template <typename Make>
 void Register(const std::string& table, const std::string& name, Make make) {
-    const auto add = [&](const char* painter, Replay replay, Likeness alike) {
-        benchmark::RegisterBenchmark((table + '/' + painter + '/' + name).c_str(), [=](benchmark::State& state) {
-            Run(state, make(), replay, alike);
-        })->UseManualTime();
+    const auto add = [&](const std::string& painter, auto makeReplay, auto isRight) {
+        const auto run = [=](benchmark::State& state) {
+            const PageScene scene = make();
+            if (!isRight(scene)) {
+                state.SkipWithError("does not draw what the scalar loop draws");
+                return;
+            }
+            const std::function<void()> paint = makeReplay(scene);
+            Measure(
+                state, [&] { scene.Restore(); }, paint, scene.calls.size(), scene.CountPixels());
+        };
+        benchmark::RegisterBenchmark((table + '/' + painter + '/' + name).c_str(), run)->UseManualTime();
     };
-    add("Library", MakeBlendReplay, Same);
-    add("Scalar", MakeScalarReplay, Same);
-    const PageScene scene = make();
-    if (std::all_of(scene.calls.begin(), scene.calls.end(), [](const PageCall& c) { return HasPixmanPeer(c); })) {
-        add("Pixman", MakePixmanReplay, [](const auto& a, const auto& b) { return Alike(a, b); });
-    }
+    add("Library", MakeBlendReplay, IsRight);
+    if (HasPixmanPeer(PageCall{})) add("Pixman", MakePixmanReplay, IsNearlyRight);
 }
 
-Image MakeSource(unsigned int size, bool isColor) {
-    Random random(13);
-    return MakePicture(
-        size, [&](std::size_t) { return isColor ? 0xFF336699U : 0xFF000000U | static_cast<std::uint32_t>(random()); });
+Image MakeOneColor(unsigned int size) {
+    Image image = MakeImage(size, size, kFormat);
+    ImageUtil::Clear(*image, Color(0xFF336699), {0, 0, static_cast<int>(size), static_cast<int>(size)});
+    return image;
 }
 
+/// Opaque colours and pictures through masks. One colour or picture is enough: nothing in them is branched on.
 void RegisterMasks() {
     const auto luminosity =
         std::make_shared<CIdentityPDFTransferFunction>(IPDFTransferFunction::SourceType::Luminosity);
@@ -140,15 +146,14 @@ void RegisterMasks() {
         for (const std::string mask : {"8-bit glyph", "8-bit shadow", "1-bit glyph"}) {
             for (const unsigned int size : {16U, 64U, 256U}) {
                 Register("Masks", source + '/' + mask + '/' + std::to_string(size), [=] {
-                    const Image picture = MakeSource(size, source == "colour");
-                    return MakeScene(size, [&](unsigned int variant) {
-                        PageCall call;
-                        call.picture = picture;
-                        call.isColor = source == "colour";
-                        const bool isStencil = mask[0] == '1';
-                        call.paint.mask = mask == "8-bit shadow" ? MakeShadow(size, variant)
-                                                                 : MakeGlyph(size, isStencil ? 1 : 8, variant);
-                        if (!isStencil) call.paint.maskTransfer = luminosity;
+                    PageCall call;
+                    call.isColor = source == "colour";
+                    call.picture = call.isColor ? MakeOneColor(size) : MakePicture(size, Alphas::Opaque, 1);
+                    const unsigned int bits = mask[0] == '1' ? 1 : 8;
+                    if (bits == 8) call.paint.maskTransfer = luminosity;
+                    return MakeScene(size, Alphas::Opaque, [&](unsigned int variant) {
+                        call.paint.mask =
+                            mask == "8-bit shadow" ? MakeShadow(size, variant) : MakeGlyph(size, bits, variant);
                         return call;
                     });
                 });
@@ -157,10 +162,52 @@ void RegisterMasks() {
     }
 }
 
+/// What is painted on what.
+struct Kind {
+    char name;
+    Alphas picture;
+    Alphas page;
+    unsigned char alpha;
+    bool isShadow;
+};
+
+constexpr Kind kKinds[] = {
+    {'a', Alphas::Opaque, Alphas::Opaque, 128, false}, {'b', Alphas::Random, Alphas::Opaque, 255, false},
+    {'c', Alphas::Random, Alphas::Random, 255, false}, {'d', Alphas::Sprite, Alphas::Opaque, 255, false},
+    {'e', Alphas::Sprite, Alphas::Half, 255, false},   {'f', Alphas::Random, Alphas::Opaque, 255, true},
+    {'o', Alphas::Opaque, Alphas::Opaque, 255, false},
+};
+
+void RegisterPictures(BlendMode mode, const Kind& kind, unsigned int size) {
+    const std::string name = std::string(kBlendModeNames[static_cast<std::size_t>(mode)]) + '/' + kind.name + '/';
+    Register("Pictures", name + std::to_string(size), [=] {
+        return MakeScene(size, kind.page, [&](unsigned int variant) {
+            PageCall call;
+            call.picture =
+                kind.isShadow ? MakeBlack(*MakeShadow(size, variant)) : MakePicture(size, kind.picture, variant + 1);
+            call.paint.mode = mode;
+            call.paint.alpha = kind.alpha;
+            return call;
+        });
+    });
+}
+
+/// Pictures in turn: all kinds with Normal, and in the other modes the kinds that pages are made of.
+void RegisterPictures() {
+    for (const Kind& kind : kKinds) {
+        for (const unsigned int size : {16U, 64U, 256U}) RegisterPictures(BlendMode::Normal, kind, size);
+        const bool isEverywhere = kind.name == 'd' || kind.name == 'f' || kind.name == 'o';
+        for (unsigned int mode = 1; isEverywhere && mode < kBlendModeCount; ++mode) {
+            RegisterPictures(static_cast<BlendMode>(mode), kind, 256);
+        }
+    }
+}
+
 }  // namespace
 
 void RegisterPlacesBenchmarks() {
     RegisterMasks();
+    RegisterPictures();
 }
 
 }  // namespace vantu::bench
