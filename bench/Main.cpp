@@ -5,6 +5,7 @@
 
 #include "BlendBench.h"
 #include "CodecBench.h"
+#include "GroupBench.h"
 #include "PagesBench.h"
 #include "PlacesBench.h"
 #include "SetupBench.h"
@@ -25,6 +26,7 @@ int main(int argc, char** argv) {
     RegisterBlendBenchmarks();
     RegisterPagesBenchmarks();
     RegisterPlacesBenchmarks();
+    RegisterGroupBenchmarks();
     RegisterSetupBenchmarks();
     RegisterCodecBenchmarks();
     benchmark::Initialize(&argc, argv);

@@ -2,15 +2,16 @@
 
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <deque>
 #include <exception>
 #include <filesystem>
 #include <functional>
 #include <map>
 #include <set>
 #include <string>
+#include <thread>
 
 #include "PixmanPeer.h"
 #include "RecordedPage.h"
@@ -22,6 +23,11 @@ namespace {
 using Page = std::vector<RecordedImage>;
 using Replay = std::function<void()>;
 
+constexpr double kDotsPerInch = 96;
+constexpr double kThreadedDotsPerInch = 384;  ///< so that a page takes much longer than a thread to start
+
+constexpr int kBands = 16;
+
 /// pixman rounds where the library cuts, which adds up where a page paints often.
 constexpr int kRoundingOnPages = 5;
 
@@ -31,28 +37,28 @@ const Page& Load(const std::string& path) {
     const auto [entry, isNew] = pages.try_emplace(path);
     if (!isNew) return entry->second;
     try {
-        entry->second = RecordPage(path);
+        entry->second = RecordPage(path, kDotsPerInch);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s: %s\n", path.c_str(), error.what());
     }
     return entry->second;
 }
 
-/// Makes calls by the library.
-Replay MakePainterReplay(const RecordedImage& image, const std::vector<pdf::Call>& calls) {
+/// Makes calls by the library, in a part of the image.
+Replay MakePainterReplay(const RecordedImage& image, const std::vector<pdf::Call>& calls, const pdf::Pixels& visible) {
     const auto painter = std::make_shared<Painter>(image.scene.page);
-    painter->SetClip({image.visible});
+    painter->SetClip({visible});
     return [painter, &calls] {
         for (const pdf::Call& call : calls) pdf::Make(call, *painter);
     };
 }
 
 Replay MakeAll(const RecordedImage& image) {
-    return MakePainterReplay(image, image.calls);
+    return MakePainterReplay(image, image.calls, image.visible);
 }
 
 Replay MakeShared(const RecordedImage& image) {
-    return MakePainterReplay(image, image.shared);
+    return MakePainterReplay(image, image.shared, image.visible);
 }
 
 Replay MakeScalar(const RecordedImage& image) {
@@ -141,6 +147,35 @@ void Register(const std::filesystem::path& folder, const std::string& group) {
     }
 }
 
+/// A page in bands of rows, a painter each, that threads paint one after the other.
+void RunThreads(benchmark::State& state, const std::string& path, int threads) {
+    static const Page page = RecordPage(path, kThreadedDotsPerInch);
+    const RecordedImage& image = page.front();
+    const PageScene& scene = image.scene;
+    std::vector<Replay> bands;
+    for (int i = 0; i < kBands; ++i) {
+        const auto edge = [&](int n) { return image.visible.y1 * n / kBands; };
+        const pdf::Pixels rows{image.visible.x0, edge(i), image.visible.x1, edge(i + 1)};
+        bands.push_back(MakePainterReplay(image, image.calls, rows));
+    }
+    const auto paint = [&] {
+        std::atomic<std::size_t> next = 0;
+        const auto paintBands = [&] {
+            for (std::size_t i = next++; i < bands.size(); i = next++) bands[i]();
+        };
+        std::vector<std::thread> others;
+        for (int i = 1; i < threads; ++i) others.emplace_back(paintBands);
+        paintBands();
+        for (std::thread& other : others) other.join();
+    };
+    if (Painted(image, paint) != image.painted) {
+        state.SkipWithError("does not draw what it should");
+        return;
+    }
+    Measure(
+        state, [&] { scene.Restore(); }, paint, image.calls.size(), CountPixels(image.calls), Clock::Wall);
+}
+
 }  // namespace
 
 void RegisterPagesBenchmarks() {
@@ -148,6 +183,12 @@ void RegisterPagesBenchmarks() {
     Register(IMAGEOP_TEST_PAGES, "own");
     if (const char* const folder = std::getenv("IMAGEOP_BENCH_PAGES"); folder != nullptr && *folder != '\0') {
         Register(folder, "others");
+    }
+    for (const int threads : {1, 2, 4, 8}) {
+        const std::string name = "Threads/" + std::to_string(threads);
+        benchmark::RegisterBenchmark(name.c_str(), [threads](benchmark::State& state) {
+            RunThreads(state, std::string(IMAGEOP_PICTURES) + "/page.pdf", threads);
+        })->UseManualTime();
     }
 }
 

@@ -16,7 +16,6 @@ using pdf::Intersect;
 using pdf::IsEmpty;
 using pdf::Pixels;
 
-constexpr double kDotsPerInch = 96;
 constexpr unsigned int kWhite = 0xFFFFFFFF;
 
 std::shared_ptr<CQorImage> MakeImage(unsigned int width, unsigned int height) {
@@ -123,10 +122,10 @@ std::vector<PageCall> ToPageCalls(const std::vector<Call>& calls, const Pixels& 
 
 }  // namespace
 
-std::vector<RecordedImage> RecordPage(const std::string& path) {
+std::vector<RecordedImage> RecordPage(const std::string& path, double dotsPerInch) {
     pdf::PagePainter painter(path);
     painter.KeepCalls();
-    const pdf::PageGeometry geometry = painter.GetDocument().Geometry(0, kDotsPerInch);
+    const pdf::PageGeometry geometry = painter.GetDocument().Geometry(0, dotsPerInch);
     const auto page =
         MakeImage(static_cast<unsigned int>(geometry.area.x1), static_cast<unsigned int>(geometry.area.y1));
     ImageUtil::Clear(*page, kWhite, geometry.area);

@@ -18,8 +18,8 @@ struct RecordedImage {
     pdf::Pixels visible;                 ///< what of the image is painted on
 };
 
-/// What the first page of a PDF file makes of the library.
+/// What the first page of a PDF file makes of the library; the page itself is the first of the images.
 /// @throws std::exception if the file cannot be read.
-std::vector<RecordedImage> RecordPage(const std::string& path);
+std::vector<RecordedImage> RecordPage(const std::string& path, double dotsPerInch);
 
 }  // namespace vantu::bench

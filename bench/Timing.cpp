@@ -15,16 +15,14 @@ double ThreadSeconds() {
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
-/// Seconds that `work` takes, by the clock that says less: the wall's is the finer one, the thread's leaves out when
-/// others ran.
-double Seconds(const std::function<void()>& work) {
-    using Clock = std::chrono::steady_clock;
+double Seconds(const std::function<void()>& work, Clock clock) {
+    using WallClock = std::chrono::steady_clock;
     const double threadStart = ThreadSeconds();
-    const auto start = Clock::now();
+    const auto start = WallClock::now();
     work();
     benchmark::ClobberMemory();
-    const std::chrono::duration<double> wall = Clock::now() - start;
-    return std::min(wall.count(), ThreadSeconds() - threadStart);
+    const std::chrono::duration<double> wall = WallClock::now() - start;
+    return clock == Clock::Wall ? wall.count() : std::min(wall.count(), ThreadSeconds() - threadStart);
 }
 
 }  // namespace
@@ -40,11 +38,11 @@ bool Alike(const std::vector<unsigned char>& a, const std::vector<unsigned char>
 }
 
 void Measure(benchmark::State& state, const std::function<void()>& restore, const std::function<void()>& paint,
-             std::size_t calls, std::size_t pixels) {
+             std::size_t calls, std::size_t pixels, Clock clock) {
     std::vector<double> seconds;
     for (auto _ : state) {
         restore();
-        seconds.push_back(Seconds(paint));
+        seconds.push_back(Seconds(paint, clock));
         state.SetIterationTime(seconds.back());
     }
     const auto middle = seconds.begin() + static_cast<std::ptrdiff_t>(seconds.size() / 2);
