@@ -7,7 +7,8 @@
 
 namespace vantu {
 
-/// A palette: a fixed number of colours, addressed by the indices of a 1-, 4- or 8-bit image.
+/// A palette: a fixed number of colours, addressed by the indices of a 1-, 4- or 8-bit image. Its entries lie one after
+/// another in memory, so that the first one's address is that of all.
 ///
 /// Const operations may run on any number of threads at once; a writer needs the map to itself.
 class VANTU_API ColorMap {

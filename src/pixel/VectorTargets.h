@@ -22,3 +22,6 @@
 
 /// Whether it looks words up in tables of 64 and packs and spreads lanes by a mask: vectors of 64 bytes.
 #define IMAGEOP_HAS_WORD_TABLES (HWY_MAX_BYTES == 64)
+
+/// Whether it looks bytes up in tables of 64.
+#define IMAGEOP_HAS_BYTE_TABLES (HWY_TARGET == HWY_AVX3_DL)

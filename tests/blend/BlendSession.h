@@ -117,17 +117,19 @@ private:
         }
         if (choices_.OneIn(3)) {
             const auto size = static_cast<unsigned int>(choices_.Flag() ? 256 : choices_.Between(0, 20));
+            const bool grey = choices_.Flag();
             Random same(random);
-            twins.painted->SetPalette(RandomPalette(size, random));
-            twins.model->SetPalette(RandomPalette(size, same));
+            twins.painted->SetPalette(grey ? GreyPalette(size) : RandomPalette(size, random));
+            twins.model->SetPalette(grey ? GreyPalette(size) : RandomPalette(size, same));
         }
         return twins;
     }
 
-    /// Random bytes, runs of clear and full ones, or the same four again and again.
+    /// Random bytes, runs of clear and full ones, opaque rows, or the same four bytes again and again.
     void Fill(TestImage& image, Random& random) {
         const unsigned int content = choices_.Byte() % 4;
         if (content == 1) AddRuns(image, random);
+        if (content == 3) AddOpaqueRows(image, random);
         if (content != 2) return;
         const std::array<unsigned int, 4> bytes{choices_.Byte(), choices_.Byte(), choices_.Byte(), choices_.Byte()};
         for (std::size_t i = 0; i < image.Size(); ++i)

@@ -71,6 +71,13 @@ inline void AddRuns(TestImage& image, Random& random) {
     }
 }
 
+/// Makes the first rows of an image of 32 bits opaque, some or all.
+inline void AddOpaqueRows(TestImage& image, Random& random) {
+    if (BitsPerPixel(image.GetPixelFormat()) != 32) return;
+    const std::size_t end = std::size_t{image.Stride()} * Between(random, 0, image.GetHeight());
+    for (std::size_t i = 3; i < end; i += 4) image.GetPixelData()[i] = 255;
+}
+
 /// A shape of the given format, up to `limit` pixels wide and high, of any alignment and row order.
 inline Shape RandomShape(Random& random, PixelFormat format, unsigned int limit) {
     return {Between(random, 1, limit), Between(random, 1, limit), format,

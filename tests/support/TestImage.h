@@ -154,4 +154,11 @@ inline std::unique_ptr<ColorMap> RandomPalette(unsigned int size, Random& random
     return palette;
 }
 
+/// The darkest greys.
+inline std::unique_ptr<ColorMap> GreyPalette(unsigned int size) {
+    auto palette = std::make_unique<ColorMap>(size);
+    for (unsigned int i = 0; i < size; ++i) (*palette)[i] = Color(ARGB_BLACK | i * 0x010101);
+    return palette;
+}
+
 }  // namespace vantu::test

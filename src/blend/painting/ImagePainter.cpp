@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
+#include <utility>
 
 #include "blend/definition/PixelLoops.h"
 #include "blend/painting/ImageMemory.h"
@@ -18,6 +20,15 @@ MaskKind KindOfMask(const BlendRequestBase& request) {
     if (HasStencil(request)) return MaskKind::Stencil;
     const IPDFTransferFunction* const transfer = request.maskTransfer->get();
     return transfer != nullptr && IsOwnTransferFunction(*transfer) ? MaskKind::Soft : MaskKind::Other;
+}
+
+/// What lies below the first rows of an area.
+PaintArea Below(const PaintArea& area, unsigned int rows) {
+    PaintArea below = area;
+    below.targetY += static_cast<int>(rows);
+    below.sourceY += static_cast<int>(rows);
+    below.height -= rows;
+    return below;
 }
 
 /// Paints the rectangles of one call as spans, or pixel by pixel where the order of the pixels can be seen.
@@ -45,41 +56,69 @@ public:
     }
 
     void Masked(const PaintArea& area, unsigned int maskX, unsigned int maskY) {
-        const IQorImage& mask = **request_.mask;
-        const auto inOrder = [&](const PaintArea& piece, unsigned int i, unsigned int j) {
-            PixelLoopsOf(kernel_.mode, request_).PaintMasked(PixelContext(), piece, maskX + i, maskY + j);
-        };
         const MaskKind kind = inOrder_ ? MaskKind::Other : KindOfMask(request_);
-        if (kind == MaskKind::Stencil) {
-            const auto rows = RowsFromTop(mask, PixelFormat::Index1);
-            const bool copies = !Traits::kGroup && kernel_.mode == BlendMode::Normal && *request_.alpha == 255;
-            const auto readMask = [&](const PaintArea& piece, unsigned int i, unsigned int j, Span& span) {
-                span.composite.stencil = true;
-                const Painted painted =
-                    ReadStencil({rows.Row(maskY + j), rows.step, piece.height}, maskX + i, piece.width, span.select);
-                if (painted == Painted::Nothing) return Verdict::Skip;
-                if (painted == Painted::Some) span.composite.select = span.select;
-                return copies ? Verdict::Copy : Verdict::Composite;
-            };
-            Paint(area, kind, readMask, inOrder);
-        } else if (kind == MaskKind::Soft) {
-            SoftMaskReader reader(mask, **request_.maskTransfer, *request_.alpha, Traits::kGroup,
-                                  std::size_t{area.width} * area.height);
-            const auto readMask = [&](const PaintArea& piece, unsigned int i, unsigned int j, Span& span) {
-                span.composite.opacity = span.opacity;
-                const bool fits =
-                    reader.Read(maskX + i, maskY + j, piece.width, piece.height, span.composite.source, span.opacity);
-                return fits ? Verdict::Composite : Verdict::InOrder;
-            };
-            Paint(area, kind, readMask, inOrder);
-        } else {
-            Paint(area, kind, Unmasked, inOrder);
+        switch (kind) {
+            case MaskKind::Stencil: return ThroughStencil(area, maskX, maskY);
+            case MaskKind::Soft: return ThroughSoftMask(area, maskX, maskY);
+            default: return Paint(area, kind, Unmasked, MaskedInOrder(maskX, maskY));
         }
     }
 
 private:
     using Span = vantu::Span<Traits>;
     static_assert(kSpanPixels <= SoftMaskReader::kMostPixels);
+
+    void ThroughStencil(const PaintArea& area, unsigned int maskX, unsigned int maskY) {
+        const auto bits = RowsFromTop(std::as_const(**request_.mask), PixelFormat::Index1);
+        const auto from = [&](unsigned int y, unsigned int height) {
+            return PixelRows<const unsigned char>{bits.Row(y), bits.step, height};
+        };
+        const unsigned int mixed = MixTop(area, [&](const MixedRows& rows) {
+            return ActiveMixStages().byBits(rows, from(maskY, area.height), maskX, *request_.alpha);
+        });
+        const unsigned int y = maskY + mixed;
+        const bool copies = !Traits::kGroup && kernel_.mode == BlendMode::Normal && *request_.alpha == 255;
+        const auto readMask = [&](const PaintArea& piece, unsigned int i, unsigned int j, Span& span) {
+            span.composite.stencil = true;
+            const Painted painted = ReadStencil(from(y + j, piece.height), maskX + i, piece.width, span.select);
+            if (painted == Painted::Nothing) return Verdict::Skip;
+            if (painted == Painted::Some) span.composite.select = span.select;
+            return copies ? Verdict::Copy : Verdict::Composite;
+        };
+        Paint(Below(area, mixed), MaskKind::Stencil, readMask, MaskedInOrder(maskX, y));
+    }
+
+    void ThroughSoftMask(const PaintArea& area, unsigned int maskX, unsigned int maskY) {
+        SoftMaskReader reader(**request_.mask, **request_.maskTransfer, *request_.alpha, Traits::kGroup,
+                              std::size_t{area.width} * area.height);
+        const unsigned int mixed = MixTop(area, [&](const MixedRows& rows) -> std::size_t {
+            const auto keys = reader.ReadKeys(maskX, maskY, area.width, area.height);
+            return keys ? ActiveMixStages().byKeys(rows, *keys, reader.AlphaOfKey()) : 0;
+        });
+        const unsigned int y = maskY + mixed;
+        const auto readMask = [&](const PaintArea& piece, unsigned int i, unsigned int j, Span& span) {
+            span.composite.opacity = span.opacity;
+            const bool fits =
+                reader.Read(maskX + i, y + j, piece.width, piece.height, span.composite.source, span.opacity);
+            return fits ? Verdict::Composite : Verdict::InOrder;
+        };
+        Paint(Below(area, mixed), MaskKind::Soft, readMask, MaskedInOrder(maskX, y));
+    }
+
+    /// Mixes the rows on top of an area of which all pixels are opaque by `mix(rows)`, where the call allows that.
+    /// @return how many rows that are.
+    template <typename Mix>
+    unsigned int MixTop(const PaintArea& area, Mix mix) const {
+        const std::optional<MixedRows> rows = painter_.RowsToMix(area);
+        return rows ? static_cast<unsigned int>(mix(*rows)) : 0;
+    }
+
+    /// Paints a piece of an area, the first pixel of which meets the mask at (maskX, maskY), pixel by pixel.
+    auto MaskedInOrder(unsigned int maskX, unsigned int maskY) {
+        return [this, maskX, maskY](const PaintArea& piece, unsigned int i, unsigned int j) {
+            PixelLoopsOf(kernel_.mode, request_).PaintMasked(PixelContext(), piece, maskX + i, maskY + j);
+        };
+    }
 
     static Verdict Unmasked(const PaintArea&, unsigned int, unsigned int, Span&) { return Verdict::Composite; }
 
@@ -95,7 +134,7 @@ private:
     /// pixel is (i, j) of the area, `inOrder(piece, i, j)` paints one pixel by pixel.
     template <typename ReadMask, typename InOrder>
     void Paint(const PaintArea& area, MaskKind mask, ReadMask readMask, InOrder inOrder) {
-        if (!Reachable(area)) return;
+        if (area.height == 0 || !Reachable(area)) return;
         const SpanPlan plan = PlanSpans(
             area, mask,
             {kernel_, painter_.Target().step, painter_.Source().step, *request_.alpha, Traits::kGroup, inOrder_});

@@ -1,23 +1,12 @@
 #include "blend/painting/SoftMaskReader.h"
 
-#include <vantu/CExponentialPDFTransferFunction.h>
-#include <vantu/CIdentityPDFTransferFunction.h>
-#include <vantu/CPostscriptPDFTransferFunction.h>
-
 #include <cstring>
-#include <typeinfo>
 
 #include "blend/definition/CompositeSteps.h"
 #include "pixel/PixelCodec.h"
 
 namespace vantu {
 namespace {
-
-/// Whether the truncated alphas of an opacity stay within 0 to 255. There is room for the rounding of a luminosity:
-/// white may come out a little above 1, and one less that a little below 0.
-bool InRange(double opacity) {
-    return opacity >= -0.001 && opacity <= 1.001;
-}
 
 bool AllOpaque(const unsigned char* packed, std::size_t count) {
     std::uint32_t common = kPackedAlpha;
@@ -43,63 +32,46 @@ void LookUpKeys(const std::array<T, 256>& entries, const unsigned char* keys, st
     for (; i < count; ++i) out[i] = entries[keys[i]];
 }
 
-}  // namespace
-
-bool IsOwnTransferFunction(const IPDFTransferFunction& transfer) {
-    using SourceType = IPDFTransferFunction::SourceType;
-    const SourceType source = transfer.GetSourceType();
-    if (source != SourceType::Alpha && source != SourceType::Luminosity) return false;
-    const std::type_info& type = typeid(transfer);
-    return type == typeid(CIdentityPDFTransferFunction) || type == typeid(CExponentialPDFTransferFunction) ||
-           type == typeid(CPostscriptPDFTransferFunction);
+MaskKey KeyOf(const IQorImage& mask, const IPDFTransferFunction& transfer) {
+    const PixelFormat format = mask.GetPixelFormat();
+    // Every index of a format with more than 8 bits is 0.
+    if (mask.GetPalette() != nullptr) return BitsPerPixel(format) <= 8 ? MaskKey::Index : MaskKey::Nothing;
+    if (!HasColors(format)) return MaskKey::Nothing;
+    if (transfer.GetSourceType() != IPDFTransferFunction::SourceType::Alpha) return MaskKey::Color;
+    return HasAlpha(format) ? MaskKey::Alpha : MaskKey::Nothing;
 }
+
+}  // namespace
 
 SoftMaskReader::SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction& transfer, std::uint32_t alpha,
                                bool group, std::size_t pixels)
     : transfer_(transfer),
-      palette_(mask.GetPalette()),
       format_(mask.GetPixelFormat()),
       rows_(RowsFromTop(mask, format_)),
       alpha_(alpha),
-      group_(group) {
-    known_.fill(Known::No);
-    if (palette_ != nullptr) {
-        if (BitsPerPixel(format_) <= 8) key_ = Key::Index;  // every index of a wider format is 0
-    } else if (HasColors(format_)) {
-        if (transfer.GetSourceType() != IPDFTransferFunction::SourceType::Alpha) {
-            key_ = Key::Color;
-            remembered_ = std::make_unique<Remembered[]>(kRemembered);
-            const double black = transfer_.ComputeAlpha(Color(ARGB_BLACK));
-            for (std::size_t i = 0; i < kRemembered; ++i) remembered_[i] = {0, black};
-        } else if (HasAlpha(format_)) {
-            key_ = Key::Alpha;
-        }
+      group_(group),
+      key_(KeyOf(mask, transfer)),
+      opacities_(mask, key_, transfer, alpha, group) {
+    if (key_ == MaskKey::Color) {
+        remembered_ = std::make_unique<Remembered[]>(kRemembered);
+        const double black = transfer_.ComputeAlpha(Color(ARGB_BLACK));
+        for (std::size_t i = 0; i < kRemembered; ++i) remembered_[i] = {0, black};
+    } else if (pixels >= kManyPixels) {
+        opacities_.LearnAll();
     }
-    if (key_ != Key::Color && pixels >= kManyPixels) LearnAllKeys();
-}
-
-/// A colour whose opacity all pixels of a key have.
-Color SoftMaskReader::ColorOfKey(unsigned int key) const {
-    Color color(ARGB_BLACK);
-    if (palette_ != nullptr) {
-        color = (*palette_)[key];
-    } else if (key_ == Key::Alpha) {
-        color.SetAlpha(static_cast<unsigned char>(key));
-    }
-    return color;
 }
 
 /// The keys of `count` pixels from x on: where they lie, or in the reader's buffer.
-const unsigned char* SoftMaskReader::ReadKeys(const unsigned char* row, unsigned int x, std::size_t count) {
+const unsigned char* SoftMaskReader::KeysOfRow(const unsigned char* row, unsigned int x, std::size_t count) {
     const unsigned int bits = BitsPerPixel(format_);
-    if (key_ == Key::Index && bits == 8) return row + x;
+    if (key_ == MaskKey::Index && bits == 8) return row + x;
     const unsigned int inverted = AlphaByte(format_, 0);
     for (std::size_t i = 0; i < count; ++i) {
         unsigned int key = 0;
-        if (key_ == Key::Index) {
+        if (key_ == MaskKey::Index) {
             const std::size_t position = bits * (x + i);
             key = static_cast<unsigned int>(row[position >> 3]) >> (8 - (position & 7) - bits) & ((1U << bits) - 1);
-        } else if (key_ == Key::Alpha) {
+        } else if (key_ == MaskKey::Alpha) {
             key = row[(x + i) * kPackedBytes + 3] ^ inverted;
         }
         keys_[i] = static_cast<unsigned char>(key);
@@ -107,34 +79,14 @@ const unsigned char* SoftMaskReader::ReadKeys(const unsigned char* row, unsigned
     return keys_.data();
 }
 
-void SoftMaskReader::LearnKey(unsigned int key) {
-    const double opacity = transfer_.ComputeAlpha(ColorOfKey(key));
-    known_[key] = InRange(opacity) ? Known::InRange : Known::OutOfRange;
-    if (known_[key] == Known::OutOfRange) return;
-    opacityOfKey_[key] = opacity;
-    byteOfKey_[key] = static_cast<unsigned char>(GroupMaskByte(opacity));
-    effectiveOfKey_[key] = static_cast<unsigned char>(group_ ? GroupMaskOpacity(alpha_, 255, byteOfKey_[key])
-                                                             : PlainMaskOpacity(alpha_, 255, opacity));
-}
-
-void SoftMaskReader::LearnAllKeys() {
-    const unsigned int count = key_ == Key::Index ? 1U << BitsPerPixel(format_) : key_ == Key::Alpha ? 256 : 1;
-    if (palette_ != nullptr && palette_->GetSize() < count) return;
-    allInRange_ = true;
-    for (unsigned int key = 0; key < count; ++key) {
-        LearnKey(key);
-        allInRange_ = allInRange_ && known_[key] == Known::InRange;
+std::optional<PixelRows<const unsigned char>> SoftMaskReader::ReadKeys(unsigned int x, unsigned int y,
+                                                                       std::size_t width, std::size_t height) {
+    if (key_ != MaskKey::Index || BitsPerPixel(format_) != 8) return std::nullopt;
+    const PixelRows<const unsigned char> keys{rows_.Row(y) + x, rows_.step, height};
+    for (std::size_t row = 0; row < height; ++row) {
+        if (!opacities_.Learn(keys.Row(row), width)) return std::nullopt;
     }
-}
-
-bool SoftMaskReader::LearnKeys(const unsigned char* keys, std::size_t count) {
-    if (allInRange_) return true;
-    for (std::size_t i = 0; i < count; ++i) {
-        if (known_[keys[i]] == Known::InRange) continue;
-        if (known_[keys[i]] == Known::No) LearnKey(keys[i]);
-        if (known_[keys[i]] == Known::OutOfRange) return false;
-    }
-    return true;
+    return keys;
 }
 
 double SoftMaskReader::OpacityOfColor(const unsigned char* bgr) {
@@ -155,7 +107,7 @@ bool SoftMaskReader::ReadOpacitiesOfColors(const unsigned char* row, unsigned in
         }
         const double opacity = OpacityOfColor(pixel);
         if (!InRange(opacity)) return false;
-        opacities_[i] = opacity;
+        opacity_[i] = opacity;
         bytes_[i] = static_cast<unsigned char>(GroupMaskByte(opacity));
     }
     return true;
@@ -172,22 +124,22 @@ bool SoftMaskReader::Read(unsigned int x, unsigned int y, std::size_t width, std
 
 bool SoftMaskReader::ReadRow(const unsigned char* row, unsigned int x, std::size_t count, const unsigned char* source,
                              unsigned char* effective) {
-    if (key_ == Key::Color) {
+    if (key_ == MaskKey::Color) {
         if (!ReadOpacitiesOfColors(row, x, count)) return false;
     } else {
-        const unsigned char* const keys = ReadKeys(row, x, count);
-        if (!LearnKeys(keys, count)) return false;
+        const unsigned char* const keys = KeysOfRow(row, x, count);
+        if (!opacities_.Learn(keys, count)) return false;
         if (AllOpaque(source, count)) {
-            LookUpKeys(effectiveOfKey_, keys, count, effective);
+            LookUpKeys(opacities_.OfOpaque(), keys, count, effective);
             return true;
         }
         if (group_) {
-            LookUpKeys(byteOfKey_, keys, count, bytes_.data());
+            LookUpKeys(opacities_.Bytes(), keys, count, bytes_.data());
         } else {
-            LookUpKeys(opacityOfKey_, keys, count, opacities_.data());
+            LookUpKeys(opacities_.Opacities(), keys, count, opacity_.data());
         }
     }
-    const MaskSpan span{opacities_.data(), bytes_.data(), source, effective, count, alpha_};
+    const MaskSpan span{opacity_.data(), bytes_.data(), source, effective, count, alpha_};
     (group_ ? ActiveStages().groupMask : ActiveStages().plainMask)(span);
     return true;
 }

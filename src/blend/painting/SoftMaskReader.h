@@ -7,15 +7,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
+#include "blend/painting/KeyOpacities.h"
 #include "blend/stages/Stages.h"
 #include "pixel/PixelRows.h"
 
 namespace vantu {
-
-/// Whether the function is one of the library's own classes with a source that it names, so that its opacity depends on
-/// that source alone: it may be asked once per colour. A host's class is asked once per pixel, in the pixels' order.
-bool IsOwnTransferFunction(const IPDFTransferFunction& transfer);
 
 /// Reads spans of a soft mask as effective source alphas, for a transfer function of the library's own.
 class SoftMaskReader {
@@ -33,15 +31,14 @@ public:
     bool Read(unsigned int x, unsigned int y, std::size_t width, std::size_t height, const unsigned char* source,
               unsigned char* effective);
 
-private:
-    /// By what the opacity of a mask pixel is known.
-    enum class Key {
-        Nothing,  ///< the same for every pixel
-        Index,    ///< a palette index
-        Alpha,    ///< the alpha byte
-        Color,
-    };
+    /// The pixels from (x, y) on of a mask of which each is a byte that its opacity follows from.
+    /// @return nothing for other masks, or if an opacity leaves 0 to 1.
+    std::optional<PixelRows<const unsigned char>> ReadKeys(unsigned int x, unsigned int y, std::size_t width,
+                                                           std::size_t height);
+    /// The effective alphas of an opaque source by bytes that were read that way.
+    [[nodiscard]] const ByteTable& AlphaOfKey() const { return opacities_.OfOpaque(); }
 
+private:
     /// The opacity of a colour, remembered by a few of its bits.
     struct Remembered {
         std::uint32_t color;
@@ -54,33 +51,21 @@ private:
 
     bool ReadRow(const unsigned char* row, unsigned int x, std::size_t count, const unsigned char* source,
                  unsigned char* effective);
-    [[nodiscard]] Color ColorOfKey(unsigned int key) const;
-    const unsigned char* ReadKeys(const unsigned char* row, unsigned int x, std::size_t count);
-    void LearnKey(unsigned int key);
-    void LearnAllKeys();
-    /// @return false if the opacity of a key leaves 0 to 1.
-    bool LearnKeys(const unsigned char* keys, std::size_t count);
+    const unsigned char* KeysOfRow(const unsigned char* row, unsigned int x, std::size_t count);
     bool ReadOpacitiesOfColors(const unsigned char* row, unsigned int x, std::size_t count);
     double OpacityOfColor(const unsigned char* bgr);
 
     const IPDFTransferFunction& transfer_;
-    const ColorMap* palette_;
     PixelFormat format_;
     PixelRows<const unsigned char> rows_;
     std::uint32_t alpha_;
     bool group_;
-    bool allInRange_ = false;  ///< all keys are known, and their opacities within 0 to 1
-    Key key_ = Key::Nothing;
-
-    enum class Known : unsigned char { InRange = 0, No = 1, OutOfRange = 2 };
-    std::array<Known, 256> known_;
-    std::array<double, 256> opacityOfKey_;
-    std::array<unsigned char, 256> byteOfKey_;       ///< the opacity cut to 8 bits
-    std::array<unsigned char, 256> effectiveOfKey_;  ///< the effective alpha of an opaque source
+    MaskKey key_;
+    KeyOpacities opacities_;
     std::unique_ptr<Remembered[]> remembered_;
 
     std::array<unsigned char, kMostPixels> keys_;
-    std::array<double, kMostPixels> opacities_;
+    std::array<double, kMostPixels> opacity_;
     std::array<unsigned char, kMostPixels> bytes_;
     std::array<unsigned char, kMostPixels * kPackedBytes> packed_;
 };

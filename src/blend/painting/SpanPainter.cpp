@@ -82,6 +82,16 @@ void SpanPainter<Traits>::CopyRows(const PaintArea& area) const {
     for (std::size_t row = 0; row < area.height; ++row) std::memcpy(target.Row(row), source.Row(row), bytes);
 }
 
+template <typename Traits>
+std::optional<MixedRows> SpanPainter<Traits>::RowsToMix(const PaintArea& area) const {
+    if (Traits::kGroup || kernel_.mode != BlendMode::Normal || !IsPacked(kernel_.source) ||
+        !IsPacked(kernel_.destination)) {
+        return std::nullopt;
+    }
+    return MixedRows{At(targetRows_, *targetCodec_, area.targetX, area.targetY, area),
+                     At(sourceRows_, *sourceCodec_, area.sourceX, area.sourceY, area), area.width};
+}
+
 /// Makes the span work on its group alphas: in place for one row, else in a buffer.
 /// @return false if one is above 255, as an opacity outside 0 to 1 may have left it.
 template <typename Traits>

@@ -6,6 +6,7 @@
 
 #include "blend/definition/BlendRequest.h"
 #include "blend/painting/SpanPlan.h"
+#include "blend/stages/MixStages.h"
 #include "blend/stages/Stages.h"
 #include "pixel/PixelRows.h"
 #include "pixel/Spans.h"
@@ -52,6 +53,10 @@ public:
     /// Paints a span that was started and went through its mask.
     /// @return false, with nothing painted, if the pixel loops have to paint it.
     bool Paint(const PaintArea& area, Verdict verdict, Span<Traits>& span) const;
+
+    /// The rows of an area as pixels that can be mixed where they lie: those of Normal outside groups between images of
+    /// packed pixels; nothing in other calls.
+    [[nodiscard]] std::optional<MixedRows> RowsToMix(const PaintArea& area) const;
 
     /// Copies the source's bytes, of images of one format.
     void CopyRows(const PaintArea& area) const;

@@ -37,6 +37,25 @@ HWY_INLINE unsigned int Bits(PixelMask mask) {
     return bytes[0] | static_cast<unsigned int>(bytes[1]) << 8;
 }
 
+#if IMAGEOP_HAS_BYTE_TABLES
+
+using TagBytes = hn::ScalableTag<std::uint8_t>;
+using Bytes = hn::Vec<TagBytes>;
+
+constexpr TagBytes kBytes;
+
+/// The bytes of a table of 64 at the low 6 bits of others.
+HWY_INLINE Bytes LookUp64(Bytes table, Bytes index) {
+    return Bytes{_mm512_permutexvar_epi8(index.raw, table.raw)};
+}
+
+/// The bits of a mask, the first byte's lowest.
+HWY_INLINE std::uint64_t Bits(hn::Mask<TagBytes> mask) {
+    return mask.raw;
+}
+
+#endif
+
 #if IMAGEOP_HAS_WORD_TABLES
 
 /// The entries of a table of 64 at words below 64.

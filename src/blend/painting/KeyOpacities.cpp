@@ -1,0 +1,148 @@
+#include "blend/painting/KeyOpacities.h"
+
+#include <vantu/CExponentialPDFTransferFunction.h>
+#include <vantu/CIdentityPDFTransferFunction.h>
+#include <vantu/CPostscriptPDFTransferFunction.h>
+#include <vantu/ColorMap.h>
+
+#include <cstring>
+#include <typeinfo>
+
+#include "blend/definition/CompositeSteps.h"
+#include "blend/stages/Stages.h"
+
+namespace vantu {
+namespace {
+
+using SourceType = IPDFTransferFunction::SourceType;
+
+bool IsIdentity(const IPDFTransferFunction& transfer) {
+    return typeid(transfer) == typeid(CIdentityPDFTransferFunction);
+}
+
+/// The opaque greys, by their value.
+constexpr std::array<Color, 256> kGreys = [] {
+    std::array<Color, 256> greys{};
+    for (unsigned int grey = 0; grey < greys.size(); ++grey) greys[grey] = Color(ARGB_BLACK | grey * 0x010101);
+    return greys;
+}();
+
+bool IsGreyRamp(const ColorMap& palette) {
+    return palette.GetSize() >= kGreys.size() && std::memcmp(&palette[0], kGreys.data(), sizeof kGreys) == 0;
+}
+
+/// What an identity makes of each value of its source.
+struct Identity {
+    explicit Identity(SourceType source) {
+        const CIdentityPDFTransferFunction transfer(source);
+        for (unsigned int value = 0; value < opacities.size(); ++value) {
+            Color color = kGreys[value];
+            color.SetAlpha(static_cast<unsigned char>(source == SourceType::Alpha ? value : 255));
+            opacities[value] = transfer.ComputeAlpha(color);
+            bytes[value] = static_cast<unsigned char>(GroupMaskByte(opacities[value]));
+            ofOpaque[value] = static_cast<unsigned char>(PlainMaskOpacity(255, 255, opacities[value]));
+        }
+    }
+
+    std::array<double, 256> opacities;
+    ByteTable bytes;
+    ByteTable ofOpaque;  ///< at full constant alpha, outside groups
+};
+
+const Identity& IdentityOf(SourceType source) {
+    static const std::array<Identity, 2> identities = {Identity(SourceType::Alpha), Identity(SourceType::Luminosity)};
+    return identities[source == SourceType::Alpha ? 0 : 1];
+}
+
+}  // namespace
+
+bool IsOwnTransferFunction(const IPDFTransferFunction& transfer) {
+    const SourceType source = transfer.GetSourceType();
+    if (source != SourceType::Alpha && source != SourceType::Luminosity) return false;
+    return IsIdentity(transfer) || typeid(transfer) == typeid(CExponentialPDFTransferFunction) ||
+           typeid(transfer) == typeid(CPostscriptPDFTransferFunction);
+}
+
+KeyOpacities::KeyOpacities(const IQorImage& mask, MaskKey kind, const IPDFTransferFunction& transfer,
+                           std::uint32_t alpha, bool group)
+    : transfer_(transfer),
+      palette_(mask.GetPalette()),
+      format_(mask.GetPixelFormat()),
+      kind_(kind),
+      alpha_(alpha),
+      group_(group) {
+    // An alpha byte is a key only to a function of alphas.
+    const bool bySource =
+        kind == MaskKey::Alpha || (kind == MaskKey::Index && BitsPerPixel(format_) == 8 &&
+                                   transfer.GetSourceType() == SourceType::Luminosity && IsGreyRamp(*palette_));
+    if (bySource && IsIdentity(transfer)) {
+        TakeIdentity();
+    } else {
+        known_.fill(Known::No);
+    }
+}
+
+/// Takes the tables of the identity, where the key is the value of its source.
+void KeyOpacities::TakeIdentity() {
+    const Identity& identity = IdentityOf(transfer_.GetSourceType());
+    allInRange_ = true;
+    opacities_ = &identity.opacities;
+    bytes_ = &identity.bytes;
+    if (!group_ && alpha_ == 255) {
+        ofOpaque_ = &identity.ofOpaque;
+        return;
+    }
+    static constexpr auto opaque = [] {
+        std::array<unsigned char, 256 * kPackedBytes> pixels{};
+        pixels.fill(255);
+        return pixels;
+    }();
+    const MaskSpan span{opacities_->data(), bytes_->data(), opaque.data(), ownOfOpaque_.data(), 256, alpha_};
+    (group_ ? ActiveStages().groupMask : ActiveStages().plainMask)(span);
+}
+
+/// A colour whose opacity all pixels of a key have.
+Color KeyOpacities::ColorOf(unsigned int key) const {
+    Color color(ARGB_BLACK);
+    if (palette_ != nullptr) {
+        color = (*palette_)[key];
+    } else if (kind_ == MaskKey::Alpha) {
+        color.SetAlpha(static_cast<unsigned char>(key));
+    }
+    return color;
+}
+
+void KeyOpacities::LearnKey(unsigned int key) {
+    const double opacity = transfer_.ComputeAlpha(ColorOf(key));
+    known_[key] = InRange(opacity) ? Known::InRange : Known::OutOfRange;
+    if (known_[key] == Known::OutOfRange) return;
+    ownOpacities_[key] = opacity;
+    ownBytes_[key] = static_cast<unsigned char>(GroupMaskByte(opacity));
+    ownOfOpaque_[key] = static_cast<unsigned char>(group_ ? GroupMaskOpacity(alpha_, 255, ownBytes_[key])
+                                                          : PlainMaskOpacity(alpha_, 255, opacity));
+}
+
+bool KeyOpacities::Learn(const unsigned char* keys, std::size_t count) {
+    if (allInRange_) return true;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (known_[keys[i]] == Known::InRange) continue;
+        if (known_[keys[i]] == Known::No) LearnKey(keys[i]);
+        if (known_[keys[i]] == Known::OutOfRange) return false;
+    }
+    return true;
+}
+
+void KeyOpacities::LearnAll() {
+    if (allInRange_) return;
+    const unsigned int count = kind_ == MaskKey::Index   ? 1U << BitsPerPixel(format_)
+                               : kind_ == MaskKey::Alpha ? 256
+                                                         : 1;
+    if (palette_ != nullptr && palette_->GetSize() < count) return;
+    allInRange_ = true;
+    for (unsigned int key = 0; key < count; ++key) {
+        LearnKey(key);
+        allInRange_ = allInRange_ && known_[key] == Known::InRange;
+    }
+}
+
+}  // namespace vantu

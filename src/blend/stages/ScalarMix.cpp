@@ -1,0 +1,55 @@
+#include "blend/stages/MixStages.h"
+#include "pixel/Spans.h"
+
+namespace vantu {
+namespace {
+
+bool AllOpaque(const unsigned char* target, const unsigned char* source, std::size_t width) {
+    unsigned char common = 255;
+    for (std::size_t i = 3; i < width * kPackedBytes; i += kPackedBytes)
+        common = static_cast<unsigned char>(common & target[i] & source[i]);
+    return common == 255;
+}
+
+/// (s*a + t*(255-a)) / 255 of each byte.
+void MixPixel(unsigned char* target, const unsigned char* source, std::uint32_t alpha) {
+    for (std::size_t c = 0; c < kPackedBytes; ++c) {
+        target[c] = static_cast<unsigned char>((source[c] * alpha + target[c] * (255 - alpha)) / 255);
+    }
+}
+
+/// Mixes rows by `alphaAt(row, x)`.
+template <typename AlphaAt>
+std::size_t MixRows(const MixedRows& rows, AlphaAt alphaAt) {
+    for (std::size_t row = 0; row < rows.target.count; ++row) {
+        unsigned char* const target = rows.target.Row(row);
+        const unsigned char* const source = rows.source.Row(row);
+        if (!AllOpaque(target, source, rows.width)) return row;
+        for (std::size_t x = 0; x < rows.width; ++x) {
+            MixPixel(target + x * kPackedBytes, source + x * kPackedBytes, alphaAt(row, x));
+        }
+    }
+    return rows.target.count;
+}
+
+std::size_t MixByKeys(const MixedRows& rows, const PixelRows<const unsigned char>& keys, const ByteTable& alphaOfKey) {
+    return MixRows(rows, [&](std::size_t row, std::size_t x) -> std::uint32_t { return alphaOfKey[keys.Row(row)[x]]; });
+}
+
+std::size_t MixByBits(const MixedRows& rows, const PixelRows<const unsigned char>& bits, std::size_t first,
+                      std::uint32_t alpha) {
+    return MixRows(rows, [&](std::size_t row, std::size_t x) {
+        const bool guarded = (bits.Row(row)[(first + x) / 8] & 0x80U >> (first + x) % 8) != 0;
+        return guarded ? 0 : alpha;
+    });
+}
+
+constexpr MixStages kScalarMixStages{MixByKeys, MixByBits};
+
+}  // namespace
+
+const MixStages& ScalarMixStages() {
+    return kScalarMixStages;
+}
+
+}  // namespace vantu

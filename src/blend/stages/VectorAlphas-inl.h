@@ -1,0 +1,131 @@
+// The alphas that a mask gives to pixels, 64 at a time. Included once per target.
+
+#if defined(IMAGEOP_VECTOR_ALPHAS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef IMAGEOP_VECTOR_ALPHAS_INL_H
+#undef IMAGEOP_VECTOR_ALPHAS_INL_H
+#else
+#define IMAGEOP_VECTOR_ALPHAS_INL_H
+#endif
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "blend/stages/MixStages.h"
+#include "blend/stages/VectorNative-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace vantu::HWY_NAMESPACE {
+
+/// Alphas of 64 pixels, 0 behind the last pixel of a row, and which pixels they leave or replace: a bit for each, the
+/// first pixel's lowest. The bits need not tell of all such pixels.
+struct PieceAlphas {
+    static constexpr std::size_t kPixels = 64;
+
+    alignas(kPixels) unsigned char alphas[kPixels];
+    std::uint64_t clear;  ///< alpha 0
+    std::uint64_t full;   ///< alpha 255
+};
+
+/// Alphas by keys, a byte a pixel.
+class KeyAlphas {
+public:
+#if IMAGEOP_HAS_BYTE_TABLES
+
+    explicit HWY_INLINE KeyAlphas(const ByteTable& table)
+        : first_(hn::LoadU(kBytes, table.data())),
+          second_(hn::LoadU(kBytes, table.data() + 64)),
+          third_(hn::LoadU(kBytes, table.data() + 128)),
+          fourth_(hn::LoadU(kBytes, table.data() + 192)) {}
+
+    HWY_INLINE void Read(const unsigned char* row, std::size_t x, std::size_t count, PieceAlphas& piece) const {
+        const auto present = hn::FirstN(kBytes, count);
+        const Bytes key = hn::MaskedLoad(present, kBytes, row + x);
+        const auto odd = hn::TestBit(key, hn::Set(kBytes, 64));
+        const auto upper = hn::TestBit(key, hn::Set(kBytes, 128));
+        const Bytes below = hn::IfThenElse(odd, LookUp64(second_, key), LookUp64(first_, key));
+        const Bytes above = hn::IfThenElse(odd, LookUp64(fourth_, key), LookUp64(third_, key));
+        const Bytes alphas = hn::IfThenElseZero(present, hn::IfThenElse(upper, above, below));
+        hn::Store(alphas, kBytes, piece.alphas);
+        piece.clear = Bits(hn::Eq(alphas, hn::Zero(kBytes)));
+        piece.full = Bits(hn::Eq(alphas, hn::Set(kBytes, 255)));
+    }
+
+private:
+    Bytes first_, second_, third_, fourth_;  // of the table; bits 6 and 7 of a key choose one
+
+#else
+
+    explicit KeyAlphas(const ByteTable& table) : table_(table) {}
+
+    void Read(const unsigned char* row, std::size_t x, std::size_t count, PieceAlphas& piece) const {
+        piece.clear = piece.full = 0;
+        for (std::size_t i = 0; i < PieceAlphas::kPixels; i += 8) {
+            std::uint64_t eight = 0;
+            for (std::size_t j = std::min<std::size_t>(count - std::min(count, i), 8); j-- > 0;) {
+                eight = eight << 8 | table_[row[x + i + j]];
+            }
+            std::memcpy(piece.alphas + i, &eight, sizeof eight);
+            if (eight == 0) piece.clear |= std::uint64_t{255} << i;
+            if (~eight == 0) piece.full |= std::uint64_t{255} << i;
+        }
+    }
+
+private:
+    const ByteTable& table_;
+
+#endif
+};
+
+/// One alpha where the bit of a row is 0, from its bit `first` on, the most significant bit of a byte first.
+class BitAlphas {
+public:
+    BitAlphas(std::size_t first, std::uint32_t alpha) : first_(first), alpha_(static_cast<unsigned char>(alpha)) {}
+
+    HWY_INLINE void Read(const unsigned char* row, std::size_t x, std::size_t count, PieceAlphas& piece) const {
+        const std::uint64_t painted = ~BitsFrom(row, first_ + x, count);
+        const std::uint64_t present = ~std::uint64_t{0} >> (64 - count);
+        piece.clear = ~(painted & present);
+        piece.full = alpha_ == 255 ? painted & present : 0;
+        const hn::CappedTag<std::uint8_t, PieceAlphas::kPixels> bytes;
+        const std::uint64_t bits = ~piece.clear;
+        unsigned char memory[sizeof bits];
+        std::memcpy(memory, &bits, sizeof bits);
+        for (std::size_t i = 0; i < PieceAlphas::kPixels; i += hn::Lanes(bytes)) {
+            const auto mask = hn::LoadMaskBits(bytes, memory + i / 8);
+            hn::Store(hn::IfThenElseZero(mask, hn::Set(bytes, alpha_)), bytes, piece.alphas + i);
+        }
+    }
+
+private:
+    /// `count` bits, the first one lowest; what lies above them is of no use.
+    static HWY_INLINE std::uint64_t BitsFrom(const unsigned char* row, std::size_t first, std::size_t count) {
+        const unsigned char* const bytes = row + first / 8;
+        const std::size_t shift = first % 8;
+        const std::size_t present = (shift + count + 7) / 8;
+        std::uint64_t eight = 0;
+        if (present >= sizeof eight) {
+            std::memcpy(&eight, bytes, sizeof eight);
+        } else {
+            for (std::size_t i = present; i-- > 0;) eight = eight << 8 | bytes[i];
+        }
+        eight = Mirrored(eight) >> shift;
+        return present <= sizeof eight ? eight : eight | Mirrored(bytes[8]) << (64 - shift);
+    }
+
+    /// The bits of each byte the other way round.
+    static HWY_INLINE std::uint64_t Mirrored(std::uint64_t v) {
+        v = (v >> 1 & 0x5555555555555555) | (v & 0x5555555555555555) << 1;
+        v = (v >> 2 & 0x3333333333333333) | (v & 0x3333333333333333) << 2;
+        return (v >> 4 & 0x0F0F0F0F0F0F0F0F) | (v & 0x0F0F0F0F0F0F0F0F) << 4;
+    }
+
+    std::size_t first_;
+    unsigned char alpha_;
+};
+
+}  // namespace vantu::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif

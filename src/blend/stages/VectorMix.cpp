@@ -1,0 +1,169 @@
+#include "blend/stages/MixStages.h"
+#include "pixel/VectorTargets.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "blend/stages/VectorMix.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#if IMAGEOP_HAS_VECTORS
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include "blend/stages/VectorAlphas-inl.h"
+#include "blend/stages/VectorDivision-inl.h"
+#include "blend/stages/VectorPixels-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace vantu::HWY_NAMESPACE {
+namespace {
+
+// The first pixels of a vector, fewer than it has, and back.
+
+#if HWY_MAX_BYTES == 64
+
+HWY_INLINE Pixels LoadFirst(const unsigned char* packed, std::size_t count) {
+    return hn::MaskedLoad(hn::FirstN(kPixels, count), kPixels, reinterpret_cast<const std::uint32_t*>(packed));
+}
+HWY_INLINE void StoreFirst(Pixels v, unsigned char* packed, std::size_t count) {
+    hn::BlendedStore(v, hn::FirstN(kPixels, count), kPixels, reinterpret_cast<std::uint32_t*>(packed));
+}
+
+#else
+
+HWY_INLINE Pixels LoadFirst(const unsigned char* packed, std::size_t count) {
+    unsigned char buffer[HWY_MAX_BYTES] = {};
+    std::memcpy(buffer, packed, count * kPackedBytes);
+    return LoadPixels(buffer);
+}
+HWY_INLINE void StoreFirst(Pixels v, unsigned char* packed, std::size_t count) {
+    unsigned char buffer[HWY_MAX_BYTES];
+    StorePixels(v, buffer);
+    std::memcpy(packed, buffer, count * kPackedBytes);
+}
+
+#endif
+
+/// Whether the pixels of a row are opaque, in both images.
+HWY_INLINE bool AllOpaque(const unsigned char* target, const unsigned char* source, std::size_t width) {
+    const std::size_t lanes = hn::Lanes(kPixels);
+    const Pixels opaque = hn::Set(kPixels, 0xFF000000);
+    Pixels common = opaque;
+    std::size_t i = 0;
+    for (; i + lanes <= width; i += lanes) {
+        common = hn::And(common, hn::And(LoadPixels(target + i * kPackedBytes), LoadPixels(source + i * kPackedBytes)));
+    }
+    if (!hn::AllTrue(kPixels, hn::Eq(common, opaque))) return false;
+    for (; i < width; ++i) {
+        if ((target[i * kPackedBytes + 3] & source[i * kPackedBytes + 3]) != 255) return false;
+    }
+    return true;
+}
+
+/// (s*a + t*(255-a)) / 255 of each byte of pixels, with an alpha a pixel. In a high byte floor(n / 255) is
+/// (m + m/256) / 256 with m = n + 1.
+HWY_INLINE Pixels Mixed(Pixels source, Pixels target, const unsigned char* alphas) {
+    const Pixels alpha = hn::PromoteTo(kPixels, hn::LoadU(TagByte(), alphas));
+    const Words low = Constant(0x00FF);
+    const Words high = Constant(0xFF00);
+    const Words s = AsWords(source);
+    const Words t = AsWords(target);
+    const Words a = AsWords(hn::Or(alpha, hn::ShiftLeft<16>(alpha)));
+    const Words rest = hn::Sub(low, a);
+    const Words even = Div255(hn::Add(hn::Mul(hn::And(s, low), a), hn::Mul(hn::And(t, low), rest)));
+    const Words n = hn::Add(hn::Mul(hn::ShiftRight<8>(s), a), hn::Mul(hn::ShiftRight<8>(t), rest));
+    const Words m = hn::Add(n, Constant(1));
+    return AsPixels(hn::OrAnd(even, hn::Add(m, hn::ShiftRight<8>(m)), high));
+}
+
+/// Mixes the first `count` pixels of a piece, whole vectors. What an alpha of 0 leaves is not touched, and what one of
+/// 255 replaces is not mixed.
+HWY_INLINE void MixVectors(unsigned char* target, const unsigned char* source, std::size_t count,
+                           const PieceAlphas& piece) {
+    const std::size_t lanes = hn::Lanes(kPixels);
+    const std::uint64_t all = (std::uint64_t{1} << lanes) - 1;
+    for (std::size_t i = 0; i < count; i += lanes) {
+        if ((piece.clear >> i & all) == all) continue;
+        const Pixels s = LoadPixels(source + i * kPackedBytes);
+        unsigned char* const pixels = target + i * kPackedBytes;
+        const bool replaces = (piece.full >> i & all) == all;
+        StorePixels(replaces ? s : Mixed(s, LoadPixels(pixels), piece.alphas + i), pixels);
+    }
+}
+
+template <typename Alphas>
+HWY_INLINE void MixRow(unsigned char* target, const unsigned char* source, const unsigned char* mask, std::size_t width,
+                       const Alphas& alphas) {
+    PieceAlphas piece;
+    std::size_t x = 0;
+    for (; x + piece.kPixels <= width; x += piece.kPixels) {
+        alphas.Read(mask, x, piece.kPixels, piece);
+        MixVectors(target + x * kPackedBytes, source + x * kPackedBytes, piece.kPixels, piece);
+    }
+    if (x == width) return;
+    alphas.Read(mask, x, width - x, piece);
+    const std::size_t rest = (width - x) % hn::Lanes(kPixels);
+    const std::size_t whole = width - x - rest;
+    MixVectors(target + x * kPackedBytes, source + x * kPackedBytes, whole, piece);
+    if (rest == 0) return;
+    target += (width - rest) * kPackedBytes;
+    source += (width - rest) * kPackedBytes;
+    StoreFirst(Mixed(LoadFirst(source, rest), LoadFirst(target, rest), piece.alphas + whole), target, rest);
+}
+
+template <typename Alphas>
+std::size_t MixRows(const MixedRows& rows, const PixelRows<const unsigned char>& mask, const Alphas& alphas) {
+    for (std::size_t row = 0; row < rows.target.count; ++row) {
+        unsigned char* const target = rows.target.Row(row);
+        const unsigned char* const source = rows.source.Row(row);
+        if (!AllOpaque(target, source, rows.width)) return row;
+        MixRow(target, source, mask.Row(row), rows.width, alphas);
+    }
+    return rows.target.count;
+}
+
+std::size_t MixByKeys(const MixedRows& rows, const PixelRows<const unsigned char>& keys, const ByteTable& alphaOfKey) {
+    return MixRows(rows, keys, KeyAlphas(alphaOfKey));
+}
+
+std::size_t MixByBits(const MixedRows& rows, const PixelRows<const unsigned char>& bits, std::size_t first,
+                      std::uint32_t alpha) {
+    return MixRows(rows, bits, BitAlphas(first, alpha));
+}
+
+constexpr MixStages kMixStages{MixByKeys, MixByBits};
+
+const MixStages* Mixing() {
+    return &kMixStages;
+}
+
+}  // namespace
+}  // namespace vantu::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#else  // no vectors: the plain loops run
+
+HWY_BEFORE_NAMESPACE();
+namespace vantu::HWY_NAMESPACE {
+namespace {
+const MixStages* Mixing() {
+    return &ScalarMixStages();
+}
+}  // namespace
+}  // namespace vantu::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif
+
+#if HWY_ONCE
+namespace vantu {
+
+HWY_EXPORT(Mixing);
+
+const MixStages& ActiveMixStages() {
+    return *HWY_DYNAMIC_DISPATCH(Mixing)();
+}
+
+}  // namespace vantu
+#endif

@@ -1,0 +1,116 @@
+#include "blend/stages/MixStages.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "blend/stages/Stages.h"
+#include "support/VectorTargets.h"
+
+namespace vantu::test {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+/// Rows of opaque pixels and of a mask, farther apart than they are long and between guard bytes.
+struct Scene {
+    Scene(std::size_t width, std::size_t height, std::mt19937& random)
+        : source(AnyBytes((width + 3) * kPackedBytes * height, random)),
+          target(AnyBytes((width + 5) * kPackedBytes * height, random)),
+          mask(AnyBytes((width + 8) * height, random)),
+          rows{{target.data() + 5, static_cast<std::int64_t>((width + 5) * kPackedBytes), height},
+               {source.data() + 3, static_cast<std::int64_t>((width + 3) * kPackedBytes), height},
+               width},
+          keys{mask.data() + 1, static_cast<std::int64_t>(width + 8), height} {
+        for (std::size_t row = 0; row < height; ++row) {
+            for (std::size_t x = 0; x < width; ++x) {
+                rows.target.Row(row)[x * kPackedBytes + 3] = source[OffsetInSource(row, x) + 3] = 255;
+            }
+        }
+    }
+
+    static Bytes AnyBytes(std::size_t count, std::mt19937& random) {
+        Bytes bytes(count + 8);
+        for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
+        return bytes;
+    }
+
+    [[nodiscard]] std::size_t OffsetInSource(std::size_t row, std::size_t x) const {
+        return static_cast<std::size_t>(rows.source.Row(row) - source.data()) + x * kPackedBytes;
+    }
+
+    Bytes source, target, mask;
+    MixedRows rows;
+    PixelRows<const unsigned char> keys;
+};
+
+/// Composites the first rows as the steps of Normal do. `alphaAt(row, x)` is the effective alpha of a pixel.
+template <typename AlphaAt>
+Bytes Composited(const Scene& scene, std::size_t rowCount, AlphaAt alphaAt) {
+    Bytes result = scene.target;
+    for (std::size_t row = 0; row < rowCount; ++row) {
+        Bytes opacity(scene.rows.width);
+        for (std::size_t x = 0; x < opacity.size(); ++x) opacity[x] = static_cast<unsigned char>(alphaAt(row, x));
+        CompositeSpan span{};
+        span.target = result.data() + (scene.rows.target.Row(row) - scene.target.data());
+        span.source = scene.rows.source.Row(row);
+        span.opacity = opacity.data();
+        span.count = opacity.size();
+        span.alpha = 255;
+        ScalarStages().Of(BlendMode::Normal, CompositeForm::Plain, PackedColors::Premultiplied)(span);
+    }
+    return result;
+}
+
+class MixStagesOn : public testing::TestWithParam<VectorTarget> {};
+
+TEST_P(MixStagesOn, MixOpaqueRowsAsTheStepsDo) {
+    std::mt19937 random(9);
+    for (std::size_t round = 0; round < 4000; ++round) {
+        const std::size_t width = 1 + (round % 8 == 0 ? random() % 300 : random() % 70), height = 1 + random() % 4;
+        const bool byBits = random() % 2 != 0;
+        Scene scene(width, height, random);
+        // Runs of alphas 0 and 255, others in between; sometimes a pixel that is not opaque.
+        ByteTable table;
+        for (unsigned char& alpha : table) alpha = static_cast<unsigned char>(random());
+        for (std::size_t i = 0; i < 3 * scene.mask.size() / 4; ++i) {
+            if (i % 64 < 40) scene.mask[i] = static_cast<unsigned char>(i / 128 % 2 != 0 ? 0 : 255);
+        }
+        table[0] = 0;
+        table[255] = 255;
+        std::size_t opaqueRows = height;
+        if (random() % 4 == 0) {
+            opaqueRows = random() % height;
+            const std::size_t x = random() % width;
+            (random() % 2 != 0 ? scene.source[scene.OffsetInSource(opaqueRows, x) + 3]
+                               : scene.rows.target.Row(opaqueRows)[x * kPackedBytes + 3]) = 254;
+        }
+        const std::size_t first = random() % 9;
+        const auto alpha = static_cast<std::uint32_t>(random() % 2 != 0 ? 255 : 1 + random() % 254);
+        const Bytes expected = Composited(scene, opaqueRows, [&](std::size_t row, std::size_t x) -> std::uint32_t {
+            const unsigned char* const mask = scene.keys.Row(row);
+            if (!byBits) return table[mask[x]];
+            return (mask[(first + x) / 8] << (first + x) % 8 & 0x80) != 0 ? 0 : alpha;
+        });
+        const auto mix = [&](const MixStages& stages) {
+            return byBits ? stages.byBits(scene.rows, scene.keys, first, alpha)
+                          : stages.byKeys(scene.rows, scene.keys, table);
+        };
+        const Bytes before = scene.target;
+        ASSERT_EQ(opaqueRows, mix(ScalarMixStages())) << "round " << round;
+        ASSERT_EQ(expected, scene.target) << "round " << round;
+        std::copy(before.begin(), before.end(), scene.target.begin());
+        const ForcedTarget forced(GetParam());
+        ASSERT_EQ(opaqueRows, mix(ActiveMixStages())) << "round " << round;
+        ASSERT_EQ(expected, scene.target) << "round " << round << (byBits ? " bits" : " keys");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Targets, MixStagesOn, testing::ValuesIn(VectorTargets()),
+                         [](const auto& info) { return info.param.name; });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(MixStagesOn);
+
+}  // namespace
+}  // namespace vantu::test
