@@ -28,7 +28,7 @@ Canvas::Canvas(const Image& page, const Pixels& visible, Calls* calls)
 Paint Canvas::PaintOf(const Mask& shape, const Placing& placing) const {
     static const std::shared_ptr<vantu::IPDFTransferFunction> identity =
         std::make_shared<vantu::CIdentityPDFTransferFunction>(vantu::IPDFTransferFunction::SourceType::Luminosity);
-    Mask mask{shape.box, IsKnockout() ? nullptr : shape.image};
+    Mask mask{shape.box, HasHardEdges() ? nullptr : shape.image};
     if (placing.softMask) mask = Intersect(mask, *placing.softMask);
     const bool isThereIfClear = IsKnockout() && !placing.alphaIsShape;
     if (isThereIfClear) mask = AtLeast(mask, kBarelyOpaque);
@@ -56,7 +56,7 @@ void Canvas::Make(Call call) {
 
 void Canvas::Fill(const vantu::Color& color, const Mask& shape, const Placing& placing) {
     Call call{Call::What::Fill, shape.box};
-    if (IsKnockout() && shape.image) call.runs = RunsOf(shape);
+    if (HasHardEdges() && shape.image) call.runs = RunsOf(shape);
     call.paint = PaintOf(shape, placing);
     call.color = color;
     Make(std::move(call));
@@ -65,7 +65,7 @@ void Canvas::Fill(const vantu::Color& color, const Mask& shape, const Placing& p
 void Canvas::Draw(const Image& picture, const vantu::Point<int, 2>& at, const Mask& shape, const Placing& placing) {
     if (!picture || IsEmpty(shape.box)) return;
     Call call{Call::What::Draw, shape.box};
-    if (IsKnockout()) call.runs = RunsOf(shape);
+    if (HasHardEdges()) call.runs = RunsOf(shape);
     call.paint = PaintOf(shape, placing);
     call.picture = picture;
     call.at = at;
@@ -77,17 +77,18 @@ void Canvas::BeginGroup(const Mask& shape, vantu::GroupKind kind) {
     const vantu::GroupKind& around = groups_.back().kind;
     kind.isolated = kind.isolated || (around.knockout && around.isolated);
     Call call{Call::What::BeginGroup, shape.box};
-    if (IsKnockout()) call.runs = RunsOf(shape);
+    if (HasHardEdges()) call.runs = RunsOf(shape);
     call.group = kind;
     Make(std::move(call));
-    groups_.push_back({shape, kind, IsKnockout() || kind.knockout});
+    const bool isTakenOut = !kind.isolated && !kind.normal && !kind.plain;
+    groups_.push_back({shape, kind, IsKnockout() || kind.knockout, HasHardEdges() || kind.knockout || isTakenOut});
 }
 
 void Canvas::EndGroup(const Placing& placing) {
     const Mask shape = groups_.back().shape;
     groups_.pop_back();
     Call call{Call::What::EndGroup, shape.box};
-    if (IsKnockout()) call.runs.emplace();  // those of its beginning
+    if (HasHardEdges()) call.runs.emplace();  // those of its beginning
     call.paint = PaintOf(shape, placing);
     Make(std::move(call));
 }

@@ -31,8 +31,7 @@ public:
     // The pixels that can be painted on at the moment: those of the innermost group.
     [[nodiscard]] const Pixels& Visible() const { return groups_.back().shape.box; }
     [[nodiscard]] Calls* GetCalls() const { return calls_; }
-    // Whether a group that is open is a knockout group. An element is there or not in each pixel of such a group: edges
-    // are not smooth, or what the group started on would shine through where they lie on other elements.
+    // Whether a group that is open is a knockout group.
     [[nodiscard]] bool IsKnockout() const { return groups_.back().insideKnockout; }
 
     // Paints one colour, or a picture whose top left corner lies at a place of the page, in a shape.
@@ -49,8 +48,12 @@ private:
         Mask shape;
         vantu::GroupKind kind = {};
         bool insideKnockout = false;
+        bool hasHardEdges = false;
     };
 
+    // Whether an element is there or not in each pixel. A smooth edge would let what a knockout group started on shine
+    // through where elements overlap; where what lies below a group is taken out of it, colours of an edge may wrap.
+    [[nodiscard]] bool HasHardEdges() const { return groups_.back().hasHardEdges; }
     // The paint of an element or group of a shape, as far as it is not told by runs of pixels.
     vantu::Paint PaintOf(const Mask& shape, const Placing& placing) const;
     void Make(Call call);

@@ -437,6 +437,25 @@ def blending_tiles():
     return 6, 4, stripes(6, 4) + [Tiles([Rect(x, 1, x + 1, 3, SKY, mode="Multiply") for x in (0, 2, 4)], alpha=0.5)]
 
 
+def disc(x, y, radius, color):
+    k = 0.5523 * radius
+    return (f"{text(color)[1:-1]} rg {x + radius} {y} m {x + radius} {y + k} {x + k} {y + radius} {x} {y + radius} c "
+            f"{x - k} {y + radius} {x - radius} {y + k} {x - radius} {y} c {x - radius} {y - k} {x - k} {y - radius} {x} "
+            f"{y - radius} c {x + k} {y - radius} {x + radius} {y - k} {x + radius} {y} c f")
+
+
+def discs():
+    """Groups of two discs that blend with each other and the page, which they end on with a mode."""
+    elements = []
+    for y, (ground, end) in enumerate([(WHITE, "Screen"), (SAND, "Screen"), (BLACK, "Multiply"), (SKY, "Multiply")]):
+        elements.append(Rect(0, 4 * y, 48, 4 * y + 4, ground))
+        for x, mode in enumerate(MODES):
+            pair = [Raw(disc(40 * x + 20 + d, 40 * y + 20 + d, 12.3, color), None, mode=mode, alpha=alpha)
+                    for d, color, alpha in [(-4, (0.9, 0.2, 0.4), 1.0), (4, (0.1, 0.5, 0.95), 0.5)]]
+            elements.append(Group(pair, mode=end))
+    return page_bytes(48, 16, elements)
+
+
 def forms_and_clips():
     """A form's matrix and box; clips of both rules, and clips in clips."""
     def form(content):
@@ -716,6 +735,8 @@ def main():
     (OUT / "fuzz/page.pdf").write_bytes(fuzz_page())
     for name, content in CONTENTS.items():
         (FUZZ / name).write_text(content + "\n")
+    (OUT / "round").mkdir(exist_ok=True)
+    (OUT / "round/discs.pdf").write_bytes(discs())
     (OUT / "damaged").mkdir(exist_ok=True)
     (OUT / "broken_off").mkdir(exist_ok=True)
     for name, data in DAMAGED.items():

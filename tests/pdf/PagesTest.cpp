@@ -126,6 +126,25 @@ TEST(Pages, AreTheSameBytesOnEveryInstructionSet) {
     }
 }
 
+// Smooth edges may lie between the colours of both sides, and hard ones are either. What lies far beyond has wrapped.
+TEST(Pages, HaveNoSpecklesAtEdges) {
+    const Image image = PaintFirstPage(kPages + "round/discs.pdf");
+    for (unsigned int y = 1; y + 1 < image->GetHeight(); ++y) {
+        for (unsigned int x = 1; x + 1 < image->GetWidth(); ++x) {
+            Cell range{0xFFFFFF, 0};
+            for (unsigned int neighbour = 0; neighbour < 9; ++neighbour) {
+                if (neighbour == 4) continue;
+                const unsigned int color = ColorAt(*image, x - 1 + neighbour % 3, y - 1 + neighbour / 3);
+                for (const unsigned int channel : {0xFF0000U, 0xFF00U, 0xFFU}) {
+                    range.real = (range.real & ~channel) | std::min(range.real & channel, color & channel);
+                    range.cutOff = (range.cutOff & ~channel) | std::max(range.cutOff & channel, color & channel);
+                }
+            }
+            EXPECT_LE(DistanceOf(ColorAt(*image, x, y), range), 24) << x << ", " << y;
+        }
+    }
+}
+
 TEST(DamagedPages, ShowWhatIsWhole) {
     for (const std::string& file : FilesIn(kPages + "damaged")) {
         const Budget budget{20'000, 24};
