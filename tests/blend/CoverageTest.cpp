@@ -53,9 +53,11 @@ TEST(Coverage, AddsTheRangesOfAnotherOrOfItself) {
     EXPECT_EQ(List(*clone), (Ranges{{0, 0, 1, 1}}));
     coverage->AddCoverage(*coverage);
     EXPECT_EQ(List(*coverage), (Ranges{{0, 0, 5, 5}, {20, 0, 21, 1}}));
-    const auto inverted = Make({{5, 5, 0, 0}});  // touches nothing, not even itself
-    inverted->AddCoverage(*inverted);
-    EXPECT_EQ(List(*inverted), (Ranges{{5, 5, 0, 0}, {5, 5, 0, 0}}));
+    for (const Ranges& range : {Ranges{{5, 0, 0, 5}}, {{0, 5, 5, 0}}}) {
+        const auto inverted = Make(range);  // touches nothing, not even itself
+        inverted->AddCoverage(*inverted);
+        EXPECT_EQ(List(*inverted), (Ranges{range[0], range[0]}));
+    }
 }
 
 }  // namespace
