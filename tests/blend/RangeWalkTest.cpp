@@ -96,6 +96,11 @@ TEST(RangeWalk, SplitsARangeAroundItsMask) {
                   {2, 3},
                   {2147483640, 0, -2147483640, 30},
                   {{7, 8, 5, 5, 10, 10, 2147483645, 5}}},
+             Case{"the same downward",
+                  {5, 5, 15, 15},
+                  {2, 3},
+                  {0, 2147483640, 30, -2147483640},
+                  {{7, 8, 5, 5, 10, 10, 5, 2147483645}}},
              Case{"empty range", {5, 5, 5, 15}, {0, 0}, {0, 0, 20, 20}, {}},
          }) {
         EXPECT_EQ(Walk(c.range, c.offset, &c.mask), c.pieces) << c.what;
