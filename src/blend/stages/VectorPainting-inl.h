@@ -7,6 +7,8 @@
 #define IMAGEOP_VECTOR_PAINTING_INL_H
 #endif
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstring>
 
@@ -17,18 +19,19 @@
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
-/// The pixels of a span behind its last whole block, in buffers of a whole block.
+/// The pixels of a span behind its last whole block, in buffers of a whole block. The first of them fills what is left,
+/// so that what holds for all of them holds for the block.
 template <bool Group>
 class Tail {
 public:
     Tail(const CompositeSpan& span, std::size_t first) : span_(span), first_(first), padded_(span) {
-        padded_.source = Copy(span.source, source_, kPackedBytes);
-        padded_.target = Copy(span.target, target_, kPackedBytes);
-        padded_.opacity = Copy(span.opacity, opacity_, 1);
-        padded_.select = Copy(span.select, select_, 1);
+        padded_.source = Pad<kPackedBytes>(span.source, source_);
+        padded_.target = Pad<kPackedBytes>(span.target, target_);
+        padded_.opacity = Pad<1>(span.opacity, opacity_);
+        padded_.select = Pad<1>(span.select, select_);
         if constexpr (Group) {
-            padded_.snapshot = Copy(span.snapshot, snapshot_, kPackedBytes);
-            padded_.groupAlpha = Copy(span.groupAlpha, groupAlpha_, 1);
+            padded_.snapshot = Pad<kPackedBytes>(span.snapshot, snapshot_);
+            padded_.groupAlpha = Pad<1>(span.groupAlpha, groupAlpha_);
         }
     }
 
@@ -43,22 +46,26 @@ public:
 private:
     static constexpr std::size_t kMostPixels = HWY_MAX_BYTES / 2;
 
-    template <typename T>
-    T* Copy(const T* from, T* to, std::size_t perPixel) const {
+    template <std::size_t PerPixel, typename T, std::size_t size>
+    T* Pad(const T* from, T (&to)[size]) const {
         if (from == nullptr) return nullptr;
-        std::memcpy(to, from + first_ * perPixel, (span_.count - first_) * perPixel * sizeof *to);
+        from += first_ * PerPixel;
+        std::array<T, PerPixel> first;
+        std::copy_n(from, PerPixel, first.begin());
+        for (std::size_t i = 0; i < kMostPixels; ++i) std::copy_n(first.begin(), PerPixel, to + i * PerPixel);
+        std::copy_n(from, (span_.count - first_) * PerPixel, to);
         return to;
     }
 
     const CompositeSpan& span_;
     std::size_t first_;
     CompositeSpan padded_;
-    unsigned char source_[kMostPixels * kPackedBytes] = {};
-    unsigned char target_[kMostPixels * kPackedBytes] = {};
-    unsigned char snapshot_[Group ? kMostPixels * kPackedBytes : 1] = {};
-    unsigned char opacity_[kMostPixels] = {};
-    unsigned char select_[kMostPixels] = {};
-    std::uint32_t groupAlpha_[Group ? kMostPixels : 1] = {};
+    unsigned char source_[kMostPixels * kPackedBytes];
+    unsigned char target_[kMostPixels * kPackedBytes];
+    unsigned char snapshot_[Group ? kMostPixels * kPackedBytes : 1];
+    unsigned char opacity_[kMostPixels];
+    unsigned char select_[kMostPixels];
+    std::uint32_t groupAlpha_[Group ? kMostPixels : 1];
 };
 
 /// Paints a span in blocks by a stage. There is one place that paints a block, whatever it is of: the code is large.
