@@ -56,7 +56,8 @@ bool CPDFImageBlender::Blend(const std::shared_ptr<IQorImage>& source, const std
 
     // What may lack memory comes before the first pixel, so that an exception finds nothing half recorded.
     std::shared_ptr<Coverage> painted = CopyOf(*coverage);
-    const BlendRequestBase common{coverage.get(), &offset, &mask, &maskTransfer, &maskOffset, &alpha};
+    const bool foreign = static_cast<BlendKey>(mode) > 255;  // it runs into the formats of the key
+    const BlendRequestBase common{coverage.get(), &offset, &mask, &maskTransfer, &maskOffset, &alpha, foreign};
     if (!inGroup) {
         BlendRequest<BlendingTraits> request{common, blended.get()};
         if (!BlendOnDestination(*source, request, mode)) return false;

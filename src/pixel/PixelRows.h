@@ -43,19 +43,19 @@ inline bool RowIsCounted(std::uint64_t width, PixelFormat format) {
 /// The rows of an image in the order of memory, as long as pixels of format `format` make them; read-only for a const
 /// image.
 template <typename Image>
-auto RowsInMemory(Image& image, PixelFormat format) {
+inline auto RowsInMemory(Image& image, PixelFormat format) {
     using Byte = std::remove_pointer_t<decltype(image.GetPixelData())>;
     return PixelRows<Byte>{image.GetPixelData(), RowStride(image.GetWidth(), format, image.GetAlignment()),
                            image.GetHeight()};
 }
 template <typename Image>
-auto RowsInMemory(Image& image) {
+inline auto RowsInMemory(Image& image) {
     return RowsInMemory(image, image.GetPixelFormat());
 }
 
 /// The same rows in the order of the picture.
 template <typename Image>
-auto RowsFromTop(Image& image, PixelFormat format) {
+inline auto RowsFromTop(Image& image, PixelFormat format) {
     return RowsInMemory(image, format).FromTop(image.IsBottomUp());
 }
 

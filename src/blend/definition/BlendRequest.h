@@ -30,6 +30,7 @@ struct BlendRequestBase {
     const std::shared_ptr<IPDFTransferFunction>* maskTransfer;  ///< may hold nothing
     const Point<int, 2>* maskOffset;
     const unsigned char* alpha;  ///< constant alpha
+    bool foreign = false;        ///< the kernel may be one of other formats than the images'
 };
 
 template <typename Traits>

@@ -1,15 +1,6 @@
 #include "blend/painting/ImageMemory.h"
 
-#include <functional>
-
 namespace vantu {
-
-bool Overlap(const PixelRows<const unsigned char>& a, const PixelRows<const unsigned char>& b) {
-    const std::less<const unsigned char*> before;
-    const auto ra = a.InMemoryOrder(), rb = b.InMemoryOrder();
-    return ra.first != nullptr && rb.first != nullptr && before(ra.first, rb.Row(rb.count)) &&
-           before(rb.first, ra.Row(ra.count));
-}
 
 bool InsideMemory(const IQorImage& image, PixelFormat format, int x, int y, const PaintArea& area) {
     const std::int64_t endX = std::int64_t{x} + area.width;

@@ -3,6 +3,7 @@
 #include <vantu/IQorImage.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 
 #include "blend/definition/RangeWalk.h"
@@ -13,7 +14,13 @@
 namespace vantu {
 
 /// Whether rows share bytes of memory.
-bool Overlap(const PixelRows<const unsigned char>& a, const PixelRows<const unsigned char>& b);
+inline bool Overlap(const PixelRows<unsigned char>& a, const PixelRows<const unsigned char>& b) {
+    const std::less<const unsigned char*> before;
+    const auto ra = a.InMemoryOrder();
+    const auto rb = b.InMemoryOrder();
+    return ra.first != nullptr && rb.first != nullptr && before(ra.first, rb.Row(rb.count)) &&
+           before(rb.first, ra.Row(ra.count));
+}
 
 /// Whether a rectangle of an image, taken to be of format `format`, lies inside the image's block.
 bool InsideMemory(const IQorImage& image, PixelFormat format, int x, int y, const PaintArea& area);

@@ -35,18 +35,17 @@ PaintArea Below(const PaintArea& area, unsigned int rows) {
 template <typename Traits>
 class ImageLoops {
 public:
-    /// @param target the destination's rows from the top.
-    ImageLoops(const PaintKernel& kernel, IQorImage& destination, const PixelRows<unsigned char>& target,
-               const IQorImage& source, const BlendRequest<Traits>& request)
+    ImageLoops(const PaintKernel& kernel, IQorImage& destination, const IQorImage& source,
+               const BlendRequest<Traits>& request)
         : kernel_(kernel),
           request_(request),
           destination_(destination),
           source_(source),
-          painter_(kernel, target, RowsFromTop(source, kernel.source), request),
-          foreign_(kernel.destination != destination.GetPixelFormat() || kernel.source != source.GetPixelFormat()) {
+          painter_(kernel, destination, source, request) {
         const IQorImage* const mask = request.mask->get();
-        inOrder_ = foreign_ || (Traits::kGroup && !painter_.HasSnapshot()) || Overlap(target, painter_.Source()) ||
-                   (mask != nullptr && Overlap(target, RowsInMemory(*mask)));
+        inOrder_ = request.foreign || (Traits::kGroup && !painter_.HasSnapshot()) ||
+                   Overlap(painter_.Target(), painter_.Source()) ||
+                   (mask != nullptr && Overlap(painter_.Target(), RowsInMemory(*mask)));
     }
 
     void Rect(const PaintArea& area) {
@@ -125,9 +124,10 @@ private:
     /// A mode above 255 runs into the formats of the key and may select a kernel of other formats than the images'. It
     /// paints what it takes the pixels to be, as far as they lie inside the images.
     [[nodiscard]] bool Reachable(const PaintArea& area) const {
-        return !foreign_ || (InsideMemory(source_, kernel_.source, area.sourceX, area.sourceY, area) &&
-                             (!HasColors(kernel_.destination) ||
-                              InsideMemory(destination_, kernel_.destination, area.targetX, area.targetY, area)));
+        return !request_.foreign ||
+               (InsideMemory(source_, kernel_.source, area.sourceX, area.sourceY, area) &&
+                (!HasColors(kernel_.destination) ||
+                 InsideMemory(destination_, kernel_.destination, area.targetX, area.targetY, area)));
     }
 
     /// Paints an area as planned. `readMask(piece, i, j, span)` adds what the mask has to say of the piece whose first
@@ -178,8 +178,7 @@ private:
     IQorImage& destination_;
     const IQorImage& source_;
     SpanPainter<Traits> painter_;
-    bool foreign_;  ///< the kernel's formats are not the images'
-    bool inOrder_;  ///< the order of the pixels can be seen, or the formats are foreign
+    bool inOrder_;  ///< the order of the pixels can be seen, or the formats may be foreign
     std::unique_ptr<DynamicAccessor> targetColors_;
     std::unique_ptr<DynamicAccessor> sourceColors_;
     std::unique_ptr<DynamicAccessor> snapshotColors_;  ///< in groups
@@ -190,10 +189,8 @@ private:
 template <typename Traits>
 bool PaintImage(const PaintKernel& kernel, IQorImage& destination, const IQorImage& source,
                 const BlendRequest<Traits>& request) {
-    if (request.coverage->GetRanges().empty()) return true;
-    const auto target = RowsInMemory(destination, kernel.destination);
-    if (target.first == nullptr) return false;
-    ImageLoops<Traits> loops(kernel, destination, target.FromTop(destination.IsBottomUp()), source, request);
+    if (destination.GetPixelData() == nullptr) return request.coverage->GetRanges().empty();
+    ImageLoops<Traits> loops(kernel, destination, source, request);
     WalkRanges(request, loops);
     return true;
 }

@@ -34,9 +34,12 @@ std::uint32_t* GroupAlphaAt(const BlendRequest<PDFBlend::GroupBlendingTraits>& r
 }  // namespace
 
 template <typename Traits>
-SpanPainter<Traits>::SpanPainter(const PaintKernel& kernel, const PixelRows<unsigned char>& target,
-                                 const PixelRows<const unsigned char>& source, const BlendRequest<Traits>& request)
-    : kernel_(kernel), request_(request), targetRows_(target), sourceRows_(source) {
+SpanPainter<Traits>::SpanPainter(const PaintKernel& kernel, IQorImage& destination, const IQorImage& source,
+                                 const BlendRequest<Traits>& request)
+    : kernel_(kernel),
+      request_(request),
+      targetRows_(RowsFromTop(destination, kernel.destination)),
+      sourceRows_(RowsFromTop(source, kernel.source)) {
     const SpanCodecs& codecs = ActiveSpanCodecs();
     sourceCodec_ = &codecs.Of(kernel.source);
     if (kernel.hasColors) targetCodec_ = &codecs.Of(kernel.destination);
@@ -44,7 +47,7 @@ SpanPainter<Traits>::SpanPainter(const PaintKernel& kernel, const PixelRows<unsi
     CompositeForm composite = CompositeForm::Plain;
     if constexpr (Traits::kGroup) {
         composite = *request.knockout ? CompositeForm::Knockout : CompositeForm::Group;
-        snapshotRows_ = SnapshotRows(*request.backdrop, kernel.destination, target.step);
+        snapshotRows_ = SnapshotRows(*request.backdrop, kernel.destination, targetRows_.step);
     }
     stage_ = ActiveStages().Of(kernel.mode, composite, colors_);
 }

@@ -38,10 +38,10 @@ struct Span {
 template <typename Traits>
 class SpanPainter {
 public:
-    /// @param target, source rows of pixels of the kernel's formats, from the top.
-    SpanPainter(const PaintKernel& kernel, const PixelRows<unsigned char>& target,
-                const PixelRows<const unsigned char>& source, const BlendRequest<Traits>& request);
+    SpanPainter(const PaintKernel& kernel, IQorImage& destination, const IQorImage& source,
+                const BlendRequest<Traits>& request);
 
+    /// Rows of pixels of the kernel's formats, from the top.
     [[nodiscard]] const PixelRows<unsigned char>& Target() const { return targetRows_; }
     [[nodiscard]] const PixelRows<const unsigned char>& Source() const { return sourceRows_; }
     /// Whether spans of a group can be painted: whether its snapshot holds pixels of the destination's format.

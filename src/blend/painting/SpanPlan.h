@@ -22,8 +22,8 @@ struct PaintKernel {
     /// Whether outside groups at full alpha the source's bytes replace the target's as they are.
     bool copiesBytes =
         mode == BlendMode::Normal && destination == source && !HasAlpha(source) && !FactsOf(source).lossy;
-    unsigned int targetBits = BitsPerPixel(destination);
-    unsigned int sourceBits = BitsPerPixel(source);
+    unsigned int targetBytes = BitsPerPixel(destination) / 8;
+    unsigned int sourceBytes = BitsPerPixel(source) / 8;
 };
 
 /// Most pixels of a span: its buffers stay in the first cache.
@@ -61,6 +61,34 @@ struct SpanPlan {
     unsigned int rows;
 };
 
-SpanPlan PlanSpans(const PaintArea& area, MaskKind mask, const PaintCall& call);
+/// The same pixels as one row, if the rows of target and source follow each other without gaps: outside groups, of
+/// which each row has its place among the group's alphas.
+inline PaintArea RowsJoined(const PaintArea& area, const PaintCall& call) {
+    constexpr std::uint64_t most = 1U << 30;
+    const std::uint64_t pixels = std::uint64_t{area.width} * area.height;
+    const bool gapless = call.targetStep == std::int64_t{area.width} * call.kernel.targetBytes &&
+                         call.sourceStep == std::int64_t{area.width} * call.kernel.sourceBytes;
+    if (call.group || !gapless || pixels > most) return area;
+    return {area.targetX, area.targetY, area.sourceX, area.sourceY, static_cast<unsigned int>(pixels), 1};
+}
+
+inline SpanPlan PlanSpans(const PaintArea& area, MaskKind mask, const PaintCall& call) {
+    // Narrower rectangles are painted several rows to a span. Pixels that can be painted where they lie gain from that
+    // only while a row is shorter than a few vectors.
+    constexpr unsigned int narrowInPlace = 64;
+    constexpr unsigned int narrow = 256;
+    using Way = SpanPlan::Way;
+    if (call.inOrder || mask == MaskKind::Other) return {Way::InOrder, area, area.width, area.height};
+    if (!call.group && !call.kernel.hasColors) return {Way::Nothing, area, 0, 0};
+
+    const PaintArea whole = mask == MaskKind::None ? RowsJoined(area, call) : area;
+    const bool copies = call.kernel.copiesBytes && !call.group && call.alpha == 255;
+    if (mask == MaskKind::None && copies) return {Way::Copy, whole, whole.width, 1};
+    const bool inPlace = call.kernel.inPlace;
+    if (whole.width < (inPlace ? narrowInPlace : narrow)) {
+        return {Way::Spans, whole, whole.width, kSpanPixels / whole.width};
+    }
+    return {Way::Spans, whole, inPlace && mask == MaskKind::None ? whole.width : kSpanPixels, 1};
+}
 
 }  // namespace vantu
