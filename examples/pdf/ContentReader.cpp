@@ -41,12 +41,20 @@ public:
         if (object.isInlineImage()) {
             picture_.replaceStreamData(object.getInlineImageValue(), Entry(picture_, "/Filter"),
                                        Entry(picture_, "/DecodeParms"));
-        } else if (!object.isOperator()) {
-            if (operands_.size() < kMostOperands) operands_.push_back(object);
-        } else {
-            HandleOperator(object.getOperatorValue());
-            operands_.clear();
+            return;
         }
+        if (!object.isOperator() && operands_.size() < kMostOperands) {
+            operands_.push_back(object);
+            return;
+        }
+        if (budget_.operators == 0) {
+            isSpent_ = true;
+            terminateParsing();
+        }
+        --budget_.operators;
+        if (!object.isOperator()) return;
+        HandleOperator(object.getOperatorValue());
+        operands_.clear();
     }
 
     void handleEOF() override {}
@@ -55,11 +63,6 @@ public:
 
 private:
     void HandleOperator(const std::string& name) {
-        if (budget_.operators == 0) {
-            isSpent_ = true;
-            terminateParsing();
-        }
-        --budget_.operators;
         if (name == "ID") {
             QPDFObjectHandle dictionary = QPDFObjectHandle::newDictionary();
             for (std::size_t i = 0; i + 1 < operands_.size(); i += 2)

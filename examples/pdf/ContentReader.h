@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <functional>
 #include <set>
 #include <string>
@@ -14,7 +16,13 @@ namespace pdf {
 struct Budget {
     unsigned long operators = 2'500'000;  // of all content of the page
     int nesting = 24;                     // forms, patterns, glyphs and soft masks inside each other
+    double pixelsForOperator = 2048;      // that take the time of one to paint
     std::set<QPDFObjGen> open = {};       // forms, tiles and glyphs that are being painted: none is inside itself
+
+    // Counts painting as operators, one at least.
+    void Spend(double pixels) {
+        operators -= std::min(operators, static_cast<unsigned long>(std::ceil(pixels / pixelsForOperator)));
+    }
 };
 
 // Operands before an operator, the last at the back.

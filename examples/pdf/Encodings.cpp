@@ -52,18 +52,13 @@ std::map<std::string, unsigned int> MakeNames() {
     return names;
 }
 
-unsigned int FirstCharacter(const std::string& utf8) {
-    std::size_t position = 0;
-    bool isWrong = false;
-    const unsigned long character = QUtil::get_next_utf8_codepoint(utf8, position, isWrong);
-    return isWrong ? 0 : static_cast<unsigned int>(character);
-}
-
-using ToUtf8 = std::string (*)(const std::string&);
-
-void SetAll(Encoding& encoding, ToUtf8 toUtf8) {
-    for (unsigned int code = 0x20; code < encoding.size(); ++code)
-        encoding[code].unicode = FirstCharacter(toUtf8(std::string(1, static_cast<char>(code))));
+void SetAll(Encoding& encoding, std::string (*toUtf8)(const std::string&)) {
+    for (unsigned int code = 0x20; code < encoding.size(); ++code) {
+        std::size_t position = 0;
+        bool isWrong = false;
+        const std::string utf8 = toUtf8(std::string(1, static_cast<char>(code)));
+        encoding[code].unicode = static_cast<unsigned int>(QUtil::get_next_utf8_codepoint(utf8, position, isWrong));
+    }
 }
 
 void SetStandard(Encoding& encoding) {
@@ -97,11 +92,8 @@ Encoding ToEncoding(QPDFObjectHandle encoding, bool standard) {
         SetAll(out, QUtil::mac_roman_to_utf8);
     else if (base == "/StandardEncoding" || standard)
         SetStandard(out);
-    const QPDFObjectHandle differences = Entry(encoding, "/Differences");
     int code = 0;
-    for (int i = 0; i < (QPDFObjectHandle(differences).isArray() ? QPDFObjectHandle(differences).getArrayNItems() : 0);
-         ++i) {
-        const QPDFObjectHandle item = Item(differences, i);
+    for (const QPDFObjectHandle& item : Items(Entry(encoding, "/Differences"))) {
         const std::string name = ToName(item);
         if (name.empty()) {
             code = ToInteger(item, 0);

@@ -12,6 +12,7 @@ namespace pdf {
 namespace {
 
 constexpr double kMost = 255;
+constexpr double kTimesForGroup = 8;  // of the time that painting a pixel takes
 constexpr unsigned int kBytesPerPixel = 4;
 const Box kEverywhere{-1e6, -1e6, 1e6, 1e6};
 
@@ -86,6 +87,7 @@ void Interpreter::PaintGroup(QPDFObjectHandle form, GraphicsState inside) {
     const Pixels bounds = Intersect(Visible(), Around(MapBox(inside.toDevice, BoxOf(form))));
     const Mask shape = Clipped({bounds, nullptr});  // the clip cuts the group as a whole
     if (IsEmpty(shape.box)) return;
+    Spend(shape.box, kTimesForGroup);
     inside.clip = {shape.box, nullptr};
     const Placing asAWhole = PlacingOf(state_.fill);
     page_.canvas.BeginGroup(shape,
@@ -127,6 +129,7 @@ const Mask& Interpreter::MaskOf(SoftMask& softMask) {
     const bool needsAll = outside != 0 || page_.canvas.IsKnockout();
     const Pixels bounds = !needsAll ? Intersect(all, Around(MapBox(toDevice, BoxOf(form)))) : all;
     if (IsEmpty(bounds)) return *softMask.mask;
+    Spend(bounds, kTimesForGroup);
     const auto image =
         std::make_shared<vantu::CQorImage>(static_cast<unsigned int>(bounds.x1), static_cast<unsigned int>(bounds.y1),
                                            vantu::PixelFormat::Bgra32Premultiplied, kBytesPerPixel, false);

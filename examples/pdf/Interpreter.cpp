@@ -32,7 +32,6 @@ Style ToStyle(QPDFObjectHandle number) {
 
 constexpr std::size_t kMostSavedStates = 1000;
 constexpr unsigned long kOperatorsForContent = 16;
-constexpr double kPixelsForOperator = 4096;
 
 }  // namespace
 
@@ -45,11 +44,7 @@ void Interpreter::Paint(QPDFObjectHandle content) {
         page_.notes.Add("content nested too deeply: left out");
         return;
     }
-    // Each content takes the time of some operators, and more the more pixels it may paint on.
-    const Pixels area = Visible();
-    const double pixels = IsEmpty(area) ? 0 : static_cast<double>(Width(area)) * Height(area);
-    const auto cost = kOperatorsForContent + static_cast<unsigned long>(std::ceil(pixels / kPixelsForOperator));
-    budget.operators -= std::min(budget.operators, cost);
+    budget.operators -= std::min(budget.operators, kOperatorsForContent);
     --budget.nesting;
     const auto handle = [this](const std::string& name, const Operands& operands) {
         const auto found = Operators().find(name);
@@ -206,7 +201,9 @@ void Interpreter::SetParameters(QPDFObjectHandle dictionary) {
 
 void Interpreter::SetSpace(Ink& ink, QPDFObjectHandle space) {
     if (colorless_) return;
-    ink.space = ColorSpace::Parse(space, resources_, page_.notes);
+    ColorSpace::Pointer& known = spaces_[ToName(space)];
+    if (!known) known = ColorSpace::Parse(space, resources_, page_.notes);
+    ink.space = known;
     ink.components = ink.space->Initial();
     ink.pattern = QPDFObjectHandle::newNull();
 }

@@ -71,6 +71,10 @@ private:
     Placing PlacingOf(const Ink& ink);
     // The pixels that can be painted on at the moment.
     [[nodiscard]] Pixels Visible() const { return Intersect(state_.clip.box, page_.canvas.Visible()); }
+    // Takes the painting of an area, so many times as long as that of one colour, from the budget.
+    void Spend(const Pixels& area, double times) {
+        if (!IsEmpty(area)) page_.budget.Spend(times * Width(area) * Height(area));
+    }
     [[nodiscard]] bool IsHidden() const { return hiddenDepth_ > 0; }
 
     void PaintObject(QPDFObjectHandle object);
@@ -95,6 +99,7 @@ private:
     GraphicsState state_;
     std::vector<GraphicsState> saved_;
     Matrix baseToDevice_;  // from the space that this content started in, which is that of its patterns
+    std::map<std::string, ColorSpace::Pointer> spaces_;  // by their names here
     Path path_;
     PendingClip pendingClip_ = PendingClip::None;
     Matrix textMatrix_;

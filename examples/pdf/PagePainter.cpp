@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kHiddenFlag = 2;
 constexpr int kNoViewFlag = 32;
+constexpr double kUsualPixels = 612 * 792;  // of a page
 constexpr unsigned int kWhite = 0xFFFFFFFF;
 
 // The appearance stream of an annotation that is shown; null of one that is not.
@@ -55,6 +56,8 @@ unsigned long PagePainter::Paint(int number, const PageGeometry& geometry,
     const QPDFObjectHandle resources = document_.Inherited(number, "/Resources");
     Canvas canvas(image, rows, &calls_);
     Budget budget = budget_;
+    // Large pages take longer.
+    budget.pixelsForOperator *= std::max(1.0, static_cast<double>(geometry.area.x1) * geometry.area.y1 / kUsualPixels);
     PageContext context{document_, canvas, fonts_, blendModes_, notes_, budget};
     const GraphicsState state = InitialState(geometry.toDevice, rows);
     const QPDFObjectHandle group = Entry(page, "/Group");

@@ -1,9 +1,17 @@
 #include "Interpreter.h"
 #include "Objects.h"
 #include "Pictures.h"
+#include "Samples.h"
 #include "Shadings.h"
 
 namespace pdf {
+
+namespace {
+
+// A sample of a picture or a pixel of a shading takes as long as so many pixels of one colour.
+constexpr double kTimesForPicture = 16;
+
+}  // namespace
 
 void Interpreter::PaintPath(bool fill, bool evenOdd, bool stroke) {
     if (fill || stroke) PaintOutline(path_, state_.toDevice, fill, evenOdd, stroke);
@@ -14,6 +22,7 @@ void Interpreter::PaintPath(bool fill, bool evenOdd, bool stroke) {
 
 void Interpreter::ClipTo(const Path& path, const Matrix& toDevice, bool evenOdd) {
     state_.clip = Intersect(state_.clip, FillCoverage(path, toDevice, evenOdd, Visible()));
+    Spend(state_.clip.box, 1);
 }
 
 void Interpreter::PaintOutline(const Path& path, const Matrix& toDevice, bool fill, bool evenOdd, bool stroke) {
@@ -29,6 +38,7 @@ void Interpreter::PaintOutline(const Path& path, const Matrix& toDevice, bool fi
 void Interpreter::PaintShape(const Mask& shape, const Ink& ink) {
     const Mask mask = Clipped(shape);
     if (IsEmpty(mask.box)) return;
+    Spend(mask.box, ink.space->IsPattern() ? kTimesForPicture : 1);
     if (!ink.space->IsPattern()) {
         page_.canvas.Fill(ink.space->ToColor(ink.components), mask, PlacingOf(ink));
     } else if (ToInteger(Entry(ink.pattern, "/PatternType"), 0) == 1) {
@@ -43,6 +53,8 @@ void Interpreter::PaintShape(const Mask& shape, const Ink& ink) {
 
 void Interpreter::PaintPicture(QPDFObjectHandle picture) {
     if (IsHidden()) return;
+    const double samples = ToNumber(Entry(picture, "/Width"), 0) * ToNumber(Entry(picture, "/Height"), 0);
+    page_.budget.Spend(kTimesForPicture * std::clamp<double>(samples, 0, kMostPicturePixels));
     const PlacedPicture placed = PlacePicture(picture, resources_, state_.toDevice, Visible(), page_.notes);
     if (placed.image == nullptr) {
         PaintShape(placed.coverage, state_.fill);
@@ -54,6 +66,7 @@ void Interpreter::PaintPicture(QPDFObjectHandle picture) {
 
 void Interpreter::PaintShadingOf(QPDFObjectHandle shading) {
     if (IsHidden()) return;
+    Spend(Visible(), kTimesForPicture);
     const ShadedImage shaded = PaintShading(shading, resources_, state_.toDevice, Visible(), false, page_.notes);
     page_.canvas.Draw(shaded.image, {shaded.box.x0, shaded.box.y0}, Clipped({shaded.box, nullptr}),
                       PlacingOf(state_.fill));

@@ -36,8 +36,7 @@ void Interpreter::NextLine() {
 }
 
 void Interpreter::ShowAdjustedText(QPDFObjectHandle pieces) {
-    for (int i = 0; pieces.isArray() && i < pieces.getArrayNItems(); ++i) {
-        QPDFObjectHandle piece = pieces.getArrayItem(i);
+    for (QPDFObjectHandle& piece : Items(pieces)) {
         if (piece.isString()) {
             ShowText(piece.getStringValue());
             continue;
@@ -55,13 +54,14 @@ void Interpreter::ShowText(const std::string& text) {
     const std::shared_ptr<const Font> font = t.font;
     Path outlines;  // in user space
     for (std::size_t position = 0; position < text.size();) {
-        const Glyph glyph = font->Next(text, position);
+        Glyph glyph = font->Next(text, position);
+        page_.budget.Spend(1);
         const Matrix emsToText{t.size * t.horizontalScale, 0, 0, t.size, 0, t.rise};
         const Matrix emsToUser = Concat(emsToText, textMatrix_);
         const Matrix placed = Concat({1, 0, 0, 1, glyph.origin.x, glyph.origin.y}, emsToUser);
         if (glyph.outline)
             outlines.Append(*glyph.outline, placed);
-        else if (QPDFObjectHandle(glyph.content).isStream() && t.renderMode != kInvisible)
+        else if (glyph.content.isStream() && t.renderMode != kInvisible)
             PaintGlyphContent(glyph, Concat(font->ToEms(), placed));
         if (!t.knockout) {
             PaintGlyphs(outlines);

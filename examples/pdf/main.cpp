@@ -2,6 +2,7 @@
 // white, one PNG file a page. Of several pages the number stands before the .png. What is left out or replaced is said
 // at the end; --calls also prints what the pages asked of the library.
 
+#include <getopt.h>
 #include <unistd.h>
 #include <vantu/CPNGSaver.h>
 
@@ -50,28 +51,19 @@ void ParsePages(std::string_view text, Arguments& arguments) {
 // @throws std::invalid_argument
 Arguments ParseArguments(int argc, char** argv) {
     Arguments arguments;
-    for (int i = 1; i < argc; ++i) {
-        const std::string_view option = argv[i];
-        if (option == "--calls") {
-            arguments.printsCalls = true;
-        } else if (option.empty() || option[0] != '-') {
-            if (!arguments.file.empty()) throw std::invalid_argument("one file at a time");
-            arguments.file = option;
-        } else {
-            if (++i == argc) throw std::invalid_argument(std::string(option) + " needs a value");
-            if (option == "-p")
-                ParsePages(argv[i], arguments);
-            else if (option == "-r")
-                arguments.dotsPerInch = Parse(argv[i], 1.0, kMostDotsPerInch);
-            else if (option == "-o")
-                arguments.out = argv[i];
-            else if (option == "-j")
-                arguments.threads = Parse(argv[i], 1, kMostThreads);
-            else
-                throw std::invalid_argument("there is no option " + std::string(option));
+    const option calls[] = {{"calls", no_argument, nullptr, 'c'}, {}};
+    for (int name = 0; (name = getopt_long(argc, argv, "p:r:o:j:", calls, nullptr)) != -1;) {
+        switch (name) {
+            case 'c': arguments.printsCalls = true; break;
+            case 'p': ParsePages(optarg, arguments); break;
+            case 'r': arguments.dotsPerInch = Parse(optarg, 1.0, kMostDotsPerInch); break;
+            case 'o': arguments.out = optarg; break;
+            case 'j': arguments.threads = Parse(optarg, 1, kMostThreads); break;
+            default: throw std::invalid_argument("an option that there is not, or that needs a value");
         }
     }
-    if (arguments.file.empty()) throw std::invalid_argument("no file is named");
+    if (argc - optind != 1) throw std::invalid_argument("one file has to be named");
+    arguments.file = argv[optind];
     return arguments;
 }
 
