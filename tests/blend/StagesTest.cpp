@@ -58,6 +58,15 @@ struct Scene {
         for (std::uint32_t& g : groupAlpha) g = Alpha(groupKind, random);
     }
 
+    /// Cuts the channels of target and snapshot to their alphas.
+    void Premultiply() {
+        for (Bytes* image : {&target, &snapshot}) {
+            for (std::size_t i = kGuard; i < kGuard + count * kPackedBytes; ++i) {
+                (*image)[i] = std::min((*image)[i], (*image)[i + 3 - (i - kGuard) % kPackedBytes]);
+            }
+        }
+    }
+
     CompositeSpan Span(std::uint32_t alpha, bool masked, bool selected, bool keepClear, bool stencil) {
         CompositeSpan span{};
         span.target = target.data() + kGuard;
@@ -103,6 +112,28 @@ TEST_P(StagesOn, CompositeAsTheStepsDo) {
         ASSERT_EQ(expected.target, actual.target) << "round " << round;
         ASSERT_EQ(expected.groupAlpha, actual.groupAlpha) << "round " << round;
         ASSERT_EQ(expected.source, actual.source) << "round " << round;
+    }
+}
+
+constexpr CompositeStage BlendStages::*kResolveStages[] = {
+    &BlendStages::removeBackdrop, &BlendStages::rescaleToGroupAlpha, &BlendStages::mixWithBackdrop};
+
+TEST_P(StagesOn, ResolveGroupsAsTheStepsDo) {
+    Random random(6);
+    for (std::size_t round = 0; round < 3000; ++round) {
+        const auto stage = kResolveStages[round % 3];
+        Scene expected(1 + round % 130, random);
+        if (random() % 8 != 0) expected.Premultiply();
+        if (random() % 8 == 0) expected.groupAlpha[Scene::kGuard + random() % expected.count] += 256 * AnyAlpha(random);
+        Scene actual = expected;
+        (ScalarStages().*stage)(expected.Span(255, false, false, false, false));
+        {
+            const ForcedTarget forced(GetParam());
+            (ActiveStages().*stage)(actual.Span(255, false, false, false, false));
+        }
+        ASSERT_EQ(expected.target, actual.target) << "round " << round;
+        ASSERT_EQ(expected.groupAlpha, actual.groupAlpha) << "round " << round;
+        ASSERT_EQ(expected.snapshot, actual.snapshot) << "round " << round;
     }
 }
 
@@ -172,6 +203,48 @@ TEST_P(AllBytes, DISABLED_CompositeAsTheStepsDoOnEveryVectorTarget) {
     const StageSets sets = StagesOf(VectorTargets());
     for (unsigned int alphas = 0; alphas < 0x10000 && !HasFailure(); ++alphas) {
         CompareBytes(sets, GetParam(), PackedColors::Premultiplied, alphas >> 8, alphas & 255, 255);
+    }
+}
+
+/// Takes snapshots of alpha `ba` out of opaque pixels of group alpha `a`, of all channels there are, by the first
+/// stages and by the others, and compares the bytes.
+void CompareRemoved(const StageSets& sets, std::uint32_t a, unsigned int ba) {
+    Bytes image, snapshot, expected;
+    const auto add = [](Bytes& bytes, unsigned int byte) { bytes.push_back(static_cast<unsigned char>(byte)); };
+    for (unsigned int p = 0; p < 256; ++p) {
+        for (unsigned int b = 0; b <= ba; b += 3) {
+            for (unsigned int c = 0; c < 3; ++c) {
+                add(image, p);
+                add(snapshot, std::min(b + c, ba));
+            }
+            add(image, 255);
+            add(snapshot, ba);
+        }
+    }
+    std::vector<std::uint32_t> groupAlpha(image.size() / kPackedBytes, a);
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+        Bytes result = image;
+        CompositeSpan span{};
+        span.target = result.data();
+        span.snapshot = snapshot.data();
+        span.groupAlpha = groupAlpha.data();
+        span.count = groupAlpha.size();
+        sets[i]->removeBackdrop(span);
+        if (i == 0) expected = result;
+        ASSERT_EQ(expected, result) << "stages " << i << " group alpha " << a << " snapshot's alpha " << ba;
+    }
+}
+
+TEST_P(StagesOn, RemoveEveryBackdropFromEveryChannel) {
+    const StageSets sets = StagesOf({GetParam()});
+    for (unsigned int a = 1; a < 256; a += 6) CompareRemoved(sets, a, a % 4 == 1 ? 255 : 77 * a % 256);
+}
+
+// Takes a minute: scripts/check-all-bytes runs it.
+TEST(AllBackdrops, DISABLED_AreRemovedAsTheStepDoesOnEveryVectorTarget) {
+    const StageSets sets = StagesOf(VectorTargets());
+    for (unsigned int alphas = 0; alphas < 0x10000 && !testing::Test::HasFailure(); ++alphas) {
+        CompareRemoved(sets, alphas >> 8, alphas & 255);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "blend/definition/CompositeSteps.h"
 #include "blend/definition/ModeTable.h"
+#include "blend/definition/ResolveSteps.h"
 #include "blend/stages/Stages.h"
 #include "pixel/PixelCodec.h"
 
@@ -65,6 +66,13 @@ void GroupMask(const MaskSpan& span) {
     }
 }
 
+template <void (*Step)(unsigned char* p, const unsigned char* b, std::uint32_t a)>
+void Resolve(const CompositeSpan& span) {
+    for (std::size_t i = 0; i < span.count; ++i) {
+        Step(span.target + i * kPackedBytes, span.snapshot + i * kPackedBytes, span.groupAlpha[i]);
+    }
+}
+
 constexpr BlendStages kScalarStages{MakeModeTable([]<BlendMode Mode>() {
                                         constexpr PackedColors premultiplied = PackedColors::Premultiplied;
                                         constexpr PackedColors straight = PackedColors::Straight;
@@ -74,7 +82,11 @@ constexpr BlendStages kScalarStages{MakeModeTable([]<BlendMode Mode>() {
                                             {InGroup<Mode, premultiplied, true>, InGroup<Mode, straight, true>},
                                         }};
                                     }),
-                                    PlainMask, GroupMask};
+                                    PlainMask,
+                                    GroupMask,
+                                    Resolve<RemoveBackdrop>,
+                                    Resolve<RescaleToGroupAlpha>,
+                                    Resolve<MixWithBackdrop>};
 
 }  // namespace
 

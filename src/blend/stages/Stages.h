@@ -10,7 +10,8 @@
 
 namespace vantu {
 
-/// A span of packed pixels that a compositing stage paints. Nothing overlaps.
+/// A span of packed pixels that a compositing stage paints, or that the end of a group resolves; for that the target,
+/// the snapshot and group alphas of any size are all there is. Nothing overlaps.
 struct CompositeSpan {
     unsigned char* target;          ///< read and, where a pixel is written, replaced
     const unsigned char* source;    ///< premultiplied
@@ -41,7 +42,8 @@ struct MaskSpan {
 
 using MaskStage = void (*)(const MaskSpan& span);
 
-/// The stages: compositing by mode, form and by what the target's colour bytes are, and soft masks.
+/// The stages: compositing by mode, form and by what the target's colour bytes are, soft masks, and what the end of a
+/// group makes of premultiplied pixels.
 struct BlendStages {
     [[nodiscard]] CompositeStage Of(BlendMode mode, CompositeForm form, PackedColors target) const {
         return entries[static_cast<std::size_t>(mode)][static_cast<std::size_t>(form)]
@@ -51,6 +53,9 @@ struct BlendStages {
     std::array<std::array<std::array<CompositeStage, 2>, 3>, kBlendModeCount> entries;
     MaskStage plainMask;
     MaskStage groupMask;
+    CompositeStage removeBackdrop;
+    CompositeStage rescaleToGroupAlpha;
+    CompositeStage mixWithBackdrop;
 };
 
 /// The stages as plain loops over the steps that define them.

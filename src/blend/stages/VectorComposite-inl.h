@@ -53,18 +53,15 @@ HWY_INLINE Channels StraightChannels(const Block& block, Words alpha) {
     return Colors == PackedColors::Straight ? StoredChannels(block) : Unpremultiplied(block, alpha);
 }
 
-/// floor(M / a) with R = floor(65535 / a): e = M*R / 65536 is the quotient or one less. A premultiplied channel is
-/// floor(a * quotient / 255), and a * quotient is M less its remainder; 0 for a = 0.
+/// floor(M / a) with R = floor(65535 / a). A premultiplied channel is floor(a * quotient / 255), and a * quotient is M
+/// less its remainder; 0 for a = 0.
 template <PackedColors Colors, typename Numerator>
 struct Divided {
     HWY_INLINE Words operator()(Words cb, Words cs) const {
         const Words m = numerator(cb, cs);
-        const Words e = hn::MulHigh(m, r);
-        const Words rest = hn::Sub(m, hn::Mul(e, a));
-        const Words smaller =
-            hn::Min(rest, hn::Sub(rest, a));  // the remainder: rest - a wraps to a large value below a
-        if constexpr (Colors == PackedColors::Premultiplied) return Div255(hn::Sub(m, smaller));
-        return hn::Sub(e, hn::VecFromMask(kWords, hn::Ne(rest, smaller)));
+        const Division division(m, a, r);
+        if constexpr (Colors == PackedColors::Premultiplied) return Div255(hn::Sub(m, division.remainder));
+        return division.Quotient();
     }
 
     const Numerator& numerator;

@@ -91,6 +91,21 @@ HWY_INLINE Words Reciprocal(Words d) {
 #endif
 }
 
+/// floor(m / d) and m mod d, with r = Reciprocal(d): m*r / 65536 is the quotient or one less.
+struct Division {
+    HWY_INLINE Division(Words m, Words d, Words r)
+        : estimate(hn::MulHigh(m, r)), rest(hn::Sub(m, hn::Mul(estimate, d))) {
+        remainder = hn::Min(rest, hn::Sub(rest, d));  // rest - d wraps to a large value where rest is below d
+    }
+    [[nodiscard]] HWY_INLINE Words Quotient() const {
+        return hn::Sub(estimate, hn::VecFromMask(kWords, hn::Ne(rest, remainder)));
+    }
+
+    Words estimate;
+    Words rest;
+    Words remainder;
+};
+
 HWY_INLINE Channels Scaled(const Block& block, const Factor& factor) {
     const auto channel = [&](Words c) { return hn::And(Scale(c, factor), Constant(255)); };
     return {channel(block.Blue()), channel(block.Green()), channel(block.Red())};

@@ -12,6 +12,7 @@
 #if IMAGEOP_HAS_VECTORS
 #include "blend/stages/VectorPainting-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
+#include "blend/stages/VectorResolve-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
@@ -81,7 +82,11 @@ constexpr BlendStages kStages{
              PaintSpan<Mode, KnockoutStage<Mode, straight>, true>},
         }};
     }),
-    PlainMask, GroupMask};
+    PlainMask,
+    GroupMask,
+    ResolveSpan<BackdropRemoval>,
+    ResolveSpan<GroupAlphaRescaling>,
+    ResolveSpan<BackdropMixing>};
 
 const BlendStages* Stages() {
     return &kStages;
