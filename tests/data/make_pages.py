@@ -198,13 +198,13 @@ def crossing_stroke():
     return 6, 4, [paper(6, 4), Raw("0.6 0.2 0.5 RG 10 w 0 15 m 60 15 l 25 0 m 25 40 l S", shown, alpha=0.5)]
 
 
-def square_font():
-    """A TrueType font whose second glyph is a square of 2 em, its advance 1 em."""
+def square_font(letter=97):
+    """A TrueType font whose second glyph is a square of 2 em, its advance 1 em; a Mac code leads to it."""
     points = [(0, 0), (0, 2000), (2000, 2000), (2000, 0)]
     deltas = [(x - px, y - py) for (x, y), (px, py) in zip(points, [(0, 0), *points])]
     square = (struct.pack(">hhhhhHH", 1, 0, 0, 2000, 2000, 3, 0) + bytes([1] * 4) +
               b"".join(struct.pack(">h", d[axis]) for axis in (0, 1) for d in deltas))
-    cmap = struct.pack(">HHHHIHHH", 0, 1, 1, 0, 12, 0, 262, 0) + bytes([code == 97 for code in range(256)])
+    cmap = struct.pack(">HHHHIHHH", 0, 1, 1, 0, 12, 0, 262, 0) + bytes([code == letter for code in range(256)])
     tables = {
         b"cmap": cmap, b"glyf": square, b"hmtx": struct.pack(">hhhh", 1000, 0, 1000, 0),
         b"head": struct.pack(">IIIIHHQQhhhhHHhhh", 0x10000, 0, 0, 0x5F0F3CF5, 0, 1000, 0, 0, 0, 0, 2000, 2000, 0, 8, 2, 1, 0),
@@ -231,6 +231,22 @@ def text_knockout():
     apart = at_place(1, 0, 4, 2, [[(PLUM, 0.5), (PLUM, 0.75), (PLUM, 0.75), (PLUM, 0.5)]])
     return 6, 5, [paper(6, 5), Raw(operators(30), at_place(1, 3, 4, 2, [[PLUM]]), alpha=0.5),
                   Raw(operators(0), apart, state={"ca": 0.5, "TK": False})]
+
+
+def text_of_codes():
+    """A character that has another code on a Mac, and vertical text of glyphs with metrics of their own."""
+    def write(content):
+        describe = lambda data, flags: {"Type": "/FontDescriptor", "FontName": "/Square", "Flags": flags,
+                                        "FontFile2": content.file.stream({}, data, compress=True)}
+        umlaut = content.file.add({"Type": "/Font", "Subtype": "/TrueType", "BaseFont": "/Square", "Encoding": "/WinAnsiEncoding",
+                                   "FontDescriptor": describe(square_font(0x8A), 32)})
+        glyphs = content.file.add({"Type": "/Font", "Subtype": "/CIDFontType2", "BaseFont": "/Square", "CIDToGIDMap": "/Identity",
+                                   "W2": [1, 1, -2000, 500, 2000], "FontDescriptor": describe(square_font(), 4)})
+        down = content.file.add({"Type": "/Font", "Subtype": "/Type0", "BaseFont": "/Square", "Encoding": "/Identity-V",
+                                 "DescendantFonts": [glyphs]})
+        return (f"0.6 0.2 0.5 rg BT {content.name('Font', umlaut)} 10 Tf <E4> Tj {content.name('Font', down)} 10 Tf "
+                "35 40 Td <00010001> Tj ET")
+    return 6, 4, [paper(6, 4), Raw(write, at_place(0, 0, 5, 4, [[None, None, None, PLUM, PLUM]] * 2 + [[PLUM, PLUM, None, PLUM, PLUM]] * 2))]
 
 
 def text_of_pictures():
@@ -353,8 +369,8 @@ def steps(colors):
 
 
 def colour_spaces():
-    """Functions of every type as tints; spaces on spaces; CMYK."""
-    elements = [paper(8, 2, WHITE)]
+    """Functions of every type as tints; spaces on spaces; CMYK; one that paints nothing."""
+    elements = [paper(9, 2, WHITE)]
     sampled = lambda c: c.file.stream({"FunctionType": 0, "Domain": [0, 1, 0, 1], "Range": [0, 1] * 3, "Size": [2, 2],
                                        "BitsPerSample": 8}, bytes([0, 0, 0, 255, 0, 0, 0, 255, 0, 255, 255, 0]))
     program = lambda c: c.file.stream({"FunctionType": 4, "Domain": [0, 1], "Range": [0, 1] * 3},
@@ -370,11 +386,12 @@ def colour_spaces():
         (lambda c: ["/CalRGB", {"WhitePoint": [0.95, 1, 1.09]}], "0.2 0.4 0.6", (0.2, 0.4, 0.6)),
         (lambda c: ["/Lab", {"WhitePoint": [0.9505, 1, 1.089]}], "100 0 0", WHITE),
         (lambda c: "/DeviceCMYK", "0.2 0.4 0.9 0.3", (0.5, 0.3, 0)),
+        (lambda c: ["/Separation", "/None", "/DeviceRGB", steps([RED, GREEN])], "0.7", None),
     ]
     for x, (space, values, color) in enumerate(spaces):
         elements.append(Raw(lambda c, s=space, v=values, x=x: f"{c.name('ColorSpace', s(c))} cs {v} sc {x * CELL} 0 10 20 re f",
                             at_place(x, 0, 1, 2, [[color]])))
-    return 8, 2, elements
+    return 9, 2, elements
 
 
 def shadings():
@@ -474,12 +491,14 @@ def optional_content():
 
     def layers(content):
         hidden = content.file.stream({"Subtype": "/Form", "BBox": [0, 0, 99, 99], "OC": off}, "0 0 99 99 re f")
-        names = [content.name("Properties", layer) for layer in (off, on)]
+        members = [{"Type": "/OCMD", "OCGs": [off, on], "P": "/AllOn"}, {"Type": "/OCMD", "OCGs": off, "VE": ["/And", on, ["/Not", off]]}]
+        names = [content.name("Properties", layer) for layer in (off, on, *map(content.file.add, members))]
         return (f"/OC {names[0]} BDC 1 0 0 rg 0 0 20 20 re f EMC /OC {names[1]} BDC 0 0 1 rg 20 0 10 20 re f EMC "
+                f"/OC {names[2]} BDC 0 0 20 20 re f EMC /OC {names[3]} BDC 30 0 10 20 re f EMC "
                 + content.name("XObject", hidden) + " Do")
     look = file.stream({"Subtype": "/Form", "BBox": [0, 0, 5, 5]}, "0 1 0 rg 0 0 5 5 re f")
     note = {"Type": "/Annot", "Subtype": "/Stamp", "Rect": [40, 10, 60, 20], "AP": {"N": look}}
-    elements = [paper(6, 2), Raw(layers, at_place(2, 0, 1, 2, [[BLUE]])), Raw("", at_place(4, 1, 2, 1, [[GREEN]]))]
+    elements = [paper(6, 2), Raw(layers, at_place(2, 0, 2, 2, [[BLUE]])), Raw("", at_place(4, 1, 2, 1, [[GREEN]]))]
     catalog = {"OCProperties": {"OCGs": [off, on], "D": {"OFF": [off]}}}
     return 6, 2, elements, {"Annots": [note, {**note, "Rect": [0, 0, 60, 20], "F": 2}]}, catalog, file
 
@@ -492,7 +511,7 @@ def turned_page():
 PAGES = [alpha, modes, modes_in_translucent_group, mode_list, isolated_groups, non_isolated_groups,
          opaque_blends_in_groups, nested_groups, groups_in_knockout_group, group_in_isolated_knockout_group,
          group_alpha_and_mode, page_group, page_knockout_group, luminosity_mask, luminosity_mask_backdrop_transfer, alpha_mask_transfer, mask_in_mask, masked_group, mask_of_two_groups,
-         masked_element_of_knockout_group, alpha_is_shape, fill_and_stroke, crossing_stroke, text_knockout, text_of_pictures,
+         masked_element_of_knockout_group, alpha_is_shape, fill_and_stroke, crossing_stroke, text_knockout, text_of_codes, text_of_pictures,
          soft_masked_pictures, masked_pictures, sample_depths, colour_spaces, shadings, tilings, blending_tiles, forms_and_clips,
          optional_content, turned_page]
 
