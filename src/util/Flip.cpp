@@ -20,29 +20,14 @@ void FlipVertically(const Source& source, const Target& target, std::size_t rowB
     }
 }
 
+/// Fields come out one off the mirror image: target field 0 is the one behind the source row's last.
+///
 /// Rows from the last to the first, so that the source is read downward throughout, which prefetching likes.
-template <unsigned int Size>
-void FlipPixels(const Source& source, const Target& target, std::size_t width) {
-    for (std::size_t i = source.count; i-- > 0;) ReversePixels<Size>(source.Row(i), target.Row(i), width);
-}
-
-/// One field off the mirror image: target field 0 is the one behind the source row's last.
-template <unsigned int Bits>
-void FlipFields(const Source& source, const Target& target, std::size_t width) {
-    for (std::size_t i = 0; i < target.count; ++i) {
-        ReverseFields<Bits>(source.Row(i), source.Size() - i * source.Stride(), width, target.Row(i), width);
-    }
-}
-
 void FlipHorizontally(const Source& source, const Target& target, std::size_t width, unsigned int bits) {
-    switch (bits) {
-        case 1: return FlipFields<1>(source, target, width);
-        case 4: return FlipFields<4>(source, target, width);
-        case 8: return FlipPixels<1>(source, target, width);
-        case 16: return FlipPixels<2>(source, target, width);
-        case 24: return FlipPixels<3>(source, target, width);
-        case 32: return FlipPixels<4>(source, target, width);
-        default: return;
+    const TurnSteps steps = ActiveTurnSteps(bits);
+    const std::size_t last = bits < 8 ? width : width - 1;
+    for (std::size_t i = source.count; i-- > 0;) {
+        ReverseRow(steps, bits, source.Row(i), source.Size() - i * source.Stride(), last, target.Row(i), width);
     }
 }
 

@@ -5,54 +5,20 @@
 #include "pixel/MakeImage.h"
 #include "pixel/PixelRows.h"
 #include "util/PaintRows.h"
-#include "util/QuarterTurn.h"
 #include "util/ReverseRow.h"
+#include "util/Transpose.h"
 
 namespace vantu {
 namespace {
 
-/// The rows of a picture, from its top, and of the one it is turned into, which is `width` pixels wide.
-struct Rotation {
-    PixelRows<const unsigned char> source;
-    PixelRows<unsigned char> target;
-    std::size_t width;
-    int turns;  ///< 1, 2 or 3 quarter turns counter-clockwise
-};
-
-template <unsigned int Size>
-void RotatePixels(const Rotation& r) {
-    const std::size_t height = r.target.count;
-    if (r.turns == 2) {
-        for (std::size_t i = 0; i < height; ++i) {
-            ReversePixels<Size>(r.source.Row(height - 1 - i), r.target.Row(i), r.width);
-        }
-    } else {
-        TurnPixels<Size>(r.turns == 1 ? Turn::CounterClockwise : Turn::Clockwise, r.source.Reversed(),
-                         r.target.Reversed(), r.width, height);
-    }
-}
-
-template <unsigned int Bits>
-void RotateFields(const Rotation& r) {
-    const std::size_t height = r.target.count;
-    if (r.turns == 2) {
-        for (std::size_t i = 0; i < height; ++i) {
-            ReverseFields<Bits>(r.source.Row(height - 1 - i), r.source.Stride(), r.width - 1, r.target.Row(i), r.width);
-        }
-    } else {
-        TurnFields<Bits>(r.turns == 1 ? Turn::CounterClockwise : Turn::Clockwise, r.source, r.target, r.width, height);
-    }
-}
-
-void RotateRows(const Rotation& rotation, unsigned int bits) {
-    switch (bits) {
-        case 1: return RotateFields<1>(rotation);
-        case 4: return RotateFields<4>(rotation);
-        case 8: return RotatePixels<1>(rotation);
-        case 16: return RotatePixels<2>(rotation);
-        case 24: return RotatePixels<3>(rotation);
-        case 32: return RotatePixels<4>(rotation);
-        default: return;
+/// Turns a picture by 1, 2 or 3 quarter turns counter-clockwise, rows from its top; `width` is the target's.
+void RotateRows(const PixelRows<const unsigned char>& source, const PixelRows<unsigned char>& target, std::size_t width,
+                unsigned int bits, int turns) {
+    const TurnSteps steps = ActiveTurnSteps(bits);
+    if (turns == 1) return Transpose(steps, bits, source, target.Reversed(), width);
+    if (turns == 3) return Transpose(steps, bits, source.Reversed(), target, width);
+    for (std::size_t i = 0; i < target.count; ++i) {
+        ReverseRow(steps, bits, source.Row(target.count - 1 - i), source.Stride(), width - 1, target.Row(i), width);
     }
 }
 
@@ -79,7 +45,7 @@ std::shared_ptr<IQorImage> ImageUtil::Rotate(const IQorImage& image, int quarter
     const bool bottomUp = image.IsBottomUp();
     const bool painted =
         PaintRows(*rotated, RowStride(width, format, alignment), height, [&](const PixelRows<unsigned char>& target) {
-            RotateRows({source.FromTop(bottomUp), target.FromTop(bottomUp), width, turns}, bits);
+            RotateRows(source.FromTop(bottomUp), target.FromTop(bottomUp), width, bits, turns);
         });
     return painted ? rotated : nullptr;
 }

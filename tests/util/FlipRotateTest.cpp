@@ -3,6 +3,7 @@
 
 #include "support/Picture.h"
 #include "support/TestImage.h"
+#include "support/VectorTargets.h"
 
 namespace vantu::test {
 namespace {
@@ -53,11 +54,36 @@ void ExpectPainted(const TestFactory& factory, unsigned char alignment, Value va
     ASSERT_TRUE(factory.last->GuardsIntact());
 }
 
-TEST(Flip, EveryFormatAlignmentAndRowOrderMatchesTheDefinition) {
+/// A shape up to 70 pixels wide and high; each fifth one longer, so that it takes several vectors and tiles.
+Shape TurnedShape(Random& random, PixelFormat format, int number) {
+    Shape shape = RandomShape(random, format, 70);
+    if (number % 5 != 0) return shape;
+    shape.width = Between(random, 1, 1200 / std::min(BitsPerPixel(format), 8U));
+    shape.height = Between(random, 1, 150);
+    if (number % 2 == 0) std::swap(shape.width, shape.height);
+    return shape;
+}
+
+/// Calls `check(format, random)` for every format on every instruction set.
+template <typename Check>
+void ForFormatsAndTargets(Check check) {
     Random random(1);
-    for (const PixelFormat format : kPixelFormats) {
-        for (int i = 0; i < 100; ++i) {
-            const TestImage image(RandomShape(random, format, 70), random);
+    const auto run = [&] {
+        for (const PixelFormat format : kPixelFormats) ASSERT_NO_FATAL_FAILURE(check(format, random));
+    };
+    const auto targets = VectorTargets();
+    if (targets.empty()) run();
+    for (const VectorTarget& target : targets) {
+        SCOPED_TRACE(target.name);
+        const ForcedTarget forced(target);
+        ASSERT_NO_FATAL_FAILURE(run());
+    }
+}
+
+TEST(Flip, EveryFormatAlignmentAndRowOrderMatchesTheDefinition) {
+    ForFormatsAndTargets([](PixelFormat format, Random& random) {
+        for (int i = 0; i < 30; ++i) {
+            const TestImage image(TurnedShape(random, format, i), random);
             TestFactory factory(kAlignments[Between(random, 0, kAlignments.size() - 1)]);
             const bool horizontal = i % 2 == 0;
             SCOPED_TRACE(testing::Message() << image.GetShape() << " to alignment " << int{factory.alignment}
@@ -82,7 +108,7 @@ TEST(Flip, EveryFormatAlignmentAndRowOrderMatchesTheDefinition) {
             ASSERT_EQ(plain->GetAlignment(), image.GetAlignment());
             ASSERT_TRUE(SamePicture(*plain, *factory.last));
         }
-    }
+    });
 }
 
 TEST(Flip, BothIsAHalfTurnAndNeitherAClone) {
@@ -96,10 +122,9 @@ TEST(Flip, BothIsAHalfTurnAndNeitherAClone) {
 }
 
 TEST(Rotate, EveryFormatAlignmentAndRowOrderMatchesTheDefinition) {
-    Random random(3);
-    for (const PixelFormat format : kPixelFormats) {
-        for (int i = 0; i < 120; ++i) {
-            const TestImage image(RandomShape(random, format, 70), random);
+    ForFormatsAndTargets([](PixelFormat format, Random& random) {
+        for (int i = 0; i < 30; ++i) {
+            const TestImage image(TurnedShape(random, format, i), random);
             const int turns = i % 3 + 1;
             const int count = turns + 4 * static_cast<int>(Between(random, 0, 2)) - (i % 2 == 0 ? 0 : 12);
             // Packed pixels are laid by the new image's alignment, others by the source's, whatever block they get.
@@ -117,7 +142,7 @@ TEST(Rotate, EveryFormatAlignmentAndRowOrderMatchesTheDefinition) {
             Paint(expected, value);
             ASSERT_TRUE(SamePicture(*plain, expected));
         }
-    }
+    });
 }
 
 TEST(Rotate, MultiplesOfFourWriteNothingButZeroClones) {
