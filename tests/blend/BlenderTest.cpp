@@ -267,6 +267,31 @@ TEST(Mask, OneBitMaskWithAnyOtherFunctionIsSoftAndSeenThroughItsPalette) {
     }
 }
 
+TEST(Mask, RowsOfOpaquePixelsAndOthersArePaintedAlike) {
+    Random random(3);
+    const auto make = [&](unsigned int height, PixelFormat format) {
+        return std::make_shared<TestImage>(Shape{75, height, format, 1}, random);
+    };
+    for (const bool stencil : {false, true}) {
+        for (const int alpha : {255, 100}) {
+            const auto source = make(6, PixelFormat::Bgra32Premultiplied), page = make(9, PixelFormat::Bgra32);
+            const auto mask = make(8, stencil ? PixelFormat::Index1 : PixelFormat::Index8);
+            mask->SetPalette(GreyPalette(256));
+            // The fourth row of the range has a translucent pixel.
+            for (std::size_t i = 3; i < source->Size(); i += 4) source->GetPixelData()[i] = i == 1203 ? 128 : 255;
+            for (std::size_t i = 3; i < page->Size(); i += 4) page->GetPixelData()[i] = 255;
+            const auto model = std::make_shared<TestImage>(Shape{75, 9, PixelFormat::Bgra32, 1});
+            std::ranges::copy(page->Bytes(), model->GetPixelData());
+            Call call{source, Cover({{0, 0, 75, 6}}), {0, 2}, mask};
+            if (!stencil) call.transfer = std::make_shared<CIdentityPDFTransferFunction>(TransferSource::Luminosity);
+            call.alpha = static_cast<unsigned char>(alpha);
+            EXPECT_TRUE(Paint(*BlenderOn(page), call));
+            PaintModel(call, *model);
+            EXPECT_EQ(model->Bytes(), page->Bytes()) << stencil << alpha;
+        }
+    }
+}
+
 TEST(Mask, ThatCannotBeReadLeavesItsRectangleUnpainted) {
     const auto hidden = Row(Index8, {255});
     hidden->HideMemory();

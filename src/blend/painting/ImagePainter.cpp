@@ -73,7 +73,7 @@ private:
             return PixelRows<const unsigned char>{bits.Row(y), bits.step, height};
         };
         const unsigned int mixed = MixTop(area, [&](const MixedRows& rows) {
-            return ActiveMixStages().byBits(rows, from(maskY, area.height), maskX, *request_.alpha);
+            return ActiveMaskStages().byBits(rows, from(maskY, area.height), maskX, *request_.alpha);
         });
         const unsigned int y = maskY + mixed;
         const bool copies = !Traits::kGroup && kernel_.mode == BlendMode::Normal && *request_.alpha == 255;
@@ -92,7 +92,7 @@ private:
                               std::size_t{area.width} * area.height);
         const unsigned int mixed = MixTop(area, [&](const MixedRows& rows) -> std::size_t {
             const auto keys = reader.ReadKeys(maskX, maskY, area.width, area.height);
-            return keys ? ActiveMixStages().byKeys(rows, *keys, reader.AlphaOfKey()) : 0;
+            return keys ? ActiveMaskStages().byKeys(rows, *keys, reader.AlphaOfKey()) : 0;
         });
         const unsigned int y = maskY + mixed;
         const auto readMask = [&](const PaintArea& piece, unsigned int i, unsigned int j, Span& span) {

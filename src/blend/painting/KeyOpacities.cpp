@@ -85,7 +85,7 @@ KeyOpacities::KeyOpacities(const IQorImage& mask, MaskKey kind, const IPDFTransf
 /// Takes the tables of the identity, where the key is the value of its source.
 void KeyOpacities::TakeIdentity() {
     const Identity& identity = IdentityOf(transfer_.GetSourceType());
-    allInRange_ = true;
+    identity_ = allInRange_ = true;
     opacities_ = &identity.opacities;
     bytes_ = &identity.bytes;
     if (!group_ && alpha_ == 255) {
@@ -99,6 +99,16 @@ void KeyOpacities::TakeIdentity() {
     }();
     const MaskSpan span{opacities_->data(), bytes_->data(), opaque.data(), ownOfOpaque_.data(), 256, alpha_};
     (group_ ? ActiveStages().groupMask : ActiveStages().plainMask)(span);
+}
+
+const KeyFactors* KeyOpacities::Factors() const {
+    if (!identity_ || group_ || alpha_ != 255) return nullptr;
+    if (transfer_.GetSourceType() == SourceType::Alpha) {
+        static const KeyFactors alpha(IdentityOf(SourceType::Alpha).opacities);
+        return &alpha;
+    }
+    static const KeyFactors luminosity(IdentityOf(SourceType::Luminosity).opacities);
+    return &luminosity;
 }
 
 /// A colour whose opacity all pixels of a key have.

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "blend/stages/MixStages.h"
+#include "blend/stages/MaskStages.h"
 
 namespace vantu {
 
@@ -50,6 +50,8 @@ public:
     [[nodiscard]] const ByteTable& Bytes() const { return *bytes_; }
     [[nodiscard]] const ByteTable& OfOpaque() const { return *ofOpaque_; }
     /// @}
+    /// What scales the alphas of a source: only of an identity, outside groups and at full constant alpha; else null.
+    [[nodiscard]] const KeyFactors* Factors() const;
 
 private:
     enum class Known : unsigned char { InRange = 0, No = 1, OutOfRange = 2 };
@@ -64,6 +66,7 @@ private:
     MaskKey kind_;
     std::uint32_t alpha_;
     bool group_;
+    bool identity_ = false;    ///< the tables are those of the identity, whose source's values the keys are
     bool allInRange_ = false;  ///< all keys are known, and their opacities within 0 to 1
     const std::array<double, 256>* opacities_ = &ownOpacities_;
     const ByteTable* bytes_ = &ownBytes_;

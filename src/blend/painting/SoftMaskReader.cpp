@@ -18,20 +18,6 @@ bool AllOpaque(const unsigned char* packed, std::size_t count) {
     return common == kPackedAlpha;
 }
 
-/// Entries by keys, several to a turn: the loop itself would take as long as the look-up.
-template <typename T>
-void LookUpKeys(const std::array<T, 256>& entries, const unsigned char* keys, std::size_t count, T* out) {
-    std::size_t i = 0;
-    for (; i + 4 <= count; i += 4) {
-        const T a = entries[keys[i]], b = entries[keys[i + 1]], c = entries[keys[i + 2]], d = entries[keys[i + 3]];
-        out[i] = a;
-        out[i + 1] = b;
-        out[i + 2] = c;
-        out[i + 3] = d;
-    }
-    for (; i < count; ++i) out[i] = entries[keys[i]];
-}
-
 MaskKey KeyOf(const IQorImage& mask, const IPDFTransferFunction& transfer) {
     const PixelFormat format = mask.GetPixelFormat();
     // Every index of a format with more than 8 bits is 0.
@@ -61,10 +47,14 @@ SoftMaskReader::SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction
     }
 }
 
-/// The keys of `count` pixels from x on: where they lie, or in the reader's buffer.
-const unsigned char* SoftMaskReader::KeysOfRow(const unsigned char* row, unsigned int x, std::size_t count) {
+/// The keys of `count` pixels of a row from x on.
+void SoftMaskReader::ReadKeysOfRow(const unsigned char* row, unsigned int x, std::size_t count,
+                                   unsigned char* keys) const {
     const unsigned int bits = BitsPerPixel(format_);
-    if (key_ == MaskKey::Index && bits == 8) return row + x;
+    if (key_ == MaskKey::Index && bits == 8) {
+        std::memcpy(keys, row + x, count);
+        return;
+    }
     const unsigned int inverted = AlphaByte(format_, 0);
     for (std::size_t i = 0; i < count; ++i) {
         unsigned int key = 0;
@@ -74,9 +64,8 @@ const unsigned char* SoftMaskReader::KeysOfRow(const unsigned char* row, unsigne
         } else if (key_ == MaskKey::Alpha) {
             key = row[(x + i) * kPackedBytes + 3] ^ inverted;
         }
-        keys_[i] = static_cast<unsigned char>(key);
+        keys[i] = static_cast<unsigned char>(key);
     }
-    return keys_.data();
 }
 
 std::optional<PixelRows<const unsigned char>> SoftMaskReader::ReadKeys(unsigned int x, unsigned int y,
@@ -96,7 +85,9 @@ double SoftMaskReader::OpacityOfColor(const unsigned char* bgr) {
     return entry.opacity;
 }
 
-bool SoftMaskReader::ReadOpacitiesOfColors(const unsigned char* row, unsigned int x, std::size_t count) {
+/// Reads the opacities of pixels of a row, the first of them as number `first`.
+bool SoftMaskReader::ReadOpacitiesOfColors(const unsigned char* row, unsigned int x, std::size_t count,
+                                           std::size_t first) {
     const SpanCodec& codec = ActiveSpanCodecs().Of(format_);
     codec.read({row + std::size_t{x} * codec.bytesPerPixel, 0, 1}, count, packed_.data());
     for (std::size_t i = 0; i < count; ++i) {
@@ -107,41 +98,50 @@ bool SoftMaskReader::ReadOpacitiesOfColors(const unsigned char* row, unsigned in
         }
         const double opacity = OpacityOfColor(pixel);
         if (!InRange(opacity)) return false;
-        opacity_[i] = opacity;
-        bytes_[i] = static_cast<unsigned char>(GroupMaskByte(opacity));
+        opacity_[first + i] = opacity;
+        bytes_[first + i] = static_cast<unsigned char>(GroupMaskByte(opacity));
     }
     return true;
 }
 
 bool SoftMaskReader::Read(unsigned int x, unsigned int y, std::size_t width, std::size_t height,
                           const unsigned char* source, unsigned char* effective) {
+    const std::size_t count = width * height;
+    if (key_ != MaskKey::Color) {
+        for (std::size_t row = 0; row < height; ++row) {
+            ReadKeysOfRow(rows_.Row(y + row), x, width, keys_.data() + row * width);
+        }
+        return ReadByKeys(source, count, effective);
+    }
     for (std::size_t row = 0; row < height; ++row) {
-        const std::size_t first = row * width;
-        if (!ReadRow(rows_.Row(y + row), x, width, source + first * kPackedBytes, effective + first)) return false;
+        if (!ReadOpacitiesOfColors(rows_.Row(y + row), x, width, row * width)) return false;
+    }
+    Scale(source, count, effective);
+    return true;
+}
+
+bool SoftMaskReader::ReadByKeys(const unsigned char* source, std::size_t count, unsigned char* effective) {
+    const unsigned char* const keys = keys_.data();
+    if (!opacities_.Learn(keys, count)) return false;
+    if (AllOpaque(source, count)) {
+        ActiveMaskStages().lookUp(keys, count, opacities_.OfOpaque(), effective);
+    } else if (const KeyFactors* const factors = opacities_.Factors()) {
+        ActiveMaskStages().scale({keys, source, effective, count}, *factors);
+    } else {
+        if (group_) {
+            ActiveMaskStages().lookUp(keys, count, opacities_.Bytes(), bytes_.data());
+        } else {
+            for (std::size_t i = 0; i < count; ++i) opacity_[i] = opacities_.Opacities()[keys[i]];
+        }
+        Scale(source, count, effective);
     }
     return true;
 }
 
-bool SoftMaskReader::ReadRow(const unsigned char* row, unsigned int x, std::size_t count, const unsigned char* source,
-                             unsigned char* effective) {
-    if (key_ == MaskKey::Color) {
-        if (!ReadOpacitiesOfColors(row, x, count)) return false;
-    } else {
-        const unsigned char* const keys = KeysOfRow(row, x, count);
-        if (!opacities_.Learn(keys, count)) return false;
-        if (AllOpaque(source, count)) {
-            LookUpKeys(opacities_.OfOpaque(), keys, count, effective);
-            return true;
-        }
-        if (group_) {
-            LookUpKeys(opacities_.Bytes(), keys, count, bytes_.data());
-        } else {
-            LookUpKeys(opacities_.Opacities(), keys, count, opacity_.data());
-        }
-    }
+/// The effective alphas of pixels by their opacities.
+void SoftMaskReader::Scale(const unsigned char* source, std::size_t count, unsigned char* effective) const {
     const MaskSpan span{opacity_.data(), bytes_.data(), source, effective, count, alpha_};
     (group_ ? ActiveStages().groupMask : ActiveStages().plainMask)(span);
-    return true;
 }
 
 }  // namespace vantu

@@ -49,10 +49,10 @@ private:
     /// From here on all keys are learnt at once, which saves looking for unknown ones.
     static constexpr std::size_t kManyPixels = 8192;
 
-    bool ReadRow(const unsigned char* row, unsigned int x, std::size_t count, const unsigned char* source,
-                 unsigned char* effective);
-    const unsigned char* KeysOfRow(const unsigned char* row, unsigned int x, std::size_t count);
-    bool ReadOpacitiesOfColors(const unsigned char* row, unsigned int x, std::size_t count);
+    void ReadKeysOfRow(const unsigned char* row, unsigned int x, std::size_t count, unsigned char* keys) const;
+    bool ReadOpacitiesOfColors(const unsigned char* row, unsigned int x, std::size_t count, std::size_t first);
+    bool ReadByKeys(const unsigned char* source, std::size_t count, unsigned char* effective);
+    void Scale(const unsigned char* source, std::size_t count, unsigned char* effective) const;
     double OpacityOfColor(const unsigned char* bgr);
 
     const IPDFTransferFunction& transfer_;

@@ -6,7 +6,7 @@
 
 #include "blend/definition/BlendRequest.h"
 #include "blend/painting/SpanPlan.h"
-#include "blend/stages/MixStages.h"
+#include "blend/stages/MaskStages.h"
 #include "blend/stages/Stages.h"
 #include "pixel/PixelRows.h"
 #include "pixel/Spans.h"

@@ -1,4 +1,4 @@
-#include "blend/stages/MixStages.h"
+#include "blend/stages/MaskStages.h"
 #include "blend/stages/Stages.h"
 
 namespace vantu {
@@ -7,8 +7,8 @@ const BlendStages& ActiveStages() {
     return ScalarStages();
 }
 
-const MixStages& ActiveMixStages() {
-    return ScalarMixStages();
+const MaskStages& ActiveMaskStages() {
+    return ScalarMaskStages();
 }
 
 }  // namespace vantu

@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "blend/stages/MixStages.h"
+#include "blend/stages/MaskStages.h"
 #include "blend/stages/VectorNative-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -28,54 +28,79 @@ struct PieceAlphas {
     std::uint64_t full;   ///< alpha 255
 };
 
-/// Alphas by keys, a byte a pixel.
-class KeyAlphas {
-public:
 #if IMAGEOP_HAS_BYTE_TABLES
 
-    explicit HWY_INLINE KeyAlphas(const ByteTable& table)
+/// Bytes looked up by keys: the table lies in four vectors, of which bits 6 and 7 of a key choose one.
+class ByteLookUp {
+public:
+    explicit HWY_INLINE ByteLookUp(const ByteTable& table)
         : first_(hn::LoadU(kBytes, table.data())),
           second_(hn::LoadU(kBytes, table.data() + 64)),
           third_(hn::LoadU(kBytes, table.data() + 128)),
           fourth_(hn::LoadU(kBytes, table.data() + 192)) {}
 
-    HWY_INLINE void Read(const unsigned char* row, std::size_t x, std::size_t count, PieceAlphas& piece) const {
+    /// Stores the bytes of `count` keys, at most 64, and zeros behind them up to 64.
+    HWY_INLINE void Read(const unsigned char* keys, std::size_t count, unsigned char* bytes) const {
         const auto present = hn::FirstN(kBytes, count);
-        const Bytes key = hn::MaskedLoad(present, kBytes, row + x);
+        const Bytes key = hn::MaskedLoad(present, kBytes, keys);
         const auto odd = hn::TestBit(key, hn::Set(kBytes, 64));
         const auto upper = hn::TestBit(key, hn::Set(kBytes, 128));
         const Bytes below = hn::IfThenElse(odd, LookUp64(second_, key), LookUp64(first_, key));
         const Bytes above = hn::IfThenElse(odd, LookUp64(fourth_, key), LookUp64(third_, key));
-        const Bytes alphas = hn::IfThenElseZero(present, hn::IfThenElse(upper, above, below));
-        hn::Store(alphas, kBytes, piece.alphas);
-        piece.clear = Bits(hn::Eq(alphas, hn::Zero(kBytes)));
-        piece.full = Bits(hn::Eq(alphas, hn::Set(kBytes, 255)));
+        hn::StoreU(hn::IfThenElseZero(present, hn::IfThenElse(upper, above, below)), kBytes, bytes);
     }
 
 private:
-    Bytes first_, second_, third_, fourth_;  // of the table; bits 6 and 7 of a key choose one
+    Bytes first_, second_, third_, fourth_;
+};
 
 #else
 
-    explicit KeyAlphas(const ByteTable& table) : table_(table) {}
+/// Bytes looked up by keys, eight to a word.
+class ByteLookUp {
+public:
+    explicit ByteLookUp(const ByteTable& table) : table_(table) {}
 
-    void Read(const unsigned char* row, std::size_t x, std::size_t count, PieceAlphas& piece) const {
-        piece.clear = piece.full = 0;
+    void Read(const unsigned char* keys, std::size_t count, unsigned char* bytes) const {
         for (std::size_t i = 0; i < PieceAlphas::kPixels; i += 8) {
             std::uint64_t eight = 0;
             for (std::size_t j = std::min<std::size_t>(count - std::min(count, i), 8); j-- > 0;) {
-                eight = eight << 8 | table_[row[x + i + j]];
+                eight = eight << 8 | table_[keys[i + j]];
             }
-            std::memcpy(piece.alphas + i, &eight, sizeof eight);
-            if (eight == 0) piece.clear |= std::uint64_t{255} << i;
-            if (~eight == 0) piece.full |= std::uint64_t{255} << i;
+            std::memcpy(bytes + i, &eight, sizeof eight);
         }
     }
 
 private:
     const ByteTable& table_;
+};
 
 #endif
+
+/// Alphas by keys, a byte a pixel.
+class KeyAlphas {
+public:
+    explicit HWY_INLINE KeyAlphas(const ByteTable& table) : lookUp_(table) {}
+
+    HWY_INLINE void Read(const unsigned char* row, std::size_t x, std::size_t count, PieceAlphas& piece) const {
+        lookUp_.Read(row + x, count, piece.alphas);
+#if IMAGEOP_HAS_BYTE_TABLES
+        const Bytes alphas = hn::Load(kBytes, piece.alphas);
+        piece.clear = Bits(hn::Eq(alphas, hn::Zero(kBytes)));
+        piece.full = Bits(hn::Eq(alphas, hn::Set(kBytes, 255)));
+#else
+        piece.clear = piece.full = 0;
+        for (std::size_t i = 0; i < PieceAlphas::kPixels; i += 8) {
+            std::uint64_t eight = 0;
+            std::memcpy(&eight, piece.alphas + i, sizeof eight);
+            if (eight == 0) piece.clear |= std::uint64_t{255} << i;
+            if (~eight == 0) piece.full |= std::uint64_t{255} << i;
+        }
+#endif
+    }
+
+private:
+    ByteLookUp lookUp_;
 };
 
 /// One alpha where the bit of a row is 0, from its bit `first` on, the most significant bit of a byte first.

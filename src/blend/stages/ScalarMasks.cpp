@@ -1,4 +1,5 @@
-#include "blend/stages/MixStages.h"
+#include "blend/stages/MaskStages.h"
+
 #include "pixel/Spans.h"
 
 namespace vantu {
@@ -44,12 +45,26 @@ std::size_t MixByBits(const MixedRows& rows, const PixelRows<const unsigned char
     });
 }
 
-constexpr MixStages kScalarMixStages{MixByKeys, MixByBits};
+void LookUp(const unsigned char* keys, std::size_t count, const ByteTable& table, unsigned char* bytes) {
+    for (std::size_t i = 0; i < count; ++i) bytes[i] = table[keys[i]];
+}
+
+void ScaleAlphas(const KeyedSpan& span, const KeyFactors& factors) {
+    for (std::size_t i = 0; i < span.count; ++i) {
+        const unsigned char key = span.keys[i], sa = span.source[i * kPackedBytes + 3];
+        const std::uint32_t factor = factors.low[key] + 256U * factors.high[key];
+        span.effective[i] = factor >= KeyFactors::kUneven  ? factors.uneven[factor - KeyFactors::kUneven][sa]
+                            : factor == KeyFactors::kWhole ? sa
+                                                           : static_cast<unsigned char>(sa * factor >> 16);
+    }
+}
+
+constexpr MaskStages kScalarMaskStages{MixByKeys, MixByBits, LookUp, ScaleAlphas};
 
 }  // namespace
 
-const MixStages& ScalarMixStages() {
-    return kScalarMixStages;
+const MaskStages& ScalarMaskStages() {
+    return kScalarMaskStages;
 }
 
 }  // namespace vantu

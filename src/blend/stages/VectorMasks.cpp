@@ -1,8 +1,8 @@
-#include "blend/stages/MixStages.h"
+#include "blend/stages/MaskStages.h"
 #include "pixel/VectorTargets.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "blend/stages/VectorMix.cpp"
+#define HWY_TARGET_INCLUDE "blend/stages/VectorMasks.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -14,6 +14,7 @@
 #include "blend/stages/VectorAlphas-inl.h"
 #include "blend/stages/VectorDivision-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
+#include "blend/stages/VectorScale-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
@@ -132,10 +133,19 @@ std::size_t MixByBits(const MixedRows& rows, const PixelRows<const unsigned char
     return MixRows(rows, bits, BitAlphas(first, alpha));
 }
 
-constexpr MixStages kMixStages{MixByKeys, MixByBits};
+void LookUp(const unsigned char* keys, std::size_t count, const ByteTable& table, unsigned char* bytes) {
+    const ByteLookUp lookUp(table);
+    std::size_t i = 0;
+    for (; i + PieceAlphas::kPixels <= count; i += PieceAlphas::kPixels) {
+        lookUp.Read(keys + i, PieceAlphas::kPixels, bytes + i);
+    }
+    for (; i < count; ++i) bytes[i] = table[keys[i]];
+}
 
-const MixStages* Mixing() {
-    return &kMixStages;
+constexpr MaskStages kMaskStages{MixByKeys, MixByBits, LookUp, ScaleAlphas};
+
+const MaskStages* MaskStagesOfTarget() {
+    return &kMaskStages;
 }
 
 }  // namespace
@@ -147,8 +157,8 @@ HWY_AFTER_NAMESPACE();
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 namespace {
-const MixStages* Mixing() {
-    return &ScalarMixStages();
+const MaskStages* MaskStagesOfTarget() {
+    return &ScalarMaskStages();
 }
 }  // namespace
 }  // namespace vantu::HWY_NAMESPACE
@@ -159,10 +169,10 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace vantu {
 
-HWY_EXPORT(Mixing);
+HWY_EXPORT(MaskStagesOfTarget);
 
-const MixStages& ActiveMixStages() {
-    return *HWY_DYNAMIC_DISPATCH(Mixing)();
+const MaskStages& ActiveMaskStages() {
+    return *HWY_DYNAMIC_DISPATCH(MaskStagesOfTarget)();
 }
 
 }  // namespace vantu

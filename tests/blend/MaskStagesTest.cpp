@@ -1,11 +1,14 @@
-#include "blend/stages/MixStages.h"
+#include "blend/stages/MaskStages.h"
 
 #include <gtest/gtest.h>
+#include <vantu/CIdentityPDFTransferFunction.h>
 
 #include <algorithm>
+#include <array>
 #include <random>
 #include <vector>
 
+#include "blend/definition/CompositeSteps.h"
 #include "blend/stages/Stages.h"
 #include "support/VectorTargets.h"
 
@@ -64,9 +67,9 @@ Bytes Composited(const Scene& scene, std::size_t rowCount, AlphaAt alphaAt) {
     return result;
 }
 
-class MixStagesOn : public testing::TestWithParam<VectorTarget> {};
+class MaskStagesOn : public testing::TestWithParam<VectorTarget> {};
 
-TEST_P(MixStagesOn, MixOpaqueRowsAsTheStepsDo) {
+TEST_P(MaskStagesOn, MixOpaqueRowsAsTheStepsDo) {
     std::mt19937 random(9);
     for (std::size_t round = 0; round < 4000; ++round) {
         const std::size_t width = 1 + (round % 8 == 0 ? random() % 300 : random() % 70), height = 1 + random() % 4;
@@ -94,23 +97,56 @@ TEST_P(MixStagesOn, MixOpaqueRowsAsTheStepsDo) {
             if (!byBits) return table[mask[x]];
             return (mask[(first + x) / 8] << (first + x) % 8 & 0x80) != 0 ? 0 : alpha;
         });
-        const auto mix = [&](const MixStages& stages) {
+        const auto mix = [&](const MaskStages& stages) {
             return byBits ? stages.byBits(scene.rows, scene.keys, first, alpha)
                           : stages.byKeys(scene.rows, scene.keys, table);
         };
         const Bytes before = scene.target;
-        ASSERT_EQ(opaqueRows, mix(ScalarMixStages())) << "round " << round;
+        ASSERT_EQ(opaqueRows, mix(ScalarMaskStages())) << "round " << round;
         ASSERT_EQ(expected, scene.target) << "round " << round;
         std::copy(before.begin(), before.end(), scene.target.begin());
         const ForcedTarget forced(GetParam());
-        ASSERT_EQ(opaqueRows, mix(ActiveMixStages())) << "round " << round;
+        ASSERT_EQ(opaqueRows, mix(ActiveMaskStages())) << "round " << round;
         ASSERT_EQ(expected, scene.target) << "round " << round << (byBits ? " bits" : " keys");
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Targets, MixStagesOn, testing::ValuesIn(VectorTargets()),
+TEST_P(MaskStagesOn, ScaleEveryAlphaByEveryOpacityAsTheStepDoes) {
+    using SourceType = IPDFTransferFunction::SourceType;
+    for (const SourceType type : {SourceType::Alpha, SourceType::Luminosity}) {
+        const CIdentityPDFTransferFunction identity(type);
+        std::array<double, 256> opacities;
+        for (unsigned int v = 0; v < 256; ++v) opacities[v] = identity.ComputeAlpha(Color(v << 24 | v * 0x010101));
+        const KeyFactors factors(opacities);
+        Bytes keys, source, expected;
+        for (unsigned int i = 0; i < 0x10000; ++i) {
+            const unsigned int sa = ((i >> 8) + i) & 255, key = (i * 77) & 255;
+            keys.push_back(static_cast<unsigned char>(key));
+            source.insert(source.end(), {1, 2, 3, static_cast<unsigned char>(sa)});
+            expected.push_back(static_cast<unsigned char>(PlainMaskOpacity(255, sa, opacities[key])));
+        }
+        for (const std::size_t count : {keys.size(), std::size_t{77}}) {
+            const auto scaled = [&](const MaskStages& stages) {
+                Bytes effective(count + 1, 99);
+                stages.scale({keys.data() + 1, source.data() + kPackedBytes, effective.data(), count - 1}, factors);
+                return effective;
+            };
+            Bytes part(expected.begin() + 1, expected.begin() + static_cast<std::ptrdiff_t>(count));
+            part.insert(part.end(), {99, 99});
+            ASSERT_EQ(part, scaled(ScalarMaskStages()));
+            const ForcedTarget forced(GetParam());
+            ASSERT_EQ(part, scaled(ActiveMaskStages()));
+            Bytes found(count + 1, 99);
+            ActiveMaskStages().lookUp(keys.data(), count, factors.low, found.data());
+            for (std::size_t i = 0; i < count; ++i) ASSERT_EQ(factors.low[keys[i]], found[i]);
+            ASSERT_EQ(99, found[count]);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Targets, MaskStagesOn, testing::ValuesIn(VectorTargets()),
                          [](const auto& info) { return info.param.name; });
-GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(MixStagesOn);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(MaskStagesOn);
 
 }  // namespace
 }  // namespace vantu::test

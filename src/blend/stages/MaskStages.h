@@ -1,0 +1,68 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "pixel/PixelRows.h"
+
+namespace vantu {
+
+/// A byte for each key of a pixel.
+using ByteTable = std::array<unsigned char, 256>;
+
+/// Rows of packed pixels: a source and the target that it is mixed into. They do not overlap.
+struct MixedRows {
+    PixelRows<unsigned char> target;
+    PixelRows<const unsigned char> source;
+    std::size_t width;
+};
+
+/// Factors that scale a source alpha by the opacities of keys, at full constant alpha outside groups:
+/// trunc(255 * (sa * opacity) / 255) is sa * factor / 65536 for every sa.
+struct KeyFactors {
+    static constexpr std::uint16_t kGreatest = 0xFF00;  ///< of factors for opacities below 1
+    static constexpr std::uint16_t kWhole = 0xFF01;     ///< stands for 65536
+    /// From here on: the number of a table in `uneven`. The roundings of the doubles agree with no factor.
+    static constexpr std::uint16_t kUneven = 0xFF02;
+
+    explicit KeyFactors(const std::array<double, 256>& opacities);
+
+    ByteTable low;  ///< the low and high bytes of the factors by key
+    ByteTable high;
+    std::vector<ByteTable> uneven;  ///< effective alphas by source alpha
+};
+
+/// Packed pixels and the keys of their mask, a byte a pixel.
+struct KeyedSpan {
+    const unsigned char* keys;
+    const unsigned char* source;
+    unsigned char* effective;  ///< out: effective source alpha per pixel
+    std::size_t count;
+};
+
+/// Opaque pixels mixed into opaque ones where they lie, by an alpha a pixel: Normal as text, outlines and shadows need
+/// it. Pixels are (source * alpha + target * (255-alpha)) / 255, each byte of them.
+struct MaskStages {
+    /// Mixes by the alphas of keys, a byte a pixel. Stops before the first row that has a pixel that is not opaque.
+    /// @return the rows that are mixed.
+    std::size_t (*byKeys)(const MixedRows& rows, const PixelRows<const unsigned char>& keys,
+                          const ByteTable& alphaOfKey);
+    /// The same by bits of a stencil, from bit `first` of each row on, the most significant bit of a byte first: by
+    /// `alpha` where they are 0.
+    std::size_t (*byBits)(const MixedRows& rows, const PixelRows<const unsigned char>& bits, std::size_t first,
+                          std::uint32_t alpha);
+    /// The bytes of keys.
+    void (*lookUp)(const unsigned char* keys, std::size_t count, const ByteTable& table, unsigned char* bytes);
+    /// Effective alphas of any source, outside groups at full constant alpha.
+    void (*scale)(const KeyedSpan& span, const KeyFactors& factors);
+};
+
+/// The stages as plain loops.
+const MaskStages& ScalarMaskStages();
+
+/// The fastest stages that this machine runs; chosen at first use.
+const MaskStages& ActiveMaskStages();
+
+}  // namespace vantu
