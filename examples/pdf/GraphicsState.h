@@ -17,9 +17,9 @@ class Font;
 
 // What a fill or a stroke is painted with.
 struct Ink {
-    std::shared_ptr<const ColorSpace> space;
-    std::vector<double> components;
-    QPDFObjectHandle pattern;  // null unless the space is one of patterns
+    std::shared_ptr<const ColorSpace> space = ColorSpace::Device(1);
+    std::vector<double> components{0};
+    QPDFObjectHandle pattern = {};  // null unless the space is one of patterns
     double alpha = 1;
 };
 
@@ -42,21 +42,18 @@ struct TextState {
     bool knockout = true;  // the glyphs of a string are one object
 };
 
-// What q saves and Q restores.
+// What q saves and Q restores. A page, a soft mask's group and a tile start with black, opaque, and a clip of the
+// pixels that can be painted on.
 struct GraphicsState {
     Matrix toDevice;
     Mask clip;
-    Ink fill;
-    Ink stroke;
-    StrokeStyle line;
+    Ink fill = {};
+    Ink stroke = {};
+    StrokeStyle line = {};
     vantu::BlendMode mode = vantu::BlendMode::Normal;
-    std::shared_ptr<SoftMask> softMask;  // empty for none
+    std::shared_ptr<SoftMask> softMask = nullptr;  // empty for none
     bool alphaIsShape = false;
-    TextState text;
+    TextState text = {};
 };
-
-// What a page, a soft mask's group and a tile start with: black, opaque, nothing clipped away.
-// @param toDevice from their own space. @param visible the pixels that can be painted on.
-GraphicsState InitialState(const Matrix& toDevice, const Pixels& visible);
 
 }  // namespace pdf

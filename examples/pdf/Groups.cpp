@@ -1,8 +1,7 @@
-#include <vantu/CQorImage.h>
-
 #include <array>
 
 #include "Functions.h"
+#include "Images.h"
 #include "Interpreter.h"
 #include "Objects.h"
 #include "Transparency.h"
@@ -130,13 +129,11 @@ const Mask& Interpreter::MaskOf(SoftMask& softMask) {
     const Pixels bounds = !needsAll ? Intersect(all, Around(MapBox(toDevice, BoxOf(form)))) : all;
     if (IsEmpty(bounds)) return *softMask.mask;
     Spend(bounds, kTimesForGroup);
-    const auto image =
-        std::make_shared<vantu::CQorImage>(static_cast<unsigned int>(bounds.x1), static_cast<unsigned int>(bounds.y1),
-                                           vantu::PixelFormat::Bgra32Premultiplied, kBytesPerPixel, false);
+    const auto image = MakeImage({0, 0, bounds.x1, bounds.y1});
     Canvas canvas(image, bounds, page_.canvas.GetCalls());
     PageContext page{page_.document, canvas, page_.fonts, page_.blendModes, page_.notes, page_.budget};
     if (byLuminosity) canvas.Fill(backdrop, {bounds, nullptr}, {});
-    const GraphicsState inside = InitialState(toDevice, bounds);
+    const GraphicsState inside{toDevice, {bounds, nullptr}};
     const bool knockout = ToBool(Entry(group, "/K"), false);
     const bool needsGroup = knockout || (byLuminosity && page_.blendModes.In(form).any());
     if (needsGroup) canvas.BeginGroup({bounds, nullptr}, {true, knockout, true});

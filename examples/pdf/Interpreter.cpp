@@ -15,6 +15,10 @@ PointD Point(const Operands& operands, std::size_t index) {
     return {Number(operands, index), Number(operands, index + 1)};
 }
 
+Matrix MatrixOf(const Operands& o) {
+    return {Number(o, 0), Number(o, 1), Number(o, 2), Number(o, 3), Number(o, 4), Number(o, 5)};
+}
+
 QPDFObjectHandle First(const Operands& operands) {
     return operands.empty() ? QPDFObjectHandle::newNull() : operands.front();
 }
@@ -73,11 +77,7 @@ const std::map<std::string, Interpreter::Action>& Interpreter::Operators() {
              if (i.saved_.size() < kMostSavedStates) i.saved_.push_back(i.state_);
          }},
         {"Q", [](I i, O) { i.RestoreState(); }},
-        {"cm",
-         [](I i, O o) {
-             const Matrix matrix{Number(o, 0), Number(o, 1), Number(o, 2), Number(o, 3), Number(o, 4), Number(o, 5)};
-             i.state_.toDevice = Concat(matrix, i.state_.toDevice);
-         }},
+        {"cm", [](I i, O o) { i.state_.toDevice = Concat(MatrixOf(o), i.state_.toDevice); }},
         {"w", [](I i, O o) { i.state_.line.width = std::abs(Number(o, 0)); }},
         {"J", [](I i, O o) { i.state_.line.cap = ToStyle<LineCap>(First(o)); }},
         {"j", [](I i, O o) { i.state_.line.join = ToStyle<LineJoin>(First(o)); }},
@@ -143,11 +143,7 @@ const std::map<std::string, Interpreter::Action>& Interpreter::Operators() {
         {"Td", [](I i, O o) { i.MoveLine(Point(o, 0)); }},
         {"TD", [](I i, O o) { i.state_.text.leading = -Number(o, 1), i.MoveLine(Point(o, 0)); }},
         {"T*", [](I i, O) { i.NextLine(); }},
-        {"Tm",
-         [](I i, O o) {
-             i.textMatrix_ = {Number(o, 0), Number(o, 1), Number(o, 2), Number(o, 3), Number(o, 4), Number(o, 5)};
-             i.lineMatrix_ = i.textMatrix_;
-         }},
+        {"Tm", [](I i, O o) { i.textMatrix_ = i.lineMatrix_ = MatrixOf(o); }},
         {"Tj", [](I i, O o) { i.ShowText(Text(o, 0)); }},
         {"TJ", [](I i, O o) { i.ShowAdjustedText(First(o)); }},
         {"'", [](I i, O o) { i.NextLine(), i.ShowText(Text(o, 0)); }},

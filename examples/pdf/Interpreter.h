@@ -83,7 +83,6 @@ private:
     const Mask& MaskOf(SoftMask& softMask);
 
     void PaintTiles(const Mask& mask, const Ink& ink);
-    GraphicsState TileState(const Ink& ink) const;
 
     void SetFont(QPDFObjectHandle font, double size);
     void MoveLine(const PointD& by);

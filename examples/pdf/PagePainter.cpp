@@ -1,11 +1,11 @@
 #include "PagePainter.h"
 
-#include <vantu/CQorImage.h>
 #include <vantu/ImageUtil.h>
 
 #include <functional>
 #include <future>
 
+#include "Images.h"
 #include "Interpreter.h"
 #include "Objects.h"
 #include "Transparency.h"
@@ -59,7 +59,7 @@ unsigned long PagePainter::Paint(int number, const PageGeometry& geometry,
     // Large pages take longer.
     budget.pixelsForOperator *= std::max(1.0, static_cast<double>(geometry.area.x1) * geometry.area.y1 / kUsualPixels);
     PageContext context{document_, canvas, fonts_, blendModes_, notes_, budget};
-    const GraphicsState state = InitialState(geometry.toDevice, rows);
+    const GraphicsState state{geometry.toDevice, {rows, nullptr}};
     const QPDFObjectHandle group = Entry(page, "/Group");
     const bool isGroup =
         NeedsGroup(group, blendModes_.In(QPDFObjectHandle::newDictionary({{"/Resources", resources}})));
@@ -82,9 +82,7 @@ unsigned long PagePainter::Paint(int number, const PageGeometry& geometry,
 std::shared_ptr<vantu::IQorImage> PaintPage(std::vector<std::unique_ptr<PagePainter>>& painters, int number,
                                             double dotsPerInch) {
     const PageGeometry geometry = painters.front()->GetDocument().Geometry(number, dotsPerInch);
-    const auto image = std::make_shared<vantu::CQorImage>(
-        static_cast<unsigned int>(geometry.area.x1), static_cast<unsigned int>(geometry.area.y1),
-        vantu::PixelFormat::Bgra32Premultiplied, static_cast<unsigned char>(4), false);
+    const auto image = MakeImage(geometry.area);
     // @return the operators that it took.
     const auto paint = [&](PagePainter& painter, const Pixels& rows) {
         vantu::ImageUtil::Clear(*image, kWhite, rows);

@@ -1,7 +1,6 @@
-#include <vantu/CQorImage.h>
-
 #include <cstring>
 
+#include "Images.h"
 #include "Interpreter.h"
 #include "Objects.h"
 
@@ -45,15 +44,6 @@ Matrix TileMatrix(const Lattice& lattice, double column, double row, const Matri
 
 }  // namespace
 
-// The state that a tile starts with, but for its matrix and clip: an uncoloured one has the colour of the ink.
-GraphicsState Interpreter::TileState(const Ink& ink) const {
-    GraphicsState state = InitialState({}, page_.canvas.Visible());
-    if (ToInteger(Entry(ink.pattern, "/PaintType"), 1) == 2 && ink.space->Underlying()) {
-        state.fill = state.stroke = Ink{ink.space->Underlying(), ink.components, QPDFObjectHandle::newNull(), 1};
-    }
-    return state;
-}
-
 void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const Matrix toDevice = Concat(ToMatrix(Entry(ink.pattern, "/Matrix")), baseToDevice_);
     const Lattice lattice{
@@ -69,8 +59,9 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
         MapBox(toDevice.Inverse(), {double(area.x0), double(area.y0), double(area.x1), double(area.y1)}));
     const bool colorless = ToInteger(Entry(ink.pattern, "/PaintType"), 1) == 2;
     const auto paintTiles = [&](PageContext& page, const Box& numbers, const Matrix& matrix, const Pixels& visible) {
-        GraphicsState state = TileState(ink);
-        state.clip.box = visible;
+        GraphicsState state{{}, {visible, nullptr}};
+        if (colorless && ink.space->Underlying())
+            state.fill = state.stroke = Ink{ink.space->Underlying(), ink.components};
         Interpreter tile(page, resources_, state, colorless);
         for (double row = numbers.y0; row < numbers.y1; ++row) {
             for (double column = numbers.x0; column < numbers.x1; ++column) {
@@ -102,17 +93,12 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     }
     const Pixels period{0, 0, static_cast<int>(columns), static_cast<int>(rows)};
     const Matrix toPeriod{columns / lattice.step.x, 0, 0, rows / lattice.step.y, 0, 0};
-    const auto image = [](const Pixels& size) {
-        return std::make_shared<vantu::CQorImage>(static_cast<unsigned int>(Width(size)),
-                                                  static_cast<unsigned int>(Height(size)),
-                                                  vantu::PixelFormat::Bgra32Premultiplied, kBytesPerPixel, false);
-    };
-    const auto tile = image(period);
+    const auto tile = MakeImage(period);
     Canvas tileCanvas(tile, period, page_.canvas.GetCalls());
     PageContext tilePage{page_.document, tileCanvas, page_.fonts, page_.blendModes, page_.notes, page_.budget};
     paintTiles(tilePage, overlapping, toPeriod, period);
 
-    const auto picture = image(area);
+    const auto picture = MakeImage(area);
     const Matrix fromDevice = Concat(toDevice.Inverse(), toPeriod);
     unsigned char* pixel = picture->GetPixelData();
     for (int y = area.y0; y < area.y1; ++y) {
