@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
-#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -111,9 +110,7 @@ void MeasureScene(benchmark::State& state, const BlendScene& scene, const Painte
 /// Whether a painter draws what the scalar loop draws; found out once for a name.
 bool Draws(const std::string& name, const BlendCase& c, const BlendScene& scene, const Painter& painter,
            const std::function<bool(const Pixels&, const Pixels&)>& alike) {
-    static std::map<std::string, bool> verdicts;
-    if (const auto verdict = verdicts.find(name); verdict != verdicts.end()) return verdict->second;
-    return verdicts[name] = alike(Painted(scene, painter), Painted(scene, MakeScalarPainter(c, scene)));
+    return IsRight(name, [&] { return alike(Painted(scene, painter), Painted(scene, MakeScalarPainter(c, scene))); });
 }
 
 void RunLibrary(benchmark::State& state, const BlendCase& c) {

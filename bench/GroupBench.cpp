@@ -3,10 +3,13 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
 
 #include "BlendScene.h"
+#include "ScalarLoop.h"
 #include "Timing.h"
+#include "blend/definition/ResolveSteps.h"
 
 namespace vantu::bench {
 namespace {
@@ -21,13 +24,14 @@ struct Ending {
     const char* name;
     bool keepBackdrop;
     bool plainResolve;
+    void (*step)(unsigned char* pixel, const unsigned char* backdrop, std::uint32_t groupAlpha);
 };
 
 constexpr Ending kEndings[] = {
-    {"nothing", true, false},
-    {"RemoveBackdrop", false, false},
-    {"RescaleToGroupAlpha", false, true},
-    {"MixWithBackdrop", true, true},
+    {"nothing", true, false, [](unsigned char*, const unsigned char*, std::uint32_t) {}},
+    {"RemoveBackdrop", false, false, RemoveBackdrop},
+    {"RescaleToGroupAlpha", false, true, RescaleToGroupAlpha},
+    {"MixWithBackdrop", true, true, MixWithBackdrop},
 };
 
 std::shared_ptr<CQorImage> MakeImage(const std::vector<unsigned char>& pixels) {
@@ -36,11 +40,31 @@ std::shared_ptr<CQorImage> MakeImage(const std::vector<unsigned char>& pixels) {
     return image;
 }
 
+/// What the plain loop makes of a group, resolved pixel by pixel.
+std::vector<unsigned char> PaintScalarGroup(const std::vector<unsigned char>& source,
+                                            const std::vector<unsigned char>& backdrop, const Ending& ending) {
+    std::vector<unsigned char> pixels = backdrop;
+    std::vector<std::uint32_t> alphas(kPixels);
+    ScalarTask task{};
+    task.width = task.height = kSide;
+    task.source = source.data();
+    task.sourceStep = 4;
+    task.sourceStride = task.targetStride = kSide * task.sourceStep;
+    task.target = pixels.data();
+    task.snapshot = backdrop.data();
+    task.groupAlpha = alphas.data();
+    task.alpha = 255;
+    PaintScalar<BlendMode::Normal, kFormat, kFormat, Loop::Rect, CompositeForm::Group>(task);
+    for (std::size_t i = 0; i < kPixels; ++i) ending.step(&pixels[4 * i], &backdrop[4 * i], alphas[i]);
+    return pixels;
+}
+
 /// Random alphas painted in a group that starts on other pixels. @param whole times all of it, not the end alone.
 void Run(benchmark::State& state, const Ending& ending, Alphas backdrop, bool whole) {
     const auto pristine = MakePixels(kFormat, backdrop, kPixels, 2);
     const std::shared_ptr<IQorImage> image = MakeImage(*pristine);
-    const std::shared_ptr<IQorImage> source = MakeImage(*MakePixels(kFormat, Alphas::Random, kPixels, 1));
+    const auto painted = MakePixels(kFormat, Alphas::Random, kPixels, 1);
+    const std::shared_ptr<IQorImage> source = MakeImage(*painted);
     const auto blender = MakeBlender(image);
     const std::shared_ptr<IPDFImageBlender::Coverage> coverage = IPDFImageBlender::CreateCoverage();
     coverage->AddRange({0, 0, static_cast<int>(kSide), static_cast<int>(kSide)});
@@ -59,6 +83,13 @@ void Run(benchmark::State& state, const Ending& ending, Alphas backdrop, bool wh
         restore();
         begin();
     };
+    restore();
+    all();
+    const unsigned char* const result = image->GetPixelData();
+    if (PaintScalarGroup(*painted, *pristine, ending) != std::vector(result, result + pristine->size())) {
+        state.SkipWithError("does not draw what the scalar loop draws");
+        return;
+    }
     if (whole) {
         Measure(state, restore, all, 1, kPixels);
     } else {

@@ -116,10 +116,16 @@ void Run(benchmark::State& state, const std::string& path, const Way& way) {
         replays.push_back(way.make(image));
         calls += (image.*way.calls).size();
         pixels += CountPixels(image.*way.calls);
-        if (way.isRight != nullptr && !way.isRight(image, replays.back())) {
-            state.SkipWithError("does not draw what it should");
-            return;
+    }
+    const auto check = [&] {
+        for (std::size_t i = 0; i < page.size(); ++i) {
+            if (way.isRight != nullptr && !way.isRight(page[i], replays[i])) return false;
         }
+        return true;
+    };
+    if (!IsRight(way.name + path, check)) {
+        state.SkipWithError("does not draw what it should");
+        return;
     }
     Measure(
         state,
@@ -168,7 +174,7 @@ void RunThreads(benchmark::State& state, const std::string& path, int threads) {
         paintBands();
         for (std::thread& other : others) other.join();
     };
-    if (Painted(image, paint) != image.painted) {
+    if (!IsRight("Threads/" + std::to_string(threads), [&] { return Painted(image, paint) == image.painted; })) {
         state.SkipWithError("does not draw what it should");
         return;
     }

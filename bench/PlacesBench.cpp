@@ -102,12 +102,12 @@ std::vector<unsigned char> Painted(const PageScene& scene, const std::function<v
 }
 
 /// Whether the library paints what the plain loop does.
-bool IsRight(const PageScene& scene) {
+bool IsExact(const PageScene& scene) {
     return Painted(scene, MakeBlendReplay(scene)) == Painted(scene, MakeScalarReplay(scene));
 }
 
 /// Whether pixman paints nearly what the plain loop does: by one call, as a difference grows where calls meet.
-bool IsNearlyRight(const PageScene& scene) {
+bool IsNearlyExact(const PageScene& scene) {
     const PageScene one{scene.page, scene.pristine, {scene.calls.front()}};
     return Alike(Painted(one, MakePixmanReplay(one)), Painted(one, MakeScalarReplay(one)));
 }
@@ -115,10 +115,11 @@ bool IsNearlyRight(const PageScene& scene) {
 /// Registers a scene painted by the library and by pixman, if it can. @param make() gives the scene.
 template <typename Make>
 void Register(const std::string& table, const std::string& name, Make make) {
-    const auto add = [&](const std::string& painter, auto makeReplay, auto isRight) {
+    const auto add = [&](const std::string& painter, auto makeReplay, auto check) {
+        const std::string full = table + '/' + painter + '/' + name;
         const auto run = [=](benchmark::State& state) {
             const PageScene scene = make();
-            if (!isRight(scene)) {
+            if (!IsRight(full, [&] { return check(scene); })) {
                 state.SkipWithError("does not draw what the scalar loop draws");
                 return;
             }
@@ -126,10 +127,10 @@ void Register(const std::string& table, const std::string& name, Make make) {
             Measure(
                 state, [&] { scene.Restore(); }, paint, scene.calls.size(), scene.CountPixels());
         };
-        benchmark::RegisterBenchmark((table + '/' + painter + '/' + name).c_str(), run)->UseManualTime();
+        benchmark::RegisterBenchmark(full.c_str(), run)->UseManualTime();
     };
-    add("Library", MakeBlendReplay, IsRight);
-    if (HasPixmanPeer(PageCall{})) add("Pixman", MakePixmanReplay, IsNearlyRight);
+    add("Library", MakeBlendReplay, IsExact);
+    if (HasPixmanPeer(PageCall{})) add("Pixman", MakePixmanReplay, IsNearlyExact);
 }
 
 Image MakeOneColor(unsigned int size) {

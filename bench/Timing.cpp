@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
+#include <map>
 
 namespace vantu::bench {
 namespace {
@@ -35,6 +36,12 @@ bool Alike(const std::vector<unsigned char>& a, const std::vector<unsigned char>
     std::size_t far = 0;
     for (std::size_t i = 0; i < a.size(); ++i) far += std::abs(a[i] - b[i]) > apart;
     return far * 100 <= a.size();
+}
+
+bool IsRight(const std::string& name, const std::function<bool()>& check) {
+    static std::map<std::string, bool> verdicts;
+    if (const auto verdict = verdicts.find(name); verdict != verdicts.end()) return verdict->second;
+    return verdicts[name] = check();
 }
 
 void Measure(benchmark::State& state, const std::function<void()>& restore, const std::function<void()>& paint,

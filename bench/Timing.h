@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace vantu::bench {
@@ -12,6 +13,9 @@ namespace vantu::bench {
 bool Same(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b);
 /// Whether two paintings are the same to the eye: all but 1 % of the bytes within `apart`.
 bool Alike(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b, int apart = 3);
+
+/// What a check says, which is made once for a name.
+bool IsRight(const std::string& name, const std::function<bool()>& check);
 
 /// What tells the time of a painting.
 enum class Clock {

@@ -1,78 +1,103 @@
 #!/usr/bin/env python3
-"""Writes figures, tables and a plot: report.py DIRECTORY COMMIT RESULTS.json...
+"""Writes figures, tables and plots: report.py DIRECTORY COMMIT RESULTS.json...
 
-The results are those of imageop_bench, the first of the best vector target. Exit status 1 if a benchmark failed its
-check.
+The results are those of imageop_bench, the first of the best vector target. They replace the figures of this machine's
+maker in the directory; the tables and plots are of all figures there. Exit status 1 if a benchmark failed its check.
 """
-import csv
-import json
+import datetime
 import pathlib
-import platform
 import re
-import subprocess
 import sys
 
-MODES = ["Normal", "Multiply", "Screen", "Overlay", "HardLight", "Darken", "Lighten", "Difference", "Exclusion",
-         "ColorDodge", "ColorBurn", "SoftLight"]
+import figures
+import plots
+from figures import number
+from plots import MODES, hot
+
 CONTENTS = "abcde"
 FORMAT_BITS = {"4": 16, "5": 16, "6": 24, "7": 32, "8": 32, "9": 32}
 
 
-class Run:
-    """The medians of one run of the program: nanoseconds and pixels per second by benchmark name."""
-
-    def __init__(self, path):
-        with open(path) as file:
-            content = json.load(file)
-        self.target = content["context"]["target"]
-        self.compiler = content["context"]["compiler"]
-        self.failed = sorted({f'{b["run_name"]}: {b["error_message"]}'
-                              for b in content["benchmarks"] if b.get("error_occurred")})
-        self.ns, self.speed = {}, {}
-        for b in content["benchmarks"]:
-            if b.get("aggregate_name") != "median":
-                continue
-            name = b["run_name"].removesuffix("/manual_time")
-            self.ns[name] = b.get("ns", b["cpu_time"])
-            self.speed[name] = b.get("pixels_per_second", b.get("items_per_second"))
-
-    def ratio(self, name, to):
-        """How many times as fast `name` is; empty if one was not measured."""
-        return self.ns[to] / self.ns[name] if name in self.ns and to in self.ns else None
-
-    def ratios(self, case):
-        """Of a blend case, to the scalar loop, to memcpy and to pixman."""
-        _, pair, *_, size = case.split("/")
-        copy = f"Memcpy/{FORMAT_BITS[pair[0]]}bit/{size}"
-        return [self.ratio(f"Blend/{case}", to) for to in (f"Scalar/{case}", copy, f"Pixman/{case}")]
-
-    def mpixel(self, name):
-        return self.speed[name] / 1e6 if self.speed.get(name) else None
-
-
-def number(value):
-    if value is None:
-        return "–"
-    digits = 0 if value >= 20 else 1 if value >= 2 else 2 if value >= 0.095 else 3
-    return f"{value:.{digits}f}"
-
-
 def table(head, rows):
-    lines = ["| " + " | ".join(head) + " |", "|---" + "|--:" * (len(head) - 1) + "|"]
-    return lines + ["| " + " | ".join(row) + " |" for row in rows] + [""]
+    """@return lines; none without rows."""
+    lines = ["| " + " | ".join(row) + " |" for row in rows]
+    return ["| " + " | ".join(head) + " |", "|---" + "|--:" * (len(head) - 1) + "|", *lines, ""] if lines else []
 
 
-def hot(mode, content):
-    return f"{mode}/7<-7/{content}/rect/plain/256"
+def ratios(run, case):
+    """Of a blend case, to the scalar loop, to memcpy and to pixman."""
+    _, pair, *_, size = case.split("/")
+    copy = f"Memcpy/{FORMAT_BITS[pair[0]]}bit/{size}"
+    return [run.ratio(f"Blend/{case}", to) for to in (f"Scalar/{case}", copy, f"Pixman/{case}")]
+
+
+def pages(run):
+    """All calls of a page, and those that the plain loop and pixman make as well."""
+    head = ["page", "calls", "kpixel", "ns a call", "shared calls", "ns a call", "scalar", "pixman"]
+    lines = []
+    for group, title in {"own": "The project's own pages:", "others": "Other pages:"}.items():
+        rows, sums = [], {}
+        for name in [n for n in run.names(f"Pages/All/{group}/") if run.calls[f"Pages/All/{group}/{n}"]]:
+            keys = {way: f"Pages/{way}/{group}/{name}" for way in ("All", "Library", "Scalar", "Pixman")}
+            time = {way: run.ns.get(key, 0) * run.calls.get(key, 0) for way, key in keys.items()}
+            facts = [run.calls[keys["All"]], run.speed.get(keys["All"], 0) * time["All"] / 1e6, time["All"],
+                     run.calls[keys["Library"]], *(time[way] for way in ("Library", "Scalar", "Pixman"))]
+            rows.append((name, facts))
+            sums = [a + b for a, b in zip(sums or [0] * len(facts), facts)]
+        if rows:
+            lines += [title, ""] + table(head, [page_row(*row) for row in [("**sum**", sums), *rows]])
+    return lines
+
+
+def page_row(name, facts):
+    calls, kpixel, time, shared, library, scalar, pixman = facts
+    each = library / shared if shared else 0
+    return [name, str(calls), number(kpixel), number(time / calls), str(shared), number(each),
+            *(number(other / library if library else 0) for other in (scalar, pixman))]
+
+
+def masks(run):
+    kinds = dict.fromkeys(name.rpartition("/")[0] for name in run.names("Masks/Library/"))
+    return table(["source and mask", "16²", "64²", "256²"],
+                 ([kind.replace("/", ", "), *(run.cell(f"Masks/Library/{kind}/{size}", f"Masks/Pixman/{kind}/{size}")
+                                              for size in (16, 64, 256))] for kind in kinds))
+
+
+def pictures(run):
+    def cell(name):
+        return run.cell(f"Pictures/Library/{name}", f"Pictures/Pixman/{name}")
+
+    if not run.names("Pictures/"):
+        return []
+    return table(["Normal", "16²", "64²", "256²"],
+                 ([kind, *(cell(f"Normal/{kind}/{size}") for size in (16, 64, 256))] for kind in CONTENTS + "fo")
+                 ) + table(["256²", "d", "f", "o"],
+                           ([mode, *(cell(f"{mode}/{kind}/256") for kind in "dfo")] for mode in MODES))
+
+
+def groups(run):
+    def each(part, ending, content):
+        time = run.ns[f"Groups/{part}/{ending}/{content}"]
+        return number((time - run.ns[f"Groups/End/nothing/{content}"] if part == "End" else time) / 65536)
+
+    endings = [e for e in dict.fromkeys(n.partition("/")[0] for n in run.names("Groups/End/")) if e != "nothing"]
+    return table(["end", "over opaque", "over random", "all, over opaque", "all, over random"],
+                 ([e, *(each(part, e, c) for part in ("End", "All") for c in "bc")] for e in endings))
+
+
+def threads(run):
+    return table(["threads", "ms", "times as fast as one"],
+                 ([n, number(run.ns[f"Threads/{n}"] * run.calls[f"Threads/{n}"] / 1e6),
+                   number(run.ratio(f"Threads/{n}", "Threads/1"))] for n in run.names("Threads/")))
 
 
 def modes(run):
     cases = [[hot(mode, content) for content in CONTENTS] for mode in MODES]
-    lines = [f"## Modes, {run.target}", "", "Mpixel/s:", ""]
-    lines += table(["mode", *CONTENTS], ([m, *(number(run.mpixel(f"Blend/{c}")) for c in row)]
+    lines = ["Mpixel/s:", ""]
+    lines += table(["mode", *CONTENTS], ([m, *(number(run.speed.get(f"Blend/{c}")) for c in row)]
                                          for m, row in zip(MODES, cases)))
     lines += ["Times as fast as the scalar loop / memcpy / pixman:", ""]
-    return lines + table(["mode", *CONTENTS], ([m, *(" / ".join(map(number, run.ratios(c))) for c in row)]
+    return lines + table(["mode", *CONTENTS], ([m, *(" / ".join(map(number, ratios(run, c))) for c in row)]
                                                for m, row in zip(MODES, cases)))
 
 
@@ -85,107 +110,61 @@ def others(run):
         mode, pair, content, loop, form, size = case.split("/")
         plain = run.ratio(name, "Blend/" + hot(mode, content)) if size == "256" else None
         label = f"{mode} {pair.replace('<-', '←')} {content} {loop} {form} {size}²"
-        rows.append([label, number(run.mpixel(name)), *map(number, run.ratios(case)), number(plain)])
-    return ["## Formats, masks, groups and sizes", "",
-            "Times as fast as the scalar loop, memcpy, pixman, and as the same mode and content of the tables above:", ""
-            ] + table(["case", "Mpixel/s", "scalar", "memcpy", "pixman", "plain 7←7"], sorted(rows))
+        rows.append([label, number(run.speed.get(name)), *map(number, ratios(run, case)), number(plain)])
+    return table(["case", "Mpixel/s", "scalar", "memcpy", "pixman", "plain 7←7"], sorted(rows))
 
 
-def rest(run):
-    def of(kind):
-        return sorted(name.partition("/")[2] for name in run.ns if name.startswith(kind + "/"))
-
-    lines = ["## Set-up", ""]
-    lines += table(["what", "ns"], ([what, number(run.ns[f"Setup/{what}"])] for what in of("Setup")))
-    lines += ["## Loaders", "", "Against the bare library reading the same file; for the bitmap, reading its bytes.", ""]
-    lines += table(["file", "ms", "times as fast"],
-                   ([f, f'{run.ns[f"Load/{f}"] / 1e6:.3f}', number(run.ratio(f"Load/{f}", f"BareLoad/{f}"))]
-                    for f in of("Load")))
-    lines += ["## Utilities", "", "2048×2048 pixels; formats by their number. Times as fast as memcpy of the bytes:", ""]
-    return lines + table(["what", "ms", "memcpy"],
-                         ([u.replace("/format:", " "), f'{run.ns[f"Util/{u}"] / 1e6:.3f}',
-                           number(run.ratio(f"Util/{u}", f"Util/Memcpy/{u.partition('/')[2]}"))] for u in of("Util")))
+def setup(run):
+    return table(["what", "ns"], ([what, number(run.ns[f"Setup/{what}"])] for what in run.names("Setup/")))
 
 
-INTRODUCTION = """# How fast
-
-Written by `scripts/bench`; `scripts/bench-compare BEFORE.csv AFTER.csv` says what got slower by more than 10 %.
-
-{facts}
-
-Each figure is the median of interleaved repetitions on one core, each in turn the median of its paintings. Targets are
-put back, untimed, before each painting. Before it is timed, every case is checked to give the bytes of the scalar loop
-(pixman, which rounds: all but 1 % of the bytes within 3). The scalar loop goes pixel by pixel over the steps that
-define the result. memcpy copies as many bytes as the destination has. – means that there is no such operation.
-
-Contents: a opaque source at constant alpha 128 over opaque; b random source alpha over opaque; c random over random;
-d sprite (60 % transparent, 30 % opaque, 10 % edge pixels, in runs) over opaque; e the same over alpha 128. Pairs are
-the numbers of the destination's and the source's `PixelFormat`. Without another word: 256×256 pixels of 32-bit
-premultiplied colour onto the same. Images are painted whole, so that without a mask all rows make one span; a
-rectangle inside a wider image is painted row by row.
-
-![Speed by mode and content](speed.png)
-"""
+def loaders(run):
+    return table(["file", "ms", "times as fast"],
+                 ([f, f'{run.ns[f"Load/{f}"] / 1e6:.3f}', number(run.ratio(f"Load/{f}", f"BareLoad/{f}"))]
+                  for f in run.names("Load/")))
 
 
-def plot(runs, out):
-    series = [(run.target, run, "Blend") for run in reversed(runs)]
-    series += [("pixman", runs[0], "Pixman"), ("scalar loop", runs[0], "Scalar")]
-    series = [s for s in series if any(f"{s[2]}/{hot(m, 'a')}" in s[1].ns for m in MODES)]
-    blocks = []
-    for content in "abce":
-        rows = [" ".join([mode, *(str(run.mpixel(f"{kind}/{hot(mode, content)}") or "NaN") for _, run, kind in series)])
-                for mode in MODES]
-        blocks.append(f"$content_{content} << EOD\n" + "\n".join(rows) + "\nEOD\n")
-    titles = {"a": "a: constant alpha over opaque", "b": "b: random over opaque", "c": "c: random over random",
-              "e": "e: sprite over alpha 128"}
-    script = "".join(blocks) + f"""
-set terminal pngcairo size 1200,800 font "sans,10"
-set output "{out}"
-set multiplot layout 2,2
-set style data histograms
-set style fill solid
-set logscale y
-set yrange [10:30000]
-set ylabel "Mpixel/s"
-set grid ytics
-set xtics rotate by -35 scale 0
-set key top right horizontal samplen 1 width -2
-"""
-    for content, title in titles.items():
-        columns = ", ".join(f"$content_{content} using {i + 2}:xtic(1) title '{name.replace('_', ' ')}'"
-                            for i, (name, _, _) in enumerate(series))
-        script += f"set title '{title}'\nplot {columns}\n"
-    subprocess.run(["gnuplot"], input=script, text=True, check=True)
-
-
-def machine():
-    for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines():
-        if line.startswith("model name"):
-            return f"{line.partition(':')[2].strip()}, {platform.machine()}"
-    return platform.machine()
+def utilities(run):
+    return table(["what", "ms", "memcpy"],
+                 ([u.replace("/format:", " "), f'{run.ns[f"Util/{u}"] / 1e6:.3f}',
+                   number(run.ratio(f"Util/{u}", f"Util/Memcpy/{u.partition('/')[2]}"))] for u in run.names("Util/")))
 
 
 def main():
-    out, commit, runs = pathlib.Path(sys.argv[1]), sys.argv[2], [Run(path) for path in sys.argv[3:]]
-    failed = [failure for run in runs for failure in run.failed]
+    out, commit = pathlib.Path(sys.argv[1]), sys.argv[2]
+    results = [figures.read_results(path) for path in sys.argv[3:]]
+    failed = [failure for _, failures, _ in results for failure in failures]
     if failed:
         print("\n".join(failed), file=sys.stderr)
         return 1
-    facts = {"machine": machine(), "compiler": runs[0].compiler, "commit": commit}
-    with open(out / "figures.csv", "w", newline="") as file:
-        file.writelines(f"# {name}: {value}\n" for name, value in facts.items())
-        writer = csv.writer(file, lineterminator="\n")
-        writer.writerow(["target", "benchmark", "ns", "mpixel_per_s"])
-        for run in runs:
-            writer.writerows([run.target, name, f"{run.ns[name]:.1f}", f"{run.mpixel(name) or 0:.1f}"]
-                             for name in sorted(run.ns))
-    lines = [INTRODUCTION.format(facts="\n".join(f"- {name}: {value}" for name, value in facts.items()))]
-    for run in runs:
-        lines += modes(run)
-    lines += others(runs[0]) + rest(runs[0])
-    (out / "README.md").write_text("\n".join(lines).rstrip() + "\n")
-    plot(runs, out / "speed.png")
+    facts = {"machine": figures.machine(), "compiler": results[0][0]["compiler"], "commit": commit,
+             "date": datetime.date.today().isoformat()}
+    maker = re.match("[A-Za-z0-9]+", facts["machine"])[0].lower()
+    figures.write(out / f"figures-{maker}.csv", facts, [(context["target"], rows) for context, _, rows in results])
+    # This machine first.
+    files = sorted(out.glob("figures-*.csv"), key=lambda path: (path.stem != f"figures-{maker}", path.name))
+    machines = [figures.read(path) for path in files]
+    best = [runs[0] for _, runs in machines]
+
+    text = pathlib.Path(__file__).with_name("report.md.in").read_text()
+    lines = table(["machine", "compiler", "commit", "date", "targets"],
+                  ([f["machine"], f["compiler"], f["commit"], f["date"], ", ".join(r.target for r in runs)]
+                   for f, runs in machines))
+    sections = {"machines": "\n".join(lines)}
+    for section in (pages, masks, pictures, groups, threads, others, setup, loaders, utilities):
+        parts = [[f"{run.maker}, {run.target}:", "", *section(run)] for run in best if section(run)]
+        sections[section.__name__] = "\n".join(line for part in parts for line in part)
+    sections["beside"] = "\n".join(table(["mode", *CONTENTS], (
+        [m, *(" / ".join(number(run.ratio(f"Blend/{hot(m, c)}", f"Pixman/{hot(m, c)}")) for run in best)
+              for c in CONTENTS)] for m in MODES)))
+    sections["makers"] = " / ".join(run.maker for run in best)
+    sections["modes"] = "\n".join(line for _, runs in machines for run in runs
+                                  for line in [f"### {run.maker}, {run.target}", "", *modes(run)])
+    for name, value in sections.items():
+        text = text.replace("{" + name + "}", value.rstrip("\n"))
+    (out / "README.md").write_text(text)
+    plots.modes(machines[0][1], out / "speed.png")
+    plots.pages(best[0], out / "pages.png")
     return 0
 
 
