@@ -92,9 +92,9 @@ bool CPDFImageBlender::BeginGroup(const std::shared_ptr<IQorImage>& image, const
     if (pixels == 0) return true;
     std::shared_ptr<IQorImage> backdrop = ImageUtil::Clone(*image, nullptr, nullptr);
     if (!backdrop) return true;
-    std::vector<unsigned int> groupAlpha;
+    std::vector<unsigned int> groupAlpha = std::move(spareGroupAlpha_);
     if (pixels > groupAlpha.max_size()) throw std::bad_alloc();
-    groupAlpha.resize(static_cast<std::size_t>(pixels));
+    groupAlpha.assign(static_cast<std::size_t>(pixels), 0);
     groupStack_.push_back(GroupState{std::move(backdrop), image, heldObject, std::move(groupAlpha), knockout,
                                      keepBackdrop, plainResolve, nullptr});
     return true;
@@ -102,7 +102,9 @@ bool CPDFImageBlender::BeginGroup(const std::shared_ptr<IQorImage>& image, const
 
 bool CPDFImageBlender::EndGroup() {
     if (groupStack_.empty()) return false;
-    if (groupStack_.back().coverage) ResolveGroup(groupStack_.back());
+    GroupState& top = groupStack_.back();
+    if (top.coverage) ResolveGroup(top);
+    spareGroupAlpha_ = std::move(top.groupAlpha);
     groupStack_.pop_back();
     return true;
 }

@@ -69,6 +69,8 @@ private:
 
     // Destruction runs backwards: surface, rasterizer, image, then the groups that are still open.
     std::vector<GroupState> groupStack_;  ///< the last is the top
+    /// Memory of the last group, for the next one's alphas: fresh memory costs several times what painting on it does.
+    std::vector<unsigned int> spareGroupAlpha_;
     std::shared_ptr<IQorImage> image_;
     std::shared_ptr<IRasterizer> rasterizer_;
     std::shared_ptr<RasterSurface> surface_;  ///< only without an image

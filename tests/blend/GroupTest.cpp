@@ -129,6 +129,17 @@ TEST(Groups, NestAndPaintOnTheTopImageAlone) {
     EXPECT_EQ(Argb(surface->At(0, 0)), 0xFF010101U);
 }
 
+TEST(Groups, StartWithoutTheAlphasOfTheLastOne) {
+    const auto blender = BlenderOn(nullptr);
+    for (const unsigned char alpha : Bytes{200, 100}) {
+        const auto image = Row(Bgra32Premultiplied, {0, 0, 0, 0});
+        blender->BeginGroup(image, nullptr, false, false, false);
+        EXPECT_TRUE(Paint(*blender, {.source = Row(Bgr24, {255, 255, 255}), .coverage = kPixel(), .alpha = alpha}));
+        EXPECT_TRUE(blender->EndGroup());
+        EXPECT_EQ(image->Bytes(), Bytes(4, alpha));
+    }
+}
+
 TEST(Groups, TakeNoSourceThatOnlyASurfaceTakes) {
     const auto blender = BlenderOn(nullptr, std::make_shared<TestSurface>(1, 1));
     EXPECT_TRUE(Paint(*blender, {Row(Index8, {1}), kPixel()}));
