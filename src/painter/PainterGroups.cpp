@@ -131,7 +131,7 @@ void Painter::Implementation::OpenInBlender(const Level& group) {
     const Rectangle whole = WholeOf(*group.image);
     try {
         ranges_->ranges = {{0, 0, 0, whole.y1}, {0, 0, whole.x1, 0}};
-        blender_->Blend(group.image, coverage_, {0, 0}, nullptr, nullptr, {0, 0}, 255, BlendMode::Normal, painted_);
+        Blend(group.image, {0, 0}, nullptr, nullptr, {0, 0}, 255, BlendMode::Normal);
     } catch (...) {
         blender_->EndGroup();
         throw;
@@ -165,8 +165,7 @@ PaintResult Painter::Implementation::CopyBack(const Level& group) {
     const PaintResult refusal = CheckPage();
     if (refusal != PaintResult::Painted) return refusal;
     ranges_->ranges.clear();
-    shape_.assign(1, group.bounds);
-    AddVisible(shape_, group.bounds);
+    AddVisible(nullptr, group.bounds);
     for (const Rectangle& r : ranges_->ranges) {
         // Copy does nothing where the target's position is beyond the end of the source's range: it starts at (0, 0).
         ImageView target = PagePart(r);

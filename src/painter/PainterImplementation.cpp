@@ -16,17 +16,14 @@ private:
 };
 
 /// Whether an image's pixels can be reached. Its format is one.
-PaintResult CheckPixels(const IQorImage& image) {
-    const unsigned int bits = BitsPerPixel(image.GetPixelFormat());
-    if (std::uint64_t{image.GetWidth()} * bits + 8 * (std::uint64_t{image.GetAlignment()} + 1) >= 1U << 31) {
-        return PaintResult::TooWide;
-    }
-    return image.GetPixelData() == nullptr ? PaintResult::NoPixels : PaintResult::Painted;
+PaintResult CheckPixels(const ImageFacts& image) {
+    if (image.IsTooWide()) return PaintResult::TooWide;
+    return image.hasPixels ? PaintResult::Painted : PaintResult::NoPixels;
 }
 
-bool IsStencil(const Paint& paint) {
+bool IsStencil(const Paint& paint, const ImageFacts& mask) {
     const IPDFTransferFunction* const transfer = paint.maskTransfer.get();
-    return paint.mask->GetPixelFormat() == PixelFormat::Index1 &&
+    return mask.format == PixelFormat::Index1 &&
            (transfer == nullptr || (transfer->GetType() == IPDFTransferFunction::Type::Identity &&
                                     transfer->GetSourceType() == IPDFTransferFunction::SourceType::Alpha));
 }
@@ -51,10 +48,6 @@ std::array<Rectangle, 4> Around(const Rectangle& outer, const Rectangle& inner) 
 bool IsNear(const Rectangle& r) {
     constexpr int far = 1 << 28;
     return r.x0 > -far && r.y0 > -far && r.x1 < far && r.y1 < far;
-}
-
-Rectangle PlaceOf(const IQorImage& image, const Point<int, 2>& at) {
-    return RectangleAt(at, image.GetWidth(), image.GetHeight());
 }
 
 /// Stands for no mask and no function in a `Blend`.
@@ -83,22 +76,22 @@ void Painter::Implementation::SetClip(const std::vector<Rectangle>& rectangles) 
 
 PaintResult Painter::Implementation::CheckPage() const {
     if (surface_) return PaintResult::Painted;
-    if (!page_) return PaintResult::NoPixels;
-    const PixelFormat format = page_->GetPixelFormat();
-    return BitsPerPixel(format) < 16 ? PaintResult::TargetFormat : CheckPixels(*page_);
+    const std::optional<ImageFacts> page = FactsOf(page_);
+    if (!page) return PaintResult::NoPixels;
+    return BitsPerPixel(page->format) < 16 ? PaintResult::TargetFormat : CheckPixels(*page);
 }
 
-PaintResult Painter::Implementation::CheckPaint(const Paint& paint) const {
+PaintResult Painter::Implementation::CheckPaint(const Paint& paint, const std::optional<ImageFacts>& mask) const {
     if (static_cast<unsigned int>(paint.mode) >= kBlendModeCount) return PaintResult::NoSuchMode;
-    if (!paint.mask) return PaintResult::Painted;
-    if (BitsPerPixel(paint.mask->GetPixelFormat()) == 0) return PaintResult::MaskFormat;
-    if (!paint.maskTransfer && !IsStencil(paint)) return PaintResult::MaskWithoutFunction;
-    return CheckPixels(*paint.mask);
+    if (!mask) return PaintResult::Painted;
+    if (BitsPerPixel(mask->format) == 0) return PaintResult::MaskFormat;
+    if (!paint.maskTransfer && !IsStencil(paint, *mask)) return PaintResult::MaskWithoutFunction;
+    return CheckPixels(*mask);
 }
 
-PaintResult Painter::Implementation::CheckPicture(const IQorImage* picture) const {
-    if (picture == nullptr) return PaintResult::NoPixels;
-    const PixelFormat format = picture->GetPixelFormat();
+PaintResult Painter::Implementation::CheckPicture(const std::optional<ImageFacts>& picture) const {
+    if (!picture) return PaintResult::NoPixels;
+    const PixelFormat format = picture->format;
     const bool painted = OnSurface() ? BitsPerPixel(format) != 0
                                      : format >= PixelFormat::Rgb555 && format <= PixelFormat::Bgra32Inverted;
     return painted ? CheckPixels(*picture) : PaintResult::SourceFormat;
@@ -111,20 +104,21 @@ Rectangle Painter::Implementation::VisibleBox(const Rectangle& rectangle) const 
 
 PaintResult Painter::Implementation::Draw(const std::shared_ptr<IQorImage>& picture, const Point<int, 2>& at,
                                           const Paint& paint) {
+    const std::optional<ImageFacts> facts = FactsOf(picture);
+    const std::optional<ImageFacts> mask = FactsOf(paint.mask);
     PaintResult refusal = levels_.back().refusal;
-    if (refusal == PaintResult::Painted) refusal = CheckPicture(picture.get());
-    if (refusal == PaintResult::Painted) refusal = CheckPaint(paint);
+    if (refusal == PaintResult::Painted) refusal = CheckPicture(facts);
+    if (refusal == PaintResult::Painted) refusal = CheckPaint(paint, mask);
     if (refusal != PaintResult::Painted) return refusal;
-    const Rectangle whole = PlaceOf(*picture, at);
-    shape_.assign(1, whole);
-    const Source source{picture, at, MayHaveClearPixels(picture->GetPixelFormat()), paint.alpha};
-    return PaintShape(source, shape_, VisibleBox(whole), paint);
+    const Source source{picture, at, MayHaveClearPixels(facts->format), paint.alpha};
+    return PaintShape(source, nullptr, VisibleBox(facts->PlaceAt(at)), paint, mask);
 }
 
 PaintResult Painter::Implementation::Fill(std::span<const Rectangle> rectangles, const Color& color,
                                           const Paint& paint) {
+    const std::optional<ImageFacts> mask = FactsOf(paint.mask);
     PaintResult refusal = levels_.back().refusal;
-    if (refusal == PaintResult::Painted) refusal = CheckPaint(paint);
+    if (refusal == PaintResult::Painted) refusal = CheckPaint(paint, mask);
     if (refusal != PaintResult::Painted) return refusal;
     if (AreBands(rectangles)) {
         shape_.assign(rectangles.begin(), rectangles.end());
@@ -139,7 +133,7 @@ PaintResult Painter::Implementation::Fill(std::span<const Rectangle> rectangles,
         for (int x = box.x0; x < box.x1;) {
             const int right = StepEnd(x, ColorSheet::kWidth, box.x1);
             const Source source{sheet_.Get(color, bottom - y), {x, y}, false, alpha};
-            const PaintResult part = PaintShape(source, shape_, {x, y, right, bottom}, paint);
+            const PaintResult part = PaintShape(source, &shape_, {x, y, right, bottom}, paint, mask);
             if (part == PaintResult::NoPixels) return part;
             if (part == PaintResult::Painted) result = part;
             x = right;
@@ -150,22 +144,22 @@ PaintResult Painter::Implementation::Fill(std::span<const Rectangle> rectangles,
 }
 
 /// Paints what can be seen of a shape in a box, which lies in the visible part of the page, first inside the mask.
-PaintResult Painter::Implementation::PaintShape(const Source& source, const Bands& shape, const Rectangle& box,
-                                                const Paint& paint) {
+/// @param shape null for all of the box.
+PaintResult Painter::Implementation::PaintShape(const Source& source, const Bands* shape, const Rectangle& box,
+                                                const Paint& paint, const std::optional<ImageFacts>& mask) {
     if (source.alpha == 0 || IsEmpty(box)) return PaintResult::NothingToPaint;
     bool some = false;
     Rectangle inside{};
-    if (paint.mask) {
-        const Rectangle maskPlace = PlaceOf(*paint.mask, paint.maskAt);
-        inside = Intersection(box, maskPlace);
+    if (mask) {
+        inside = Intersection(box, mask->PlaceAt(paint.maskAt));
         ranges_->ranges.clear();
         if (!IsEmpty(inside)) AddVisible(shape, inside);
         if (!ranges_->ranges.empty()) {
-            if (!BlendInside(source, inside, maskPlace, paint)) return PaintResult::NoPixels;
+            if (!BlendInside(source, inside, paint, *mask)) return PaintResult::NoPixels;
             some = !ranges_->ranges.empty();
         }
     }
-    if (!paint.mask || paint.outsideMask) {
+    if (!mask || paint.outsideMask) {
         ranges_->ranges.clear();
         for (const Rectangle& part : Around(box, inside)) {
             if (!IsEmpty(part)) AddVisible(shape, part);
@@ -180,15 +174,26 @@ PaintResult Painter::Implementation::PaintShape(const Source& source, const Band
     return PaintResult::Painted;
 }
 
-/// Adds what can be seen of a shape in a box to the ranges.
-void Painter::Implementation::AddVisible(const Bands& shape, const Rectangle& box) {
-    if (!clip_) {
-        AppendIntersection(shape, box, ranges_->ranges);
-        return;
+/// Adds what can be seen of a shape in a box to the ranges. @param shape null for all of the box.
+void Painter::Implementation::AddVisible(const Bands* shape, const Rectangle& box) {
+    std::vector<Rectangle>& parts = clip_ ? visible_ : ranges_->ranges;
+    if (clip_) visible_.clear();
+    if (shape != nullptr) {
+        AppendIntersection(*shape, box, parts);
+    } else {
+        parts.push_back(box);
     }
-    visible_.clear();
-    AppendIntersection(shape, box, visible_);
+    if (!clip_) return;
     for (const Rectangle& r : visible_) AppendIntersection(clip_->bands, r, ranges_->ranges);
+}
+
+/// Paints the ranges. The blender's copy of them is looked at by nobody.
+bool Painter::Implementation::Blend(const std::shared_ptr<IQorImage>& source, const Point<int, 2>& offset,
+                                    const std::shared_ptr<IQorImage>& mask,
+                                    const std::shared_ptr<IPDFTransferFunction>& maskTransfer,
+                                    const Point<int, 2>& maskOffset, unsigned char alpha, BlendMode mode) {
+    ranges_->Reuse(static_cast<RangeList&>(*painted_));
+    return blender_->Blend(source, coverage_, offset, mask, maskTransfer, maskOffset, alpha, mode, painted_);
 }
 
 /// Without a mask a range is a place in the target, also where a group notes it.
@@ -200,18 +205,18 @@ bool Painter::Implementation::BlendUnmasked(const Source& source, const Paint& p
         elementShape_.CutToPicture(ranges_->ranges, *source.image, Difference(source.at, level.origin));
     }
     if (ranges_->ranges.empty()) return true;
-    return blender_->Blend(source.image, coverage_, offset, kNoMask, kNoTransfer, {0, 0}, source.alpha, paint.mode,
-                           painted_);
+    return Blend(source.image, offset, kNoMask, kNoTransfer, {0, 0}, source.alpha, paint.mode);
 }
 
 /// Paints the ranges, which lie inside the mask.
-bool Painter::Implementation::BlendInside(const Source& source, const Rectangle& box, const Rectangle& maskPlace,
-                                          const Paint& paint) {
+bool Painter::Implementation::BlendInside(const Source& source, const Rectangle& box, const Paint& paint,
+                                          const ImageFacts& mask) {
     // A stencil leaves alphas out in groups, and with Normal at full alpha it copies clear pixels. There it is taken
     // for the runs of pixels that it paints.
     const bool copies = source.hasAlpha && source.alpha == 255 && paint.mode == BlendMode::Normal;
-    if (!IsStencil(paint) || !(levels_.back().image || copies)) {
-        const bool near = IsNear(maskPlace) && IsNear({source.at.x, source.at.y, source.at.x, source.at.y});
+    if (!IsStencil(paint, mask) || !(levels_.back().image || copies)) {
+        const bool near =
+            IsNear(mask.PlaceAt(paint.maskAt)) && IsNear({source.at.x, source.at.y, source.at.x, source.at.y});
         return near && !levels_.back().image ? BlendMasked(source, paint) : BlendMaskedParts(source, box, paint);
     }
     elementShape_.CutToStencil(ranges_->ranges, *paint.mask, paint.maskAt);
@@ -221,8 +226,8 @@ bool Painter::Implementation::BlendInside(const Source& source, const Rectangle&
 /// With a mask a range is a place in the source, and the target lies at the range plus the offset.
 bool Painter::Implementation::BlendMasked(const Source& source, const Paint& paint) {
     for (Rectangle& r : ranges_->ranges) r = Moved(r, source.at);
-    return blender_->Blend(source.image, coverage_, source.at, paint.mask, paint.maskTransfer,
-                           Difference(paint.maskAt, source.at), source.alpha, paint.mode, painted_);
+    return Blend(source.image, source.at, paint.mask, paint.maskTransfer, Difference(paint.maskAt, source.at),
+                 source.alpha, paint.mode);
 }
 
 /// The same with ranges that count from the box, as parts of source and mask do that start there: a group notes the
@@ -248,8 +253,8 @@ bool Painter::Implementation::BlendMaskedParts(const Source& source, const Recta
         elementShape_.CutToMask(ranges_->ranges, *maskView_, maskOffset, *paint.maskTransfer);
         if (ranges_->ranges.empty()) return true;
     }
-    return blender_->Blend(sourcePart_, coverage_, Difference(start, level.origin), maskPart_, paint.maskTransfer,
-                           maskOffset, source.alpha, paint.mode, painted_);
+    return Blend(sourcePart_, Difference(start, level.origin), maskPart_, paint.maskTransfer, maskOffset, source.alpha,
+                 paint.mode);
 }
 
 }  // namespace vantu

@@ -5,11 +5,13 @@
 #include <vantu/Painter.h>
 
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
 #include "painter/ColorSheet.h"
 #include "painter/ElementShape.h"
+#include "painter/ImageFacts.h"
 #include "painter/ImageView.h"
 #include "painter/RangeList.h"
 #include "painter/Rectangles.h"
@@ -58,15 +60,19 @@ private:
     };
 
     [[nodiscard]] PaintResult CheckPage() const;
-    [[nodiscard]] PaintResult CheckPaint(const Paint& paint) const;
-    [[nodiscard]] PaintResult CheckPicture(const IQorImage* picture) const;
+    [[nodiscard]] PaintResult CheckPaint(const Paint& paint, const std::optional<ImageFacts>& mask) const;
+    [[nodiscard]] PaintResult CheckPicture(const std::optional<ImageFacts>& picture) const;
     [[nodiscard]] bool OnSurface() const { return surface_ != nullptr && !levels_.back().image; }
     [[nodiscard]] Rectangle VisibleBox(const Rectangle& rectangle) const;
 
-    PaintResult PaintShape(const Source& source, const Bands& shape, const Rectangle& box, const Paint& paint);
-    void AddVisible(const Bands& shape, const Rectangle& box);
+    PaintResult PaintShape(const Source& source, const Bands* shape, const Rectangle& box, const Paint& paint,
+                           const std::optional<ImageFacts>& mask);
+    void AddVisible(const Bands* shape, const Rectangle& box);
+    bool Blend(const std::shared_ptr<IQorImage>& source, const Point<int, 2>& offset,
+               const std::shared_ptr<IQorImage>& mask, const std::shared_ptr<IPDFTransferFunction>& maskTransfer,
+               const Point<int, 2>& maskOffset, unsigned char alpha, BlendMode mode);
     bool BlendUnmasked(const Source& source, const Paint& paint);
-    bool BlendInside(const Source& source, const Rectangle& box, const Rectangle& maskPlace, const Paint& paint);
+    bool BlendInside(const Source& source, const Rectangle& box, const Paint& paint, const ImageFacts& mask);
     bool BlendMasked(const Source& source, const Paint& paint);
     bool BlendMaskedParts(const Source& source, const Rectangle& box, const Paint& paint);
 
@@ -91,7 +97,7 @@ private:
     const std::shared_ptr<IPDFImageBlender::Coverage> coverage_ = ranges_;
     const std::shared_ptr<IQorImage> sourcePart_ = sourceView_;
     const std::shared_ptr<IQorImage> maskPart_ = maskView_;
-    std::shared_ptr<IPDFImageBlender::Coverage> painted_;
+    std::shared_ptr<IPDFImageBlender::Coverage> painted_ = std::make_shared<RangeList>();  ///< a copy of the ranges
     Bands shape_;
     std::vector<Rectangle> visible_;
     ColorSheet sheet_;

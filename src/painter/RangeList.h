@@ -2,6 +2,9 @@
 
 #include <vantu/IPDFImageBlender.h>
 
+#include <memory>
+#include <vector>
+
 #include "painter/Rectangles.h"
 
 namespace vantu {
@@ -9,7 +12,14 @@ namespace vantu {
 /// A coverage that keeps its ranges as they are: none is joined to another. Those it is given do not overlap.
 class RangeList : public IPDFImageBlender::Coverage {
 public:
-    [[nodiscard]] Coverage* Clone() const override { return new RangeList(*this); }
+    [[nodiscard]] Coverage* Clone() const override {
+        auto copy = std::make_unique<RangeList>();
+        copy->ranges.swap(spare_);
+        copy->ranges = ranges;
+        return copy.release();
+    }
+    /// Keeps the memory of a copy that is no longer looked at for the next copy.
+    void Reuse(RangeList& copy) { spare_.swap(copy.ranges); }
     void AddCoverage(const Coverage& other) override {
         const std::size_t count = other.GetRanges().size();  // `other` may be this one
         ranges.reserve(ranges.size() + count);
@@ -19,6 +29,9 @@ public:
     [[nodiscard]] const std::vector<Rectangle>& GetRanges() const override { return ranges; }
 
     std::vector<Rectangle> ranges;
+
+private:
+    mutable std::vector<Rectangle> spare_;
 };
 
 }  // namespace vantu
