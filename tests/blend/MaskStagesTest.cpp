@@ -111,6 +111,62 @@ TEST_P(MaskStagesOn, MixOpaqueRowsAsTheStepsDo) {
     }
 }
 
+/// All colours with a blue.
+Bytes ColorsOf(unsigned int blue) {
+    Bytes packed;
+    packed.reserve(0x10000 * kPackedBytes);
+    for (unsigned int i = 0; i < 0x10000; ++i) {
+        for (const unsigned int byte : {blue, i & 255, i >> 8, 255U})
+            packed.push_back(static_cast<unsigned char>(byte));
+    }
+    return packed;
+}
+
+/// Luminosities by stages, 255 for those that these cannot tell.
+Bytes Luminosities(const MaskStages& stages, const Bytes& packed, const ByteTable& ofGrey) {
+    Bytes bytes(packed.size() / kPackedBytes);
+    std::vector<std::uint16_t> unknown(bytes.size());
+    const std::size_t unknowns = stages.luminosities(packed.data(), bytes.size(), ofGrey, bytes.data(), unknown.data());
+    for (std::size_t i = 0; i < unknowns; ++i) bytes[unknown[i]] = 255;
+    return bytes;
+}
+
+TEST(MaskStages, TellLuminositiesOfAllColorsAsTheDoublesDo) {
+    const CIdentityPDFTransferFunction identity(IPDFTransferFunction::SourceType::Luminosity);
+    ByteTable bytes, ofOpaque;
+    for (unsigned int grey = 0; grey < 256; ++grey) {
+        const double opacity = identity.ComputeAlpha(Color(grey * 0x010101));
+        bytes[grey] = static_cast<unsigned char>(GroupMaskByte(opacity));
+        ofOpaque[grey] = static_cast<unsigned char>(PlainMaskOpacity(255, 255, opacity));
+    }
+    std::size_t unknown = 0;
+    for (unsigned int blue = 0; blue < 256; ++blue) {
+        const Bytes packed = ColorsOf(blue);
+        const Bytes inGroup = Luminosities(ScalarMaskStages(), packed, bytes);
+        const Bytes outside = Luminosities(ScalarMaskStages(), packed, ofOpaque);
+        for (unsigned int i = 0; i < 0x10000; ++i) {
+            const double opacity = identity.ComputeAlpha(Color((i >> 8) << 16 | (i & 255) << 8 | blue));
+            const bool white = i == 0xFFFF && blue == 255;
+            unknown += inGroup[i] == 255 && !white;
+            ASSERT_TRUE(inGroup[i] == GroupMaskByte(opacity) || (inGroup[i] == 255 && !white)) << i << ' ' << blue;
+            ASSERT_TRUE(outside[i] == PlainMaskOpacity(255, 255, opacity) || (outside[i] == 255 && !white));
+        }
+    }
+    EXPECT_LT(unknown, 0x1000000 / 90);
+}
+
+TEST_P(MaskStagesOn, TellLuminositiesAsPlainLoopsDo) {
+    ByteTable ofGrey;
+    for (unsigned int grey = 0; grey < 256; ++grey) ofGrey[grey] = static_cast<unsigned char>(grey * 7);
+    for (unsigned int blue = 0; blue < 256; blue += 5) {
+        Bytes packed = ColorsOf(blue);
+        packed.resize(packed.size() - blue % 70 * kPackedBytes);
+        const Bytes expected = Luminosities(ScalarMaskStages(), packed, ofGrey);
+        const ForcedTarget forced(GetParam());
+        ASSERT_EQ(expected, Luminosities(ActiveMaskStages(), packed, ofGrey)) << blue;
+    }
+}
+
 TEST_P(MaskStagesOn, ScaleEveryAlphaByEveryOpacityAsTheStepDoes) {
     using SourceType = IPDFTransferFunction::SourceType;
     for (const SourceType type : {SourceType::Alpha, SourceType::Luminosity}) {

@@ -16,10 +16,6 @@ namespace {
 
 using SourceType = IPDFTransferFunction::SourceType;
 
-bool IsIdentity(const IPDFTransferFunction& transfer) {
-    return typeid(transfer) == typeid(CIdentityPDFTransferFunction);
-}
-
 /// The opaque greys, by their value.
 constexpr std::array<Color, 256> kGreys = [] {
     std::array<Color, 256> greys{};
@@ -31,30 +27,28 @@ bool IsGreyRamp(const ColorMap& palette) {
     return palette.GetSize() >= kGreys.size() && std::memcmp(&palette[0], kGreys.data(), sizeof kGreys) == 0;
 }
 
-/// What an identity makes of each value of its source.
-struct Identity {
-    explicit Identity(SourceType source) {
-        const CIdentityPDFTransferFunction transfer(source);
-        for (unsigned int value = 0; value < opacities.size(); ++value) {
-            Color color = kGreys[value];
-            color.SetAlpha(static_cast<unsigned char>(source == SourceType::Alpha ? value : 255));
-            opacities[value] = transfer.ComputeAlpha(color);
-            bytes[value] = static_cast<unsigned char>(GroupMaskByte(opacities[value]));
-            ofOpaque[value] = static_cast<unsigned char>(PlainMaskOpacity(255, 255, opacities[value]));
-        }
+}  // namespace
+
+IdentityOpacities::IdentityOpacities(SourceType source) {
+    const CIdentityPDFTransferFunction transfer(source);
+    for (unsigned int value = 0; value < opacities.size(); ++value) {
+        Color color = kGreys[value];
+        color.SetAlpha(static_cast<unsigned char>(source == SourceType::Alpha ? value : 255));
+        opacities[value] = transfer.ComputeAlpha(color);
+        bytes[value] = static_cast<unsigned char>(GroupMaskByte(opacities[value]));
+        ofOpaque[value] = static_cast<unsigned char>(PlainMaskOpacity(255, 255, opacities[value]));
     }
+}
 
-    std::array<double, 256> opacities;
-    ByteTable bytes;
-    ByteTable ofOpaque;  ///< at full constant alpha, outside groups
-};
-
-const Identity& IdentityOf(SourceType source) {
-    static const std::array<Identity, 2> identities = {Identity(SourceType::Alpha), Identity(SourceType::Luminosity)};
+const IdentityOpacities& IdentityOf(SourceType source) {
+    static const std::array<IdentityOpacities, 2> identities = {IdentityOpacities(SourceType::Alpha),
+                                                                IdentityOpacities(SourceType::Luminosity)};
     return identities[source == SourceType::Alpha ? 0 : 1];
 }
 
-}  // namespace
+bool IsIdentity(const IPDFTransferFunction& transfer) {
+    return typeid(transfer) == typeid(CIdentityPDFTransferFunction);
+}
 
 bool IsOwnTransferFunction(const IPDFTransferFunction& transfer) {
     const SourceType source = transfer.GetSourceType();
@@ -84,7 +78,7 @@ KeyOpacities::KeyOpacities(const IQorImage& mask, MaskKey kind, const IPDFTransf
 
 /// Takes the tables of the identity, where the key is the value of its source.
 void KeyOpacities::TakeIdentity() {
-    const Identity& identity = IdentityOf(transfer_.GetSourceType());
+    const IdentityOpacities& identity = IdentityOf(transfer_.GetSourceType());
     identity_ = allInRange_ = true;
     opacities_ = &identity.opacities;
     bytes_ = &identity.bytes;

@@ -29,6 +29,20 @@ enum class MaskKey {
     Color,
 };
 
+/// What an identity makes of each value of its source.
+struct IdentityOpacities {
+    explicit IdentityOpacities(IPDFTransferFunction::SourceType source);
+
+    std::array<double, 256> opacities;
+    ByteTable bytes;     ///< the same cut to 8 bits
+    ByteTable ofOpaque;  ///< effective alphas of an opaque source at full constant alpha, outside groups
+};
+
+const IdentityOpacities& IdentityOf(IPDFTransferFunction::SourceType source);
+
+/// Whether a transfer function is the library's identity.
+bool IsIdentity(const IPDFTransferFunction& transfer);
+
 /// Opacities by a pixel's key, a byte, for a transfer function of the library's own. A key is learnt when it first
 /// occurs; the identities have tables that serve all calls.
 class KeyOpacities {

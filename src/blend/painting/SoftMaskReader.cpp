@@ -38,13 +38,7 @@ SoftMaskReader::SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction
       group_(group),
       key_(KeyOf(mask, transfer)),
       opacities_(mask, key_, transfer, alpha, group) {
-    if (key_ == MaskKey::Color) {
-        remembered_ = std::make_unique<Remembered[]>(kRemembered);
-        const double black = transfer_.ComputeAlpha(Color(ARGB_BLACK));
-        for (std::size_t i = 0; i < kRemembered; ++i) remembered_[i] = {0, black};
-    } else if (pixels >= kManyPixels) {
-        opacities_.LearnAll();
-    }
+    if (key_ != MaskKey::Color && pixels >= kManyPixels) opacities_.LearnAll();
 }
 
 /// The keys of `count` pixels of a row from x on.
@@ -80,44 +74,69 @@ std::optional<PixelRows<const unsigned char>> SoftMaskReader::ReadKeys(unsigned 
 
 double SoftMaskReader::OpacityOfColor(const unsigned char* bgr) {
     const std::uint32_t rgb = bgr[0] | std::uint32_t{bgr[1]} << 8 | std::uint32_t{bgr[2]} << 16;
+    if (!remembered_) {
+        remembered_ = std::make_unique<Remembered[]>(kRemembered);
+        const double black = transfer_.ComputeAlpha(Color(ARGB_BLACK));
+        for (std::size_t i = 0; i < kRemembered; ++i) remembered_[i] = {0, black};
+    }
     Remembered& entry = remembered_[(rgb * 0x9E3779B1U) >> 22];
     if (entry.color != rgb) entry = {rgb, transfer_.ComputeAlpha(Color(ARGB_BLACK | rgb))};
     return entry.opacity;
 }
 
-/// Reads the opacities of pixels of a row, the first of them as number `first`.
-bool SoftMaskReader::ReadOpacitiesOfColors(const unsigned char* row, unsigned int x, std::size_t count,
-                                           std::size_t first) {
+/// The colours of `count` pixels of a row from x on, straight.
+void SoftMaskReader::ReadColorsOfRow(const unsigned char* row, unsigned int x, std::size_t count,
+                                     unsigned char* packed) const {
     const SpanCodec& codec = ActiveSpanCodecs().Of(format_);
-    codec.read({row + std::size_t{x} * codec.bytesPerPixel, 0, 1}, count, packed_.data());
-    for (std::size_t i = 0; i < count; ++i) {
-        unsigned char* const pixel = packed_.data() + i * kPackedBytes;
-        // Only the colour counts here: a premultiplied one is made straight.
-        if (codec.colors == PackedColors::Premultiplied && pixel[3] != 255) {
-            for (int c = 0; c < 3; ++c) pixel[c] = Unpremultiply(pixel[c], pixel[3]);
-        }
-        const double opacity = OpacityOfColor(pixel);
-        if (!InRange(opacity)) return false;
-        opacity_[first + i] = opacity;
-        bytes_[first + i] = static_cast<unsigned char>(GroupMaskByte(opacity));
+    codec.read({row + std::size_t{x} * codec.bytesPerPixel, 0, 1}, count, packed);
+    if (codec.colors != PackedColors::Premultiplied || AllOpaque(packed, count)) return;
+    for (std::size_t i = 0; i < count; ++i, packed += kPackedBytes) {
+        for (int c = 0; c < 3; ++c) packed[c] = Unpremultiply(packed[c], packed[3]);
     }
-    return true;
 }
 
 bool SoftMaskReader::Read(unsigned int x, unsigned int y, std::size_t width, std::size_t height,
                           const unsigned char* source, unsigned char* effective) {
     const std::size_t count = width * height;
-    if (key_ != MaskKey::Color) {
-        for (std::size_t row = 0; row < height; ++row) {
-            ReadKeysOfRow(rows_.Row(y + row), x, width, keys_.data() + row * width);
-        }
-        return ReadByKeys(source, count, effective);
-    }
+    const bool byColor = key_ == MaskKey::Color;
     for (std::size_t row = 0; row < height; ++row) {
-        if (!ReadOpacitiesOfColors(rows_.Row(y + row), x, width, row * width)) return false;
+        const unsigned char* const pixels = rows_.Row(y + row);
+        if (byColor) {
+            ReadColorsOfRow(pixels, x, width, packed_.data() + row * width * kPackedBytes);
+        } else {
+            ReadKeysOfRow(pixels, x, width, keys_.data() + row * width);
+        }
+    }
+    return byColor ? ReadByColors(source, count, effective) : ReadByKeys(source, count, effective);
+}
+
+bool SoftMaskReader::ReadByColors(const unsigned char* source, std::size_t count, unsigned char* effective) {
+    if (IsIdentity(transfer_) && group_) {
+        ReadLuminosities(count, IdentityOf(transfer_.GetSourceType()).bytes, bytes_.data());
+    } else if (IsIdentity(transfer_) && alpha_ == 255 && AllOpaque(source, count)) {
+        ReadLuminosities(count, IdentityOf(transfer_.GetSourceType()).ofOpaque, effective);
+        return true;
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
+            const double opacity = OpacityOfColor(packed_.data() + i * kPackedBytes);
+            if (!InRange(opacity)) return false;
+            opacity_[i] = opacity;
+            bytes_[i] = static_cast<unsigned char>(GroupMaskByte(opacity));
+        }
     }
     Scale(source, count, effective);
     return true;
+}
+
+/// The luminosities of colours as bytes: what groups cut them to, and the effective alphas of an opaque source outside.
+void SoftMaskReader::ReadLuminosities(std::size_t count, const ByteTable& ofGrey, unsigned char* bytes) {
+    std::array<std::uint16_t, kMostPixels> unknown;
+    const std::size_t unknowns = ActiveMaskStages().luminosities(packed_.data(), count, ofGrey, bytes, unknown.data());
+    for (std::size_t i = 0; i < unknowns; ++i) {
+        const double opacity = OpacityOfColor(packed_.data() + unknown[i] * kPackedBytes);
+        bytes[unknown[i]] =
+            static_cast<unsigned char>(group_ ? GroupMaskByte(opacity) : PlainMaskOpacity(255, 255, opacity));
+    }
 }
 
 bool SoftMaskReader::ReadByKeys(const unsigned char* source, std::size_t count, unsigned char* effective) {

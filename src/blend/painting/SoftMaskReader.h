@@ -50,7 +50,9 @@ private:
     static constexpr std::size_t kManyPixels = 8192;
 
     void ReadKeysOfRow(const unsigned char* row, unsigned int x, std::size_t count, unsigned char* keys) const;
-    bool ReadOpacitiesOfColors(const unsigned char* row, unsigned int x, std::size_t count, std::size_t first);
+    void ReadColorsOfRow(const unsigned char* row, unsigned int x, std::size_t count, unsigned char* packed) const;
+    bool ReadByColors(const unsigned char* source, std::size_t count, unsigned char* effective);
+    void ReadLuminosities(std::size_t count, const ByteTable& ofGrey, unsigned char* bytes);
     bool ReadByKeys(const unsigned char* source, std::size_t count, unsigned char* effective);
     void Scale(const unsigned char* source, std::size_t count, unsigned char* effective) const;
     double OpacityOfColor(const unsigned char* bgr);

@@ -53,6 +53,12 @@ struct MaskStages {
     /// `alpha` where they are 0.
     std::size_t (*byBits)(const MixedRows& rows, const PixelRows<const unsigned char>& bits, std::size_t first,
                           std::uint32_t alpha);
+    /// floor(255 * luminosity) of packed opaque pixels in the doubles that define it, all roundings included.
+    /// @param ofGrey the same of greys. @param unknown gets the places of pixels that it cannot tell: colours that are
+    /// no grey, of which 255 * luminosity is a whole number but for roundings.
+    /// @return how many those are.
+    std::size_t (*luminosities)(const unsigned char* packed, std::size_t count, const ByteTable& ofGrey,
+                                unsigned char* bytes, std::uint16_t* unknown);
     /// The bytes of keys.
     void (*lookUp)(const unsigned char* keys, std::size_t count, const ByteTable& table, unsigned char* bytes);
     /// Effective alphas of any source, outside groups at full constant alpha.

@@ -45,6 +45,20 @@ std::size_t MixByBits(const MixedRows& rows, const PixelRows<const unsigned char
     });
 }
 
+/// 255 * luminosity is (30*R + 59*G + 11*B) / 100, but for roundings.
+std::size_t Luminosities(const unsigned char* packed, std::size_t count, const ByteTable& ofGrey, unsigned char* bytes,
+                         std::uint16_t* unknown) {
+    std::size_t unknowns = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const unsigned char* const p = packed + i * kPackedBytes;
+        const std::uint32_t n = 11U * p[0] + 59U * p[1] + 30U * p[2];
+        const bool grey = p[0] == p[1] && p[1] == p[2];
+        bytes[i] = grey ? ofGrey[p[0]] : static_cast<unsigned char>(n / 100);
+        if (!grey && n % 100 == 0) unknown[unknowns++] = static_cast<std::uint16_t>(i);
+    }
+    return unknowns;
+}
+
 void LookUp(const unsigned char* keys, std::size_t count, const ByteTable& table, unsigned char* bytes) {
     for (std::size_t i = 0; i < count; ++i) bytes[i] = table[keys[i]];
 }
@@ -59,7 +73,7 @@ void ScaleAlphas(const KeyedSpan& span, const KeyFactors& factors) {
     }
 }
 
-constexpr MaskStages kScalarMaskStages{MixByKeys, MixByBits, LookUp, ScaleAlphas};
+constexpr MaskStages kScalarMaskStages{MixByKeys, MixByBits, Luminosities, LookUp, ScaleAlphas};
 
 }  // namespace
 

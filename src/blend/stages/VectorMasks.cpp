@@ -13,6 +13,7 @@
 
 #include "blend/stages/VectorAlphas-inl.h"
 #include "blend/stages/VectorDivision-inl.h"
+#include "blend/stages/VectorLuminosity-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
 #include "blend/stages/VectorScale-inl.h"
 
@@ -142,7 +143,7 @@ void LookUp(const unsigned char* keys, std::size_t count, const ByteTable& table
     for (; i < count; ++i) bytes[i] = table[keys[i]];
 }
 
-constexpr MaskStages kMaskStages{MixByKeys, MixByBits, LookUp, ScaleAlphas};
+constexpr MaskStages kMaskStages{MixByKeys, MixByBits, Luminosities, LookUp, ScaleAlphas};
 
 const MaskStages* MaskStagesOfTarget() {
     return &kMaskStages;
