@@ -104,6 +104,13 @@ std::size_t PageScene::CountPixels() const {
     return count;
 }
 
+std::vector<unsigned char> Painted(const PageScene& scene, const std::function<void()>& paint) {
+    scene.Restore();
+    paint();
+    const unsigned char* const pixels = scene.page->GetPixelData();
+    return {pixels, pixels + scene.pristine.size()};
+}
+
 std::function<void()> MakeBlendReplay(const PageScene& scene) {
     const std::shared_ptr<IPDFImageBlender> blender = MakeBlender(scene.page);
     std::vector<std::shared_ptr<IPDFImageBlender::Coverage>> places;

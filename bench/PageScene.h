@@ -14,11 +14,10 @@ struct PageCall {
     enum class What { Paint, BeginGroup, EndGroup };
 
     What what = What::Paint;
-    std::shared_ptr<IQorImage> picture;  ///< 32-bit premultiplied; of an EndGroup it is the group
-    bool isColor = false;                ///< what is painted has the colour of the picture's first pixel
-    Point<int, 2> at{0, 0};              ///< where the picture's top left corner lies
-    std::vector<Range<int, 2>>
-        rectangles;  ///< what is painted, inside page and mask; of a BeginGroup the group's bounds
+    std::shared_ptr<IQorImage> picture;     ///< 32-bit premultiplied; of an EndGroup it is the group
+    bool isColor = false;                   ///< what is painted has the colour of the picture's first pixel
+    Point<int, 2> at{0, 0};                 ///< where the picture's top left corner lies
+    std::vector<Range<int, 2>> rectangles;  ///< inside page and mask; of a BeginGroup the bounds of the group
     Paint paint;
 };
 
@@ -31,6 +30,9 @@ struct PageScene {
     void Restore() const;
     [[nodiscard]] std::size_t CountPixels() const;
 };
+
+/// What the page looks like after `paint`.
+std::vector<unsigned char> Painted(const PageScene& scene, const std::function<void()>& paint);
 
 /// Paints all calls by `IPDFImageBlender::Blend`.
 /// REQUIRES: the rectangles lie inside the pictures, and there are no groups.

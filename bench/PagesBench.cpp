@@ -25,7 +25,6 @@ using Replay = std::function<void()>;
 
 constexpr double kDotsPerInch = 96;
 constexpr double kThreadedDotsPerInch = 384;  ///< so that a page takes much longer than a thread to start
-
 constexpr int kBands = 16;
 
 /// pixman rounds where the library cuts, which adds up where a page paints often.
@@ -69,13 +68,6 @@ Replay MakePixman(const RecordedImage& image) {
     return MakePixmanReplay(image.scene);
 }
 
-std::vector<unsigned char> Painted(const RecordedImage& image, const Replay& replay) {
-    const PageScene& scene = image.scene;
-    scene.Restore();
-    replay();
-    return {scene.page->GetPixelData(), scene.page->GetPixelData() + scene.pristine.size()};
-}
-
 /// One way to make the calls of a page.
 struct Way {
     const char* name;
@@ -87,15 +79,15 @@ struct Way {
 /// All calls paint what the host painted, the shared ones what the plain loop paints.
 const Way kWays[] = {
     {"All", MakeAll, &RecordedImage::calls,
-     [](const RecordedImage& image, const Replay& replay) { return Painted(image, replay) == image.painted; }},
+     [](const RecordedImage& image, const Replay& replay) { return Painted(image.scene, replay) == image.painted; }},
     {"Library", MakeShared, &RecordedImage::shared,
      [](const RecordedImage& image, const Replay& replay) {
-         return Painted(image, replay) == Painted(image, MakeScalar(image));
+         return Painted(image.scene, replay) == Painted(image.scene, MakeScalar(image));
      }},
     {"Scalar", MakeScalar, &RecordedImage::shared, nullptr},
     {"Pixman", MakePixman, &RecordedImage::shared,
      [](const RecordedImage& image, const Replay& replay) {
-         return Alike(Painted(image, replay), Painted(image, MakeScalar(image)), kRoundingOnPages);
+         return Alike(Painted(image.scene, replay), Painted(image.scene, MakeScalar(image)), kRoundingOnPages);
      }},
 };
 
@@ -153,7 +145,7 @@ void Register(const std::filesystem::path& folder, const std::string& group) {
     }
 }
 
-/// A page in bands of rows, a painter each, that threads paint one after the other.
+/// A page in bands of rows, a painter each, each painted by the next thread that is free.
 void RunThreads(benchmark::State& state, const std::string& path, int threads) {
     static const Page page = RecordPage(path, kThreadedDotsPerInch);
     const RecordedImage& image = page.front();
@@ -174,7 +166,7 @@ void RunThreads(benchmark::State& state, const std::string& path, int threads) {
         paintBands();
         for (std::thread& other : others) other.join();
     };
-    if (!IsRight("Threads/" + std::to_string(threads), [&] { return Painted(image, paint) == image.painted; })) {
+    if (!IsRight("Threads/" + std::to_string(threads), [&] { return Painted(image.scene, paint) == image.painted; })) {
         state.SkipWithError("does not draw what it should");
         return;
     }
@@ -188,7 +180,11 @@ void RegisterPagesBenchmarks() {
     Register(IMAGEOP_PICTURES, "own");
     Register(IMAGEOP_TEST_PAGES, "own");
     if (const char* const folder = std::getenv("IMAGEOP_BENCH_PAGES"); folder != nullptr && *folder != '\0') {
-        Register(folder, "others");
+        if (std::filesystem::is_directory(folder)) {
+            Register(folder, "others");
+        } else {
+            std::fprintf(stderr, "imageop_bench: %s is no folder\n", folder);
+        }
     }
     for (const int threads : {1, 2, 4, 8}) {
         const std::string name = "Threads/" + std::to_string(threads);

@@ -94,13 +94,6 @@ PageScene MakeScene(unsigned int size, Alphas alphas, Call call) {
     return scene;
 }
 
-std::vector<unsigned char> Painted(const PageScene& scene, const std::function<void()>& paint) {
-    scene.Restore();
-    paint();
-    const unsigned char* const pixels = scene.page->GetPixelData();
-    return {pixels, pixels + scene.pristine.size()};
-}
-
 /// Whether the library paints what the plain loop does.
 bool IsExact(const PageScene& scene) {
     return Painted(scene, MakeBlendReplay(scene)) == Painted(scene, MakeScalarReplay(scene));
