@@ -18,6 +18,10 @@ bool AllOpaque(const unsigned char* packed, std::size_t count) {
     return common == kPackedAlpha;
 }
 
+std::uint32_t PackedRgb(const unsigned char* bgr) {
+    return bgr[0] | std::uint32_t{bgr[1]} << 8 | std::uint32_t{bgr[2]} << 16;
+}
+
 MaskKey KeyOf(const IQorImage& mask, const IPDFTransferFunction& transfer) {
     const PixelFormat format = mask.GetPixelFormat();
     // Every index of a format with more than 8 bits is 0.
@@ -73,7 +77,7 @@ std::optional<PixelRows<const unsigned char>> SoftMaskReader::ReadKeys(unsigned 
 }
 
 double SoftMaskReader::OpacityOfColor(const unsigned char* bgr) {
-    const std::uint32_t rgb = bgr[0] | std::uint32_t{bgr[1]} << 8 | std::uint32_t{bgr[2]} << 16;
+    const std::uint32_t rgb = PackedRgb(bgr);
     if (!remembered_) {
         remembered_ = std::make_unique<Remembered[]>(kRemembered);
         const double black = transfer_.ComputeAlpha(Color(ARGB_BLACK));
@@ -133,7 +137,8 @@ void SoftMaskReader::ReadLuminosities(std::size_t count, const ByteTable& ofGrey
     std::array<std::uint16_t, kMostPixels> unknown;
     const std::size_t unknowns = ActiveMaskStages().luminosities(packed_.data(), count, ofGrey, bytes, unknown.data());
     for (std::size_t i = 0; i < unknowns; ++i) {
-        const double opacity = OpacityOfColor(packed_.data() + unknown[i] * kPackedBytes);
+        const double opacity =
+            transfer_.ComputeAlpha(Color(ARGB_BLACK | PackedRgb(packed_.data() + unknown[i] * kPackedBytes)));
         bytes[unknown[i]] =
             static_cast<unsigned char>(group_ ? GroupMaskByte(opacity) : PlainMaskOpacity(255, 255, opacity));
     }

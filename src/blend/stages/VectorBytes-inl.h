@@ -21,8 +21,8 @@ namespace vantu::HWY_NAMESPACE {
 HWY_INLINE void StoreBytes(Words words, unsigned char* bytes) {
     const TagByte tag;
     const Words zero = hn::Zero(kWords);
-    hn::StoreU(hn::DemoteTo(tag, hn::BitCast(TagInt(), FirstLanes(words, zero))), tag, bytes);
-    hn::StoreU(hn::DemoteTo(tag, hn::BitCast(TagInt(), SecondLanes(words, zero))), tag, bytes + hn::Lanes(kPixels));
+    hn::StoreU(hn::U8FromU32(FirstLanes(words, zero)), tag, bytes);
+    hn::StoreU(hn::U8FromU32(SecondLanes(words, zero)), tag, bytes + hn::Lanes(kPixels));
 }
 
 /// Calls `each(i)` for every pixel of a block whose word is in the mask. Word 2n is pixel n of the block's first

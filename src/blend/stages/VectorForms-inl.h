@@ -15,6 +15,7 @@
 #include "blend/stages/VectorBlend-inl.h"
 #include "blend/stages/VectorComposite-inl.h"
 #include "blend/stages/VectorDivision-inl.h"
+#include "blend/stages/VectorMix-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -83,6 +84,8 @@ struct PlainStage {
             PaintOpaqueBytes(span, i)) {
             return false;
         }
+        if (span.opacity != nullptr && span.select == nullptr && PaintOpaqueThroughOpacities<Mode>(span, i))
+            return false;
         const Words zero = hn::Zero(kWords);
         const Words full = Constant(255);
         const Source source(span, i);

@@ -12,8 +12,8 @@
 #include <cstring>
 
 #include "blend/stages/VectorAlphas-inl.h"
-#include "blend/stages/VectorDivision-inl.h"
 #include "blend/stages/VectorLuminosity-inl.h"
+#include "blend/stages/VectorMix-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
 #include "blend/stages/VectorScale-inl.h"
 
@@ -61,22 +61,6 @@ HWY_INLINE bool AllOpaque(const unsigned char* target, const unsigned char* sour
         if ((target[i * kPackedBytes + 3] & source[i * kPackedBytes + 3]) != 255) return false;
     }
     return true;
-}
-
-/// (s*a + t*(255-a)) / 255 of each byte of pixels, with an alpha a pixel. In a high byte floor(n / 255) is
-/// (m + m/256) / 256 with m = n + 1.
-HWY_INLINE Pixels Mixed(Pixels source, Pixels target, const unsigned char* alphas) {
-    const Pixels alpha = hn::PromoteTo(kPixels, hn::LoadU(TagByte(), alphas));
-    const Words low = Constant(0x00FF);
-    const Words high = Constant(0xFF00);
-    const Words s = AsWords(source);
-    const Words t = AsWords(target);
-    const Words a = AsWords(hn::Or(alpha, hn::ShiftLeft<16>(alpha)));
-    const Words rest = hn::Sub(low, a);
-    const Words even = Div255(hn::Add(hn::Mul(hn::And(s, low), a), hn::Mul(hn::And(t, low), rest)));
-    const Words n = hn::Add(hn::Mul(hn::ShiftRight<8>(s), a), hn::Mul(hn::ShiftRight<8>(t), rest));
-    const Words m = hn::Add(n, Constant(1));
-    return AsPixels(hn::OrAnd(even, hn::Add(m, hn::ShiftRight<8>(m)), high));
 }
 
 /// Mixes the first `count` pixels of a piece, whole vectors. What an alpha of 0 leaves is not touched, and what one of
