@@ -64,6 +64,13 @@ void Clone(benchmark::State& state) {
     });
 }
 
+void Copy(benchmark::State& state) {
+    Run(state, [](CQorImage& image, IGraphicsFactory& factory) {
+        const auto target = factory.CreateImage(kSide, kSide, image.GetPixelFormat(), false, nullptr);
+        benchmark::DoNotOptimize(ImageUtil::Copy(image, {0, 0, kSide, kSide}, *target, {0, 0}));
+    });
+}
+
 void FlipVertical(benchmark::State& state) {
     Run(state, [](CQorImage& image, IGraphicsFactory& factory) {
         benchmark::DoNotOptimize(ImageUtil::Flip(image, false, true, &factory, nullptr));
@@ -103,6 +110,7 @@ void Packed(benchmark::internal::Benchmark* bench) {
 BENCHMARK(Memcpy)->Name("Util/Memcpy")->Apply(Depths)->Apply(Packed);
 BENCHMARK(Fill)->Name("Util/Fill")->Apply(Depths);
 BENCHMARK(Clone)->Name("Util/Clone")->Apply(Depths);
+BENCHMARK(Copy)->Name("Util/Copy")->Apply(Depths);
 BENCHMARK(FlipVertical)->Name("Util/FlipVertical")->Apply(Depths);
 BENCHMARK(FlipHorizontal)->Name("Util/FlipHorizontal")->Apply(Depths)->Apply(Packed);
 BENCHMARK(HalfTurn)->Name("Util/HalfTurn")->Apply(Depths)->Apply(Packed);

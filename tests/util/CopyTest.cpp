@@ -40,6 +40,39 @@ TEST(Copy, MovesRawValuesBetweenImagesOfOneFormat) {
     }
 }
 
+TEST(Copy, GoesFromTheTopLeftOnInsideOneImage) {
+    Random random(4);
+    for (const PixelFormat format : {Index8, Rgb565, Bgr24, Bgra32}) {
+        for (int i = 0; i < 40; ++i) {
+            TestImage image(Shape{12, 9, format, 4, i % 2 == 0}, random), expected(image.GetShape());
+            std::ranges::copy(image.Bytes(), expected.GetPixelData());
+            const unsigned int left = Between(random, 0, 4), top = Between(random, 0, 3);
+            const unsigned int x = Between(random, 0, 4), y = Between(random, 0, 3);
+            for (unsigned int row = 0; row < 6; ++row) {
+                for (unsigned int column = 0; column < 8; ++column) {
+                    SetValueAt(expected, x + column, y + row, ValueAt(expected, left + column, top + row));
+                }
+            }
+            const auto x0 = static_cast<int>(left), y0 = static_cast<int>(top);
+            ASSERT_TRUE(
+                ImageUtil::Copy(image, {x0, y0, x0 + 8, y0 + 6}, image, {static_cast<int>(x), static_cast<int>(y)}));
+            ASSERT_EQ(image.Bytes(), expected.Bytes());
+        }
+    }
+}
+
+TEST(Copy, SeesPixelsOfSeveralBytesThroughAPalette) {
+    Random random(5);
+    TestImage source(Shape{3, 1, Bgra32}, random), target(Shape{3, 1, Bgra32});
+    source.SetPalette(RandomPalette(2, random));
+    EXPECT_TRUE(ImageUtil::Copy(source, {0, 0, 3, 1}, target, {0, 0}));
+    EXPECT_EQ(target.Bytes(), std::vector<unsigned char>(12));  // all are 0
+    target.SetPalette(RandomPalette(2, random));
+    source.SetPalette(nullptr);
+    EXPECT_TRUE(ImageUtil::Copy(source, {0, 0, 3, 1}, target, {0, 0}));
+    EXPECT_EQ(target.Bytes(), std::vector<unsigned char>(12)) << "and cannot be written";
+}
+
 TEST(Copy, ConvertsThroughColours) {
     Random random(2);
     TestImage indexed(Shape{2, 1, Index8}), target(Shape{2, 1, Bgra32});
