@@ -10,17 +10,16 @@ namespace {
 
 /// The pixels of an area's size from (x, y) on.
 template <typename Byte>
-PixelRows<Byte> At(const PixelRows<Byte>& rows, const SpanCodec& codec, int x, int y, const PaintArea& area) {
-    Byte* const first =
-        rows.Row(static_cast<unsigned int>(y)) + std::size_t{static_cast<unsigned int>(x)} * codec.bytesPerPixel;
-    return {first, rows.step, area.height};
+PixelRows<Byte> At(const PixelRows<Byte>& rows, std::size_t bytesPerPixel, int x, int y, const PaintArea& area) {
+    return {rows.Row(static_cast<unsigned int>(y)) + static_cast<unsigned int>(x) * bytesPerPixel, rows.step,
+            area.height};
 }
 
 /// Packed pixels: where they lie if they are packed there, else in `buffer`.
-const unsigned char* Pack(const SpanCodec& codec, const PixelRows<const unsigned char>& rows, std::size_t width,
-                          unsigned char* buffer) {
-    if (codec.inPlace && rows.count == 1) return rows.first;
-    codec.read(rows, width, buffer);
+const unsigned char* Pack(PixelFormat format, bool packed, const PixelRows<const unsigned char>& rows,
+                          std::size_t width, unsigned char* buffer) {
+    if (packed && rows.count == 1) return rows.first;
+    ActiveSpanCodecs().Of(format).read(rows, width, buffer);
     return buffer;
 }
 
@@ -40,16 +39,12 @@ SpanPainter<Traits>::SpanPainter(const PaintKernel& kernel, IQorImage& destinati
       request_(request),
       targetRows_(RowsFromTop(destination, kernel.destination)),
       sourceRows_(RowsFromTop(source, kernel.source)) {
-    const SpanCodecs& codecs = ActiveSpanCodecs();
-    sourceCodec_ = &codecs.Of(kernel.source);
-    if (kernel.hasColors) targetCodec_ = &codecs.Of(kernel.destination);
-    if (targetCodec_ != nullptr) colors_ = targetCodec_->colors;
     CompositeForm composite = CompositeForm::Plain;
     if constexpr (Traits::kGroup) {
         composite = *request.knockout ? CompositeForm::Knockout : CompositeForm::Group;
         snapshotRows_ = SnapshotRows(*request.backdrop, kernel.destination, targetRows_.step);
     }
-    stage_ = ActiveStages().Of(kernel.mode, composite, colors_);
+    stage_ = ActiveStages().Of(kernel.mode, composite, kernel.colors);
 }
 
 template <typename Traits>
@@ -60,7 +55,8 @@ void SpanPainter<Traits>::Start(const PaintArea& area, Span<Traits>& span) const
     composite.opacity = nullptr;
     composite.select = nullptr;
     composite.source =
-        Pack(*sourceCodec_, At(sourceRows_, *sourceCodec_, area.sourceX, area.sourceY, area), area.width, span.source);
+        Pack(kernel_.source, kernel_.sourcePacked,
+             At(sourceRows_, kernel_.sourceBytes, area.sourceX, area.sourceY, area), area.width, span.source);
 }
 
 template <typename Traits>
@@ -79,20 +75,17 @@ bool SpanPainter<Traits>::Paint(const PaintArea& area, Verdict verdict, Span<Tra
 
 template <typename Traits>
 void SpanPainter<Traits>::CopyRows(const PaintArea& area) const {
-    const auto target = At(targetRows_, *targetCodec_, area.targetX, area.targetY, area);
-    const auto source = At(sourceRows_, *sourceCodec_, area.sourceX, area.sourceY, area);
-    const std::size_t bytes = std::size_t{area.width} * sourceCodec_->bytesPerPixel;
+    const auto target = At(targetRows_, kernel_.targetBytes, area.targetX, area.targetY, area);
+    const auto source = At(sourceRows_, kernel_.sourceBytes, area.sourceX, area.sourceY, area);
+    const std::size_t bytes = std::size_t{area.width} * kernel_.sourceBytes;
     for (std::size_t row = 0; row < area.height; ++row) std::memcpy(target.Row(row), source.Row(row), bytes);
 }
 
 template <typename Traits>
 std::optional<MixedRows> SpanPainter<Traits>::RowsToMix(const PaintArea& area) const {
-    if (Traits::kGroup || kernel_.mode != BlendMode::Normal || !IsPacked(kernel_.source) ||
-        !IsPacked(kernel_.destination)) {
-        return std::nullopt;
-    }
-    return MixedRows{At(targetRows_, *targetCodec_, area.targetX, area.targetY, area),
-                     At(sourceRows_, *sourceCodec_, area.sourceX, area.sourceY, area), area.width};
+    if (Traits::kGroup || kernel_.mode != BlendMode::Normal || !kernel_.inPlace) return std::nullopt;
+    return MixedRows{At(targetRows_, kernel_.targetBytes, area.targetX, area.targetY, area),
+                     At(sourceRows_, kernel_.sourceBytes, area.sourceX, area.sourceY, area), area.width};
 }
 
 /// Makes the span work on its group alphas: in place for one row, else in a buffer.
@@ -132,26 +125,28 @@ template <typename Traits>
 void SpanPainter<Traits>::Composite(const PaintArea& area, Span<Traits>& span) const {
     CompositeSpan& composite = span.composite;
     composite.target = span.target;
-    if (targetCodec_ == nullptr) {
+    if (!kernel_.hasColors) {
         std::memset(span.target, 0, composite.count * kPackedBytes);
         std::memset(span.snapshot, 0, composite.count * kPackedBytes);
         composite.snapshot = span.snapshot;
         stage_(composite);
         return;
     }
-    const auto target = At(targetRows_, *targetCodec_, area.targetX, area.targetY, area);
+    const auto target = At(targetRows_, kernel_.targetBytes, area.targetX, area.targetY, area);
     if constexpr (Traits::kGroup) {
-        composite.snapshot = Pack(*targetCodec_, At(*snapshotRows_, *targetCodec_, area.targetX, area.targetY, area),
-                                  area.width, span.snapshot);
+        composite.snapshot =
+            Pack(kernel_.destination, kernel_.targetPacked,
+                 At(*snapshotRows_, kernel_.targetBytes, area.targetX, area.targetY, area), area.width, span.snapshot);
     }
-    if (targetCodec_->inPlace && area.height == 1) {
+    if (kernel_.targetPacked && area.height == 1) {
         composite.target = target.first;
         stage_(composite);
         return;
     }
-    targetCodec_->read(target, area.width, span.target);
+    const SpanCodec& codec = ActiveSpanCodecs().Of(kernel_.destination);
+    codec.read(target, area.width, span.target);
     stage_(composite);
-    targetCodec_->write(target, area.width, span.target, WrittenPixels(span));
+    codec.write(target, area.width, span.target, WrittenPixels(span));
 }
 
 /// The pixels that a stage wrote, for formats whose bytes would not survive being read and stored. They are opaque, so
@@ -159,7 +154,7 @@ void SpanPainter<Traits>::Composite(const PaintArea& area, Span<Traits>& span) c
 template <typename Traits>
 const unsigned char* SpanPainter<Traits>::WrittenPixels(Span<Traits>& span) const {
     const CompositeSpan& composite = span.composite;
-    if (!targetCodec_->keepsUnwritten || Traits::kGroup || !HasAlpha(kernel_.source)) return composite.select;
+    if (!FactsOf(kernel_.destination).lossy || Traits::kGroup || !HasAlpha(kernel_.source)) return composite.select;
     const auto alpha = [&](std::size_t i) { return composite.source[i * kPackedBytes + 3]; };
     if (composite.select == nullptr) {
         for (std::size_t i = 0; i < composite.count; ++i) span.select[i] = alpha(i);
@@ -173,14 +168,16 @@ const unsigned char* SpanPainter<Traits>::WrittenPixels(Span<Traits>& span) cons
 template <typename Traits>
 void SpanPainter<Traits>::CopyThroughColor(const PaintArea& area, Span<Traits>& span) const {
     CompositeSpan composite = span.composite;
-    const bool premultiplied = HasAlpha(kernel_.destination) && colors_ == PackedColors::Premultiplied;
+    const bool premultiplied = HasAlpha(kernel_.destination) && kernel_.colors == PackedColors::Premultiplied;
     std::memset(span.target, 0, composite.count * kPackedBytes);
     composite.target = span.target;
     composite.select = nullptr;
     ActiveStages().Of(BlendMode::Normal, CompositeForm::Plain,
                       premultiplied ? PackedColors::Premultiplied : PackedColors::Straight)(composite);
-    targetCodec_->write(At(targetRows_, *targetCodec_, area.targetX, area.targetY, area), area.width, span.target,
-                        span.composite.select);
+    ActiveSpanCodecs()
+        .Of(kernel_.destination)
+        .write(At(targetRows_, kernel_.targetBytes, area.targetX, area.targetY, area), area.width, span.target,
+               span.composite.select);
 }
 
 template class SpanPainter<PDFBlend::BlendingTraits>;

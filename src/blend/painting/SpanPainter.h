@@ -73,9 +73,6 @@ private:
     PixelRows<unsigned char> targetRows_;
     PixelRows<const unsigned char> sourceRows_;
     std::optional<PixelRows<const unsigned char>> snapshotRows_;
-    const SpanCodec* sourceCodec_;
-    const SpanCodec* targetCodec_ = nullptr;  ///< null for a destination without colours
-    PackedColors colors_ = PackedColors::Straight;
     CompositeStage stage_;
 };
 

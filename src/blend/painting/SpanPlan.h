@@ -7,6 +7,7 @@
 
 #include "blend/definition/RangeWalk.h"
 #include "pixel/Formats.h"
+#include "pixel/Spans.h"
 
 namespace vantu {
 
@@ -18,7 +19,12 @@ struct PaintKernel {
     bool keepClear;  ///< without a mask, leave a pixel whose result alpha is 0 as it is
 
     bool hasColors = HasColors(destination);  ///< whether there are pixels to paint on
-    bool inPlace = IsPacked(source) && IsPacked(destination);
+    /// What the target's colour bytes are.
+    PackedColors colors =
+        FactsOf(destination).colors == PixelColors::Straight ? PackedColors::Straight : PackedColors::Premultiplied;
+    bool targetPacked = IsPacked(destination);
+    bool sourcePacked = IsPacked(source);
+    bool inPlace = targetPacked && sourcePacked;
     /// Whether outside groups at full alpha the source's bytes replace the target's as they are.
     bool copiesBytes =
         mode == BlendMode::Normal && destination == source && !HasAlpha(source) && !FactsOf(source).lossy;
