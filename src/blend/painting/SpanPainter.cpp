@@ -39,12 +39,11 @@ SpanPainter<Traits>::SpanPainter(const PaintKernel& kernel, IQorImage& destinati
       request_(request),
       targetRows_(RowsFromTop(destination, kernel.destination)),
       sourceRows_(RowsFromTop(source, kernel.source)) {
-    CompositeForm composite = CompositeForm::Plain;
     if constexpr (Traits::kGroup) {
-        composite = *request.knockout ? CompositeForm::Knockout : CompositeForm::Group;
+        form_ = *request.knockout ? CompositeForm::Knockout : CompositeForm::Group;
         snapshotRows_ = SnapshotRows(*request.backdrop, kernel.destination, targetRows_.step);
     }
-    stage_ = ActiveStages().Of(kernel.mode, composite, kernel.colors);
+    stage_ = ActiveStages().Of(kernel.mode, form_, kernel.colors);
 }
 
 template <typename Traits>
@@ -124,12 +123,14 @@ void SpanPainter<Traits>::ScatterGroupAlpha(const PaintArea& area, const Span<Tr
 template <typename Traits>
 void SpanPainter<Traits>::Composite(const PaintArea& area, Span<Traits>& span) const {
     CompositeSpan& composite = span.composite;
+    // A single pixel is done before a vector would be filled.
+    const CompositeStage stage = composite.count == 1 ? ScalarStages().Of(kernel_.mode, form_, kernel_.colors) : stage_;
     composite.target = span.target;
     if (!kernel_.hasColors) {
         std::memset(span.target, 0, composite.count * kPackedBytes);
         std::memset(span.snapshot, 0, composite.count * kPackedBytes);
         composite.snapshot = span.snapshot;
-        stage_(composite);
+        stage(composite);
         return;
     }
     const auto target = At(targetRows_, kernel_.targetBytes, area.targetX, area.targetY, area);
@@ -140,12 +141,12 @@ void SpanPainter<Traits>::Composite(const PaintArea& area, Span<Traits>& span) c
     }
     if (kernel_.targetPacked && area.height == 1) {
         composite.target = target.first;
-        stage_(composite);
+        stage(composite);
         return;
     }
     const SpanCodec& codec = ActiveSpanCodecs().Of(kernel_.destination);
     codec.read(target, area.width, span.target);
-    stage_(composite);
+    stage(composite);
     codec.write(target, area.width, span.target, WrittenPixels(span));
 }
 

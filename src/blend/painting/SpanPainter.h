@@ -73,6 +73,7 @@ private:
     PixelRows<unsigned char> targetRows_;
     PixelRows<const unsigned char> sourceRows_;
     std::optional<PixelRows<const unsigned char>> snapshotRows_;
+    CompositeForm form_ = CompositeForm::Plain;
     CompositeStage stage_;
 };
 
