@@ -29,9 +29,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     pdf::Notes notes;
     pdf::Canvas canvas(image, all, nullptr);
     pdf::FontCache fonts;
+    pdf::PictureCache pictures;
     pdf::BlendModeUse blendModes;
     pdf::Budget budget{1000, 8};
-    pdf::PageContext page{document, canvas, fonts, blendModes, notes, budget};
+    pdf::PageContext page{document, canvas, fonts, pictures, blendModes, notes, budget};
     const pdf::GraphicsState state{{1, 0, 0, -1, 0, kSide}, {all, nullptr}};
     const auto owner = QPDF::create();
     pdf::Interpreter(page, resources, state).Paint(QPDFObjectHandle::newStream(owner.get(), content));

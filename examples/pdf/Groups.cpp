@@ -131,7 +131,7 @@ const Mask& Interpreter::MaskOf(SoftMask& softMask) {
     Spend(bounds, kTimesForGroup);
     const auto image = MakeImage({0, 0, bounds.x1, bounds.y1});
     Canvas canvas(image, bounds, page_.canvas.GetCalls());
-    PageContext page{page_.document, canvas, page_.fonts, page_.blendModes, page_.notes, page_.budget};
+    PageContext page{page_.document, canvas, page_.fonts, page_.pictures, page_.blendModes, page_.notes, page_.budget};
     if (byLuminosity) canvas.Fill(backdrop, {bounds, nullptr}, {});
     const GraphicsState inside{toDevice, {bounds, nullptr}};
     const bool knockout = ToBool(Entry(group, "/K"), false);

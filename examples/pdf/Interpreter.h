@@ -10,6 +10,7 @@
 #include "Fonts.h"
 #include "GraphicsState.h"
 #include "Notes.h"
+#include "PictureReader.h"
 #include "Transparency.h"
 
 namespace pdf {
@@ -19,6 +20,7 @@ struct PageContext {
     Document& document;
     Canvas& canvas;
     FontCache& fonts;
+    PictureCache& pictures;
     BlendModeUse& blendModes;
     Notes& notes;
     Budget& budget;

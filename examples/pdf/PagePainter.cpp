@@ -58,7 +58,7 @@ unsigned long PagePainter::Paint(int number, const PageGeometry& geometry,
     Budget budget = budget_;
     // Large pages take longer.
     budget.pixelsForOperator *= std::max(1.0, static_cast<double>(geometry.area.x1) * geometry.area.y1 / kUsualPixels);
-    PageContext context{document_, canvas, fonts_, blendModes_, notes_, budget};
+    PageContext context{document_, canvas, fonts_, pictures_, blendModes_, notes_, budget};
     const GraphicsState state{geometry.toDevice, {rows, nullptr}};
     const QPDFObjectHandle group = Entry(page, "/Group");
     const bool isGroup =

@@ -11,6 +11,7 @@
 #include "Document.h"
 #include "Fonts.h"
 #include "Notes.h"
+#include "PictureReader.h"
 #include "Transparency.h"
 
 namespace pdf {
@@ -39,6 +40,7 @@ private:
     Document document_;
     Budget budget_;
     FontCache fonts_;
+    PictureCache pictures_;
     BlendModeUse blendModes_;
     Notes notes_;
     Calls calls_;

@@ -55,7 +55,8 @@ void Interpreter::PaintPicture(QPDFObjectHandle picture) {
     if (IsHidden()) return;
     const double samples = ToNumber(Entry(picture, "/Width"), 0) * ToNumber(Entry(picture, "/Height"), 0);
     page_.budget.Spend(kTimesForPicture * std::clamp<double>(samples, 0, kMostPicturePixels));
-    const PlacedPicture placed = PlacePicture(picture, resources_, state_.toDevice, Visible(), page_.notes);
+    const PlacedPicture placed =
+        PlacePicture(picture, resources_, state_.toDevice, Visible(), page_.pictures, page_.notes);
     if (placed.image == nullptr) {
         PaintShape(placed.coverage, state_.fill);
     } else {

@@ -13,6 +13,8 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
+constexpr std::size_t kMostBytesKept = 1U << 26;  // of pictures beside the latest
+
 // Reads a picture without its masks: `append` adds to the bytes what becomes of a pixel of some samples and a colour.
 template <typename Append>
 std::optional<Picture> ReadPixels(QPDFObjectHandle stream, const ColorSpace& space, std::size_t channels, Notes& notes,
@@ -116,6 +118,27 @@ std::optional<Picture> ReadPicture(QPDFObjectHandle picture, QPDFObjectHandle re
     const bool hasMatte = opacity && matte.size() == space->Components();
     const vantu::Color matteColor = hasMatte ? space->ToColor(matte) : vantu::Color();
     return Join(*colors, opacity.value_or(Picture{1, 1, 1, {255}}), hasMatte ? &matteColor : nullptr);
+}
+
+const Picture* PictureCache::Get(QPDFObjectHandle picture, QPDFObjectHandle resources, Notes& notes) {
+    // Inline pictures say no subtype; they share one object.
+    const QPDFObjGen id = ToName(Entry(picture, "/Subtype")) == "/Image" ? picture.getObjGen() : QPDFObjGen();
+    const auto known = std::find_if(last_.begin(), last_.end(),
+                                    [&](const auto& entry) { return id.isIndirect() && entry.first == id; });
+    if (known != last_.end()) {
+        last_.splice(last_.begin(), last_, known);
+        return &last_.front().second;
+    }
+    std::optional<Picture> read = ReadPicture(picture, resources, notes);
+    if (!read) return nullptr;
+    last_.emplace_front(id, std::move(*read));
+    std::size_t bytes = 0;
+    for (const auto& [other, kept] : last_) bytes += kept.pixels.size();
+    while (last_.size() > 1 && bytes > kMostBytesKept) {
+        bytes -= last_.back().second.pixels.size();
+        last_.pop_back();
+    }
+    return &last_.front().second;
 }
 
 }  // namespace pdf

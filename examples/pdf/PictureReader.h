@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <list>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "Notes.h"
@@ -25,5 +27,15 @@ struct Picture {
 // and the larger of both sizes is that of the result.
 // @param resources give its colour space a meaning. @return nothing, with a note, for what cannot be read.
 [[nodiscard]] std::optional<Picture> ReadPicture(QPDFObjectHandle picture, QPDFObjectHandle resources, Notes& notes);
+
+// Keeps the pictures that were read last, for pages that show one at many places. One thread at a time.
+class PictureCache {
+public:
+    // @return null where ReadPicture returns nothing; else it is valid until the next call.
+    const Picture* Get(QPDFObjectHandle picture, QPDFObjectHandle resources, Notes& notes);
+
+private:
+    std::list<std::pair<QPDFObjGen, Picture>> last_;  // the latest first
+};
 
 }  // namespace pdf

@@ -86,10 +86,10 @@ void Sample(const Picture& picture, const Matrix& toPicture, const Pixels& box, 
 }  // namespace
 
 PlacedPicture PlacePicture(QPDFObjectHandle stream, QPDFObjectHandle resources, const Matrix& toDevice,
-                           const Pixels& clip, Notes& notes) {
+                           const Pixels& clip, PictureCache& pictures, Notes& notes) {
     if (!toDevice.IsInvertible() || IsEmpty(Intersect(clip, Around(MapBox(toDevice, kUnitSquare))))) return {};
-    const std::optional<Picture> picture = ReadPicture(stream, resources, notes);
-    if (!picture) return {};
+    const Picture* const picture = pictures.Get(stream, resources, notes);
+    if (picture == nullptr) return {};
 
     PlacedPicture placed;
     Matrix matrix = toDevice;

@@ -5,6 +5,7 @@
 #include "Geometry.h"
 #include "Mask.h"
 #include "Notes.h"
+#include "PictureReader.h"
 #include "Qpdf.h"
 
 namespace pdf {
@@ -20,6 +21,6 @@ struct PlacedPicture {
 // it, or the nearest sample if there is none. An upright picture has the whole pixels next to its edges, one at least.
 // @param picture a stream. @param resources give its colour space a meaning. @param clip the pixels that matter.
 [[nodiscard]] PlacedPicture PlacePicture(QPDFObjectHandle picture, QPDFObjectHandle resources, const Matrix& toDevice,
-                                         const Pixels& clip, Notes& notes);
+                                         const Pixels& clip, PictureCache& pictures, Notes& notes);
 
 }  // namespace pdf

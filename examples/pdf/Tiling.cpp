@@ -95,7 +95,8 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const Matrix toPeriod{columns / lattice.step.x, 0, 0, rows / lattice.step.y, 0, 0};
     const auto tile = MakeImage(period);
     Canvas tileCanvas(tile, period, page_.canvas.GetCalls());
-    PageContext tilePage{page_.document, tileCanvas, page_.fonts, page_.blendModes, page_.notes, page_.budget};
+    PageContext tilePage{page_.document,   tileCanvas,  page_.fonts, page_.pictures,
+                         page_.blendModes, page_.notes, page_.budget};
     paintTiles(tilePage, overlapping, toPeriod, period);
 
     const auto picture = MakeImage(area);
