@@ -67,7 +67,7 @@ bool CPDFImageBlender::Blend(const std::shared_ptr<IQorImage>& source, const std
 
     GroupState& top = groupStack_.back();
     const unsigned int width = top.image->GetWidth();
-    BlendRequest<GroupBlendingTraits> request{common, top.backdrop.get(), &top.groupAlpha,
+    BlendRequest<GroupBlendingTraits> request{common, top.backdrop.get(), &top.groupAlpha, &top.groupAlphaFits,
                                               &width, &top.knockout,      blended.get()};
     std::shared_ptr<Coverage> total = top.coverage ? CopyOf(*top.coverage) : CreateCoverage();
     total->AddCoverage(*painted);

@@ -17,6 +17,7 @@ struct GroupState {
     bool keepBackdrop = false;
     bool plainResolve = false;
     std::shared_ptr<IPDFImageBlender::Coverage> coverage;  ///< what was painted; empty before the first `Blend`
+    bool groupAlphaFits = true;  ///< no entry is above 255, as an opacity outside 0 to 1 may leave one
 };
 
 }  // namespace vantu

@@ -45,6 +45,7 @@ template <>
 struct BlendRequest<PDFBlend::GroupBlendingTraits> : BlendRequestBase {
     IQorImage* backdrop;                    ///< the snapshot that `BeginGroup` took
     std::vector<unsigned int>* groupAlpha;  ///< entry of pixel (x, y) is number width * y + x
+    bool* groupAlphaFits;                   ///< `GroupState::groupAlphaFits`
     const unsigned int* width;              ///< of the group image
     const bool* knockout;
     IPDFImageBlender::Coverage* blended;

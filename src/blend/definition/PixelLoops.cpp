@@ -43,8 +43,10 @@ struct GroupStep {
         const BlendRequest<Traits>& request = context.request;
         context.snapshot->GetColor(*context.snapshot, x, y, colors.snapshot);
         std::uint32_t& g = (*request.groupAlpha)[std::size_t{*request.width} * y + x];
-        return StepInGroup<Mode, Knockout>(colors.source, colors.target, colors.snapshot, g, as,
-                                           kind == LoopKind::Stencil);
+        const bool writes = StepInGroup<Mode, Knockout>(colors.source, colors.target, colors.snapshot, g, as,
+                                                        kind == LoopKind::Stencil);
+        if (g > 255) *request.groupAlphaFits = false;
+        return writes;
     }
 };
 

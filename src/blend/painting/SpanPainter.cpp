@@ -88,22 +88,17 @@ std::optional<MixedRows> SpanPainter<Traits>::RowsToMix(const PaintArea& area) c
 }
 
 /// Makes the span work on its group alphas: in place for one row, else in a buffer.
-/// @return false if one is above 255, as an opacity outside 0 to 1 may have left it.
+/// @return false if they do not fit the stages.
 template <typename Traits>
 bool SpanPainter<Traits>::GatherGroupAlpha(const PaintArea& area, Span<Traits>& span) const {
     if constexpr (Traits::kGroup) {
-        CompositeSpan& composite = span.composite;
-        composite.groupAlpha = GroupAlphaAt(request_, area, 0);
-        if (area.height > 1) {
-            composite.groupAlpha = span.groupAlpha;
-            for (unsigned int row = 0; row < area.height; ++row) {
-                std::copy_n(GroupAlphaAt(request_, area, row), area.width,
-                            span.groupAlpha + std::size_t{row} * area.width);
-            }
+        if (!*request_.groupAlphaFits) return false;
+        span.composite.groupAlpha = GroupAlphaAt(request_, area, 0);
+        if (area.height == 1) return true;
+        span.composite.groupAlpha = span.groupAlpha;
+        for (unsigned int row = 0; row < area.height; ++row) {
+            std::copy_n(GroupAlphaAt(request_, area, row), area.width, span.groupAlpha + std::size_t{row} * area.width);
         }
-        std::uint32_t bits = 0;
-        for (std::size_t i = 0; i < composite.count; ++i) bits |= composite.groupAlpha[i];
-        return bits <= 255;
     }
     return true;
 }
