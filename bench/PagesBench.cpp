@@ -145,33 +145,47 @@ void Register(const std::filesystem::path& folder, const std::string& group) {
     }
 }
 
-/// A page in bands of rows, a painter each, each painted by the next thread that is free.
-void RunThreads(benchmark::State& state, const std::string& path, int threads) {
+/// Does each work by the next thread that is free.
+void Share(const std::vector<Replay>& works, int threads) {
+    std::atomic<std::size_t> next = 0;
+    const auto work = [&] {
+        for (std::size_t i = next++; i < works.size(); i = next++) works[i]();
+    };
+    std::vector<std::thread> others;
+    for (int i = 1; i < threads; ++i) others.emplace_back(work);
+    work();
+    for (std::thread& other : others) other.join();
+}
+
+/// A page in bands of rows, a painter each.
+void RunBands(benchmark::State& state, const std::string& path, int threads) {
     static const Page page = RecordPage(path, kThreadedDotsPerInch);
     const RecordedImage& image = page.front();
-    const PageScene& scene = image.scene;
     std::vector<Replay> bands;
     for (int i = 0; i < kBands; ++i) {
         const auto edge = [&](int n) { return image.visible.y1 * n / kBands; };
         const pdf::Pixels rows{image.visible.x0, edge(i), image.visible.x1, edge(i + 1)};
         bands.push_back(MakePainterReplay(image, image.calls, rows));
     }
-    const auto paint = [&] {
-        std::atomic<std::size_t> next = 0;
-        const auto paintBands = [&] {
-            for (std::size_t i = next++; i < bands.size(); i = next++) bands[i]();
-        };
-        std::vector<std::thread> others;
-        for (int i = 1; i < threads; ++i) others.emplace_back(paintBands);
-        paintBands();
-        for (std::thread& other : others) other.join();
-    };
+    const auto restore = [&] { image.scene.Restore(); };
+    const auto paint = [&] { Share(bands, threads); };
     if (!IsRight("Threads/" + std::to_string(threads), [&] { return Painted(image.scene, paint) == image.painted; })) {
         state.SkipWithError("does not draw what it should");
         return;
     }
+    Measure(state, restore, paint, image.calls.size(), CountPixels(image.calls), Clock::Wall);
+}
+
+/// Arithmetic without memory, to say how much more two threads can do on this machine than one.
+void RunArithmetic(benchmark::State& state, int threads) {
+    const auto work = [] {
+        double x = 1;
+        for (int i = 0; i < 500000; ++i) x = x * 1.0000001 + 1e-9;
+        benchmark::DoNotOptimize(x);
+    };
+    const std::vector<Replay> works(kBands, work);
     Measure(
-        state, [&] { scene.Restore(); }, paint, image.calls.size(), CountPixels(image.calls), Clock::Wall);
+        state, [] {}, [&] { Share(works, threads); }, 1, 0, Clock::Wall);
 }
 
 }  // namespace
@@ -187,9 +201,12 @@ void RegisterPagesBenchmarks() {
         }
     }
     for (const int threads : {1, 2, 4, 8}) {
-        const std::string name = "Threads/" + std::to_string(threads);
-        benchmark::RegisterBenchmark(name.c_str(), [threads](benchmark::State& state) {
-            RunThreads(state, std::string(IMAGEOP_PICTURES) + "/page.pdf", threads);
+        const std::string number = std::to_string(threads);
+        benchmark::RegisterBenchmark(("Threads/" + number).c_str(), [threads](benchmark::State& state) {
+            RunBands(state, std::string(IMAGEOP_PICTURES) + "/page.pdf", threads);
+        })->UseManualTime();
+        benchmark::RegisterBenchmark(("Arithmetic/" + number).c_str(), [threads](benchmark::State& state) {
+            RunArithmetic(state, threads);
         })->UseManualTime();
     }
 }

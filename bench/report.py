@@ -86,9 +86,10 @@ def groups(run):
 
 
 def threads(run):
-    return table(["threads", "ms", "times as fast as one"],
+    return table(["threads", "ms", "times as fast as one", "arithmetic alone"],
                  ([n, number(run.ns[f"Threads/{n}"] * run.calls[f"Threads/{n}"] / 1e6),
-                   number(run.ratio(f"Threads/{n}", "Threads/1"))] for n in run.names("Threads/")))
+                   *(number(run.ratio(f"{kind}/{n}", f"{kind}/1")) for kind in ("Threads", "Arithmetic"))]
+                  for n in run.names("Threads/")))
 
 
 def modes(run):
