@@ -95,13 +95,17 @@ unsigned int FontFile::GlyphOfUnicode(unsigned int character) const {
 }
 
 unsigned int FontFile::GlyphOfCode(unsigned int code) const {
+    bool hasCodes = false;
     for (const FT_Encoding encoding :
          {FT_ENCODING_MS_SYMBOL, FT_ENCODING_APPLE_ROMAN, FT_ENCODING_ADOBE_CUSTOM, FT_ENCODING_ADOBE_STANDARD}) {
         if (FT_Select_Charmap(face_.get(), encoding) != 0) continue;
+        hasCodes = true;
         for (const unsigned int page : {0x0000U, 0xF000U, 0xF100U, 0xF200U})
             if (const unsigned int glyph = FT_Get_Char_Index(face_.get(), page + code)) return glyph;
     }
-    return 0;
+    if (hasCodes) return 0;
+    if (face_->num_charmaps == 0) return code;
+    return FT_Set_Charmap(face_.get(), face_->charmaps[0]) == 0 ? FT_Get_Char_Index(face_.get(), code) : 0;
 }
 
 unsigned int FontFile::GlyphOfCid(unsigned int cid) const {

@@ -24,7 +24,8 @@ public:
     [[nodiscard]] unsigned int GlyphOfName(const std::string& name) const;
     // By a table of Unicode, or else of Mac codes.
     [[nodiscard]] unsigned int GlyphOfUnicode(unsigned int character) const;
-    // By the font's own codes: a table of symbols, of Mac codes or the encoding of a Type 1 font.
+    // By the font's own codes: a table of symbols, of Mac codes or the encoding of a Type 1 font, or else whatever
+    // table there is; without tables glyphs are in the order of codes.
     [[nodiscard]] unsigned int GlyphOfCode(unsigned int code) const;
     // What a composite font's character identifier leads to where the PDF file has no table.
     [[nodiscard]] unsigned int GlyphOfCid(unsigned int cid) const;

@@ -57,6 +57,7 @@ void Interpreter::PaintPicture(QPDFObjectHandle picture) {
     page_.budget.Spend(kTimesForPicture * std::clamp<double>(samples, 0, kMostPicturePixels));
     const PlacedPicture placed =
         PlacePicture(picture, resources_, state_.toDevice, Visible(), page_.pictures, page_.notes);
+    Spend(placed.coverage.box, kTimesForPicture);
     if (placed.image == nullptr) {
         PaintShape(placed.coverage, state_.fill);
     } else {

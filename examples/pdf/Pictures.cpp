@@ -69,16 +69,17 @@ Pixel MeanOf(const Picture& picture, const Run& columns, const Run& rows) {
     return mean;
 }
 
-// Calls `put(x, y, pixel)` for the pixels of a box.
-template <typename Put>
-void Sample(const Picture& picture, const Matrix& toPicture, const Pixels& box, Put put) {
+// Samples a picture where a mask covers anything, into the same channels of an image as large as the mask's box.
+void Sample(const Picture& picture, const Matrix& toPicture, const Mask& coverage, unsigned char* out) {
     // A pixel is a parallelogram there; these are half the sides of the upright rectangle around it.
     const double reachX = (std::abs(toPicture.a) + std::abs(toPicture.c)) / 2;
     const double reachY = (std::abs(toPicture.b) + std::abs(toPicture.d)) / 2;
-    for (int y = box.y0; y < box.y1; ++y) {
-        for (int x = box.x0; x < box.x1; ++x) {
+    for (int y = coverage.box.y0; y < coverage.box.y1; ++y) {
+        for (int x = coverage.box.x0; x < coverage.box.x1; ++x, out += picture.channels) {
+            if (SampleAt(coverage, x, y) == 0) continue;
             const PointD middle = toPicture.Map({x + 0.5, y + 0.5});
-            put(x, y, MeanOf(picture, {middle.x, reachX, picture.width}, {middle.y, reachY, picture.height}));
+            const Pixel mean = MeanOf(picture, {middle.x, reachX, picture.width}, {middle.y, reachY, picture.height});
+            std::copy_n(mean.begin(), picture.channels, out);
         }
     }
 }
@@ -113,14 +114,11 @@ PlacedPicture PlacePicture(QPDFObjectHandle stream, QPDFObjectHandle resources, 
     const Matrix toPicture = Concat(matrix.Inverse(), {width, 0, 0, -height, 0, height});
     if (picture->channels == 1) {
         const Mask stencil = MakeMask(box);
-        Sample(*picture, toPicture, box,
-               [&](int x, int y, const Pixel& pixel) { RowOf(stencil, y)[x - box.x0] = pixel[0]; });
+        Sample(*picture, toPicture, placed.coverage, RowOf(stencil, box.y0));
         return {Intersect(placed.coverage, stencil), nullptr};
     }
     placed.image = MakeImage(box);
-    unsigned char* out = placed.image->GetPixelData();
-    Sample(*picture, toPicture, box,
-           [&](int, int, const Pixel& pixel) { out = std::copy(pixel.begin(), pixel.end(), out); });
+    Sample(*picture, toPicture, placed.coverage, placed.image->GetPixelData());
     return placed;
 }
 
