@@ -22,11 +22,11 @@ struct VectorRow : ScalarRow<F> {};
 
 /// 32-bit pixels: copied, with the alpha byte inverted where the format says so.
 template <PixelFormat F>
-struct WordRow {
+requires(HasAlpha(F)) struct VectorRow<F> {
     static void Read(const unsigned char* pixels, unsigned char* packed, std::size_t count) {
         const hn::ScalableTag<std::uint8_t> bytes;
         const hn::ScalableTag<std::uint32_t> words;
-        const auto invert = hn::BitCast(bytes, hn::Set(words, F == PixelFormat::Bgra32Inverted ? 0xFF000000U : 0U));
+        const auto invert = hn::BitCast(bytes, hn::Set(words, FactsOf(F).inverted ? 0xFF000000U : 0U));
         std::size_t i = 0;
         for (; i + hn::Lanes(words) <= count; i += hn::Lanes(words)) {
             hn::StoreU(hn::Xor(hn::LoadU(bytes, pixels + i * 4), invert), bytes, packed + i * 4);
@@ -43,7 +43,7 @@ struct WordRow {
         const hn::ScalableTag<std::uint32_t> words;
         const hn::Repartition<std::uint8_t, decltype(words)> bytes;
         const hn::Rebind<std::uint8_t, decltype(words)> flags;
-        const auto invert = hn::Set(words, F == PixelFormat::Bgra32Inverted ? 0xFF000000U : 0U);
+        const auto invert = hn::Set(words, FactsOf(F).inverted ? 0xFF000000U : 0U);
         std::size_t i = 0;
         for (; i + hn::Lanes(words) <= count; i += hn::Lanes(words)) {
             const auto chosen = hn::PromoteTo(words, hn::LoadU(flags, select + i));
@@ -55,12 +55,6 @@ struct WordRow {
         ScalarRow<F>::Write(pixels + i * 4, packed + i * 4, select + i, count - i);
     }
 };
-template <>
-struct VectorRow<PixelFormat::Bgra32Premultiplied> : WordRow<PixelFormat::Bgra32Premultiplied> {};
-template <>
-struct VectorRow<PixelFormat::Bgra32Inverted> : WordRow<PixelFormat::Bgra32Inverted> {};
-template <>
-struct VectorRow<PixelFormat::Bgra32> : WordRow<PixelFormat::Bgra32> {};
 
 /// 24-bit pixels: the 32-bit words they lie in are dealt out to the 16-byte blocks of a vector, four pixels to each,
 /// and spread there.
