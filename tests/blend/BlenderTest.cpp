@@ -278,7 +278,7 @@ TEST(Mask, RowsOfOpaquePixelsAndOthersArePaintedAlike) {
             const auto mask = make(8, stencil ? PixelFormat::Index1 : PixelFormat::Index8);
             mask->SetPalette(GreyPalette(256));
             // The fourth row of the range has a translucent pixel.
-            for (std::size_t i = 3; i < source->Size(); i += 4) source->GetPixelData()[i] = i == 1203 ? 128 : 255;
+            for (std::size_t i = 3; i < source->Size(); i += 4) source->GetPixelData()[i] = i == 1183 ? 128 : 255;
             for (std::size_t i = 3; i < page->Size(); i += 4) page->GetPixelData()[i] = 255;
             const auto model = std::make_shared<TestImage>(Shape{75, 9, PixelFormat::Bgra32, 1});
             std::ranges::copy(page->Bytes(), model->GetPixelData());

@@ -22,13 +22,23 @@ MaskKind KindOfMask(const BlendRequestBase& request) {
     return transfer != nullptr && IsOwnTransferFunction(*transfer) ? MaskKind::Soft : MaskKind::Other;
 }
 
-/// What lies below the first rows of an area.
-PaintArea Below(const PaintArea& area, unsigned int rows) {
-    PaintArea below = area;
-    below.targetY += static_cast<int>(rows);
-    below.sourceY += static_cast<int>(rows);
-    below.height -= rows;
-    return below;
+/// A part of an area, from its pixel (x, y) on.
+PaintArea PartOf(const PaintArea& area, unsigned int x, unsigned int y, unsigned int width, unsigned int height) {
+    const auto right = static_cast<int>(x), down = static_cast<int>(y);
+    return {area.targetX + right, area.targetY + down, area.sourceX + right, area.sourceY + down, width, height};
+}
+
+/// Calls `paint(part, x, y)` for the parts, the first pixel of each at (x, y), that an area is left with when its first
+/// pixels are painted, row by row.
+template <typename PaintPart>
+void EachPartBehind(std::size_t painted, const PaintArea& area, PaintPart paint) {
+    auto y = static_cast<unsigned int>(painted / area.width);
+    const auto x = static_cast<unsigned int>(painted % area.width);
+    if (x != 0) {
+        paint(PartOf(area, x, y, area.width - x, 1), x, y);
+        ++y;
+    }
+    if (y < area.height) paint(PartOf(area, 0, y, area.width, area.height - y), 0U, y);
 }
 
 /// Paints the rectangles of one call as spans, or pixel by pixel where the order of the pixels can be seen.
@@ -72,44 +82,47 @@ private:
         const auto from = [&](unsigned int y, unsigned int height) {
             return PixelRows<const unsigned char>{bits.Row(y), bits.step, height};
         };
-        const unsigned int mixed = MixTop(area, [&](const MixedRows& rows) {
+        const std::size_t mixed = Mix(area, [&](const MixedRows& rows) {
             return ActiveMaskStages().byBits(rows, from(maskY, area.height), maskX, *request_.alpha);
         });
-        const unsigned int y = maskY + mixed;
         const bool copies = !Traits::kGroup && kernel_.mode == BlendMode::Normal && *request_.alpha == 255;
-        const auto readMask = [&](const PaintArea& piece, unsigned int i, unsigned int j, Span& span) {
-            span.composite.stencil = true;
-            const Painted painted = ReadStencil(from(y + j, piece.height), maskX + i, piece.width, span.select);
-            if (painted == Painted::Nothing) return Verdict::Skip;
-            if (painted == Painted::Some) span.composite.select = span.select;
-            return copies ? Verdict::Copy : Verdict::Composite;
-        };
-        Paint(Below(area, mixed), MaskKind::Stencil, readMask, MaskedInOrder(maskX, y));
+        EachPartBehind(mixed, area, [&](const PaintArea& part, unsigned int x, unsigned int y) {
+            const auto readMask = [&](const PaintArea& piece, unsigned int i, unsigned int j, Span& span) {
+                span.composite.stencil = true;
+                const Painted painted =
+                    ReadStencil(from(maskY + y + j, piece.height), maskX + x + i, piece.width, span.select);
+                if (painted == Painted::Nothing) return Verdict::Skip;
+                if (painted == Painted::Some) span.composite.select = span.select;
+                return copies ? Verdict::Copy : Verdict::Composite;
+            };
+            Paint(part, MaskKind::Stencil, readMask, MaskedInOrder(maskX + x, maskY + y));
+        });
     }
 
     void ThroughSoftMask(const PaintArea& area, unsigned int maskX, unsigned int maskY) {
         SoftMaskReader reader(**request_.mask, **request_.maskTransfer, *request_.alpha, Traits::kGroup,
                               std::size_t{area.width} * area.height);
-        const unsigned int mixed = MixTop(area, [&](const MixedRows& rows) -> std::size_t {
+        const std::size_t mixed = Mix(area, [&](const MixedRows& rows) -> std::size_t {
             const auto keys = reader.ReadKeys(maskX, maskY, area.width, area.height);
             return keys ? ActiveMaskStages().byKeys(rows, *keys, reader.AlphaOfKey()) : 0;
         });
-        const unsigned int y = maskY + mixed;
-        const auto readMask = [&](const PaintArea& piece, unsigned int i, unsigned int j, Span& span) {
-            span.composite.opacity = span.opacity;
-            const bool fits =
-                reader.Read(maskX + i, y + j, piece.width, piece.height, span.composite.source, span.opacity);
-            return fits ? Verdict::Composite : Verdict::InOrder;
-        };
-        Paint(Below(area, mixed), MaskKind::Soft, readMask, MaskedInOrder(maskX, y));
+        EachPartBehind(mixed, area, [&](const PaintArea& part, unsigned int x, unsigned int y) {
+            const auto readMask = [&](const PaintArea& piece, unsigned int i, unsigned int j, Span& span) {
+                span.composite.opacity = span.opacity;
+                const bool fits = reader.Read(maskX + x + i, maskY + y + j, piece.width, piece.height,
+                                              span.composite.source, span.opacity);
+                return fits ? Verdict::Composite : Verdict::InOrder;
+            };
+            Paint(part, MaskKind::Soft, readMask, MaskedInOrder(maskX + x, maskY + y));
+        });
     }
 
-    /// Mixes the rows on top of an area of which all pixels are opaque by `mix(rows)`, where the call allows that.
-    /// @return how many rows that are.
-    template <typename Mix>
-    unsigned int MixTop(const PaintArea& area, Mix mix) const {
+    /// Mixes the first pixels of an area, as far as they are opaque, by `mix(rows)`, where the call allows that.
+    /// @return how many, row by row.
+    template <typename MixStage>
+    std::size_t Mix(const PaintArea& area, MixStage mix) const {
         const std::optional<MixedRows> rows = painter_.RowsToMix(area);
-        return rows ? static_cast<unsigned int>(mix(*rows)) : 0;
+        return rows ? mix(*rows) : 0;
     }
 
     /// Paints a piece of an area, the first pixel of which meets the mask at (maskX, maskY), pixel by pixel.
@@ -134,7 +147,7 @@ private:
     /// pixel is (i, j) of the area, `inOrder(piece, i, j)` paints one pixel by pixel.
     template <typename ReadMask, typename InOrder>
     void Paint(const PaintArea& area, MaskKind mask, ReadMask readMask, InOrder inOrder) {
-        if (area.height == 0 || !Reachable(area)) return;
+        if (!Reachable(area)) return;
         const SpanPlan plan = PlanSpans(
             area, mask,
             {kernel_, painter_.Target().step, painter_.Source().step, *request_.alpha, Traits::kGroup, inOrder_});

@@ -57,6 +57,9 @@ public:
     /// Learns all keys that a mask can have, which saves looking for unknown ones.
     void LearnAll();
 
+    /// Whether all keys are known and none leaves 0 to 1.
+    [[nodiscard]] bool KnowsAll() const { return allInRange_; }
+
     /// By keys that are known: the opacity outside groups, the same cut to 8 bits, and the effective alpha of an opaque
     /// source.
     /// @{

@@ -70,7 +70,7 @@ std::optional<PixelRows<const unsigned char>> SoftMaskReader::ReadKeys(unsigned 
                                                                        std::size_t width, std::size_t height) {
     if (key_ != MaskKey::Index || BitsPerPixel(format_) != 8) return std::nullopt;
     const PixelRows<const unsigned char> keys{rows_.Row(y) + x, rows_.step, height};
-    for (std::size_t row = 0; row < height; ++row) {
+    for (std::size_t row = 0; row < height && !opacities_.KnowsAll(); ++row) {
         if (!opacities_.Learn(keys.Row(row), width)) return std::nullopt;
     }
     return keys;

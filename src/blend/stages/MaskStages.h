@@ -45,8 +45,9 @@ struct KeyedSpan {
 /// Opaque pixels mixed into opaque ones where they lie, by an alpha a pixel: Normal as text, outlines and shadows need
 /// it. Pixels are (source * alpha + target * (255-alpha)) / 255, each byte of them.
 struct MaskStages {
-    /// Mixes by the alphas of keys, a byte a pixel. Stops before the first row that has a pixel that is not opaque.
-    /// @return the rows that are mixed.
+    /// Mixes by the alphas of keys, a byte a pixel. Stops before the first pixel that is not opaque, or some pixels
+    /// ahead of it.
+    /// @return how many pixels are mixed, row by row.
     std::size_t (*byKeys)(const MixedRows& rows, const PixelRows<const unsigned char>& keys,
                           const ByteTable& alphaOfKey);
     /// The same by bits of a stencil, from bit `first` of each row on, the most significant bit of a byte first: by

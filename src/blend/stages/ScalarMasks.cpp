@@ -5,13 +5,6 @@
 namespace vantu {
 namespace {
 
-bool AllOpaque(const unsigned char* target, const unsigned char* source, std::size_t width) {
-    unsigned char common = 255;
-    for (std::size_t i = 3; i < width * kPackedBytes; i += kPackedBytes)
-        common = static_cast<unsigned char>(common & target[i] & source[i]);
-    return common == 255;
-}
-
 /// (s*a + t*(255-a)) / 255 of each byte.
 void MixPixel(unsigned char* target, const unsigned char* source, std::uint32_t alpha) {
     for (std::size_t c = 0; c < kPackedBytes; ++c) {
@@ -23,14 +16,14 @@ void MixPixel(unsigned char* target, const unsigned char* source, std::uint32_t 
 template <typename AlphaAt>
 std::size_t MixRows(const MixedRows& rows, AlphaAt alphaAt) {
     for (std::size_t row = 0; row < rows.target.count; ++row) {
-        unsigned char* const target = rows.target.Row(row);
-        const unsigned char* const source = rows.source.Row(row);
-        if (!AllOpaque(target, source, rows.width)) return row;
         for (std::size_t x = 0; x < rows.width; ++x) {
-            MixPixel(target + x * kPackedBytes, source + x * kPackedBytes, alphaAt(row, x));
+            unsigned char* const target = rows.target.Row(row) + x * kPackedBytes;
+            const unsigned char* const source = rows.source.Row(row) + x * kPackedBytes;
+            if ((target[3] & source[3]) != 255) return row * rows.width + x;
+            MixPixel(target, source, alphaAt(row, x));
         }
     }
-    return rows.target.count;
+    return rows.target.count * rows.width;
 }
 
 std::size_t MixByKeys(const MixedRows& rows, const PixelRows<const unsigned char>& keys, const ByteTable& alphaOfKey) {

@@ -47,17 +47,17 @@ HWY_INLINE void StoreFirst(Pixels v, unsigned char* packed, std::size_t count) {
 
 #endif
 
-/// Whether the pixels of a row are opaque, in both images.
-HWY_INLINE bool AllOpaque(const unsigned char* target, const unsigned char* source, std::size_t width) {
+/// Whether pixels are opaque, in both images.
+HWY_INLINE bool AllOpaque(const unsigned char* target, const unsigned char* source, std::size_t count) {
     const std::size_t lanes = hn::Lanes(kPixels);
     const Pixels opaque = hn::Set(kPixels, 0xFF000000);
     Pixels common = opaque;
     std::size_t i = 0;
-    for (; i + lanes <= width; i += lanes) {
+    for (; i + lanes <= count; i += lanes) {
         common = hn::And(common, hn::And(LoadPixels(target + i * kPackedBytes), LoadPixels(source + i * kPackedBytes)));
     }
     if (!hn::AllTrue(kPixels, hn::Eq(common, opaque))) return false;
-    for (; i < width; ++i) {
+    for (; i < count; ++i) {
         if ((target[i * kPackedBytes + 3] & source[i * kPackedBytes + 3]) != 255) return false;
     }
     return true;
@@ -78,35 +78,39 @@ HWY_INLINE void MixVectors(unsigned char* target, const unsigned char* source, s
     }
 }
 
+/// Mixes the pixels of a row. @return how many, from the first on.
 template <typename Alphas>
-HWY_INLINE void MixRow(unsigned char* target, const unsigned char* source, const unsigned char* mask, std::size_t width,
-                       const Alphas& alphas) {
+HWY_INLINE std::size_t MixRow(unsigned char* target, const unsigned char* source, const unsigned char* mask,
+                              std::size_t width, const Alphas& alphas) {
     PieceAlphas piece;
     std::size_t x = 0;
     for (; x + piece.kPixels <= width; x += piece.kPixels) {
+        if (!AllOpaque(target, source, piece.kPixels)) return x;
         alphas.Read(mask, x, piece.kPixels, piece);
-        MixVectors(target + x * kPackedBytes, source + x * kPackedBytes, piece.kPixels, piece);
+        MixVectors(target, source, piece.kPixels, piece);
+        target += piece.kPixels * kPackedBytes;
+        source += piece.kPixels * kPackedBytes;
     }
-    if (x == width) return;
-    alphas.Read(mask, x, width - x, piece);
-    const std::size_t rest = (width - x) % hn::Lanes(kPixels);
-    const std::size_t whole = width - x - rest;
-    MixVectors(target + x * kPackedBytes, source + x * kPackedBytes, whole, piece);
-    if (rest == 0) return;
-    target += (width - rest) * kPackedBytes;
-    source += (width - rest) * kPackedBytes;
+    const std::size_t count = width - x;
+    if (count == 0 || !AllOpaque(target, source, count)) return x;
+    alphas.Read(mask, x, count, piece);
+    const std::size_t rest = count % hn::Lanes(kPixels);
+    const std::size_t whole = count - rest;
+    MixVectors(target, source, whole, piece);
+    if (rest == 0) return width;
+    target += whole * kPackedBytes;
+    source += whole * kPackedBytes;
     StoreFirst(Mixed(LoadFirst(source, rest), LoadFirst(target, rest), piece.alphas + whole), target, rest);
+    return width;
 }
 
 template <typename Alphas>
 std::size_t MixRows(const MixedRows& rows, const PixelRows<const unsigned char>& mask, const Alphas& alphas) {
     for (std::size_t row = 0; row < rows.target.count; ++row) {
-        unsigned char* const target = rows.target.Row(row);
-        const unsigned char* const source = rows.source.Row(row);
-        if (!AllOpaque(target, source, rows.width)) return row;
-        MixRow(target, source, mask.Row(row), rows.width, alphas);
+        const std::size_t mixed = MixRow(rows.target.Row(row), rows.source.Row(row), mask.Row(row), rows.width, alphas);
+        if (mixed < rows.width) return row * rows.width + mixed;
     }
-    return rows.target.count;
+    return rows.target.count * rows.width;
 }
 
 std::size_t MixByKeys(const MixedRows& rows, const PixelRows<const unsigned char>& keys, const ByteTable& alphaOfKey) {
