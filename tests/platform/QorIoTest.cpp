@@ -11,6 +11,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -36,11 +37,13 @@ protected:
         return bytes;
     }
 
-    // Characters of two, three and four bytes in UTF-8; the first after the surrogates, and one that is no character.
+    // Characters of two, three and four bytes in UTF-8, the last there is, the first after the surrogates; then the
+    // last and the first surrogate, which are no characters.
     const std::string folder_ = testing::TempDir();
-    const std::string path_ = folder_ + "qorio \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xEE\x80\x80\xEF\xBF\xBD";
-    const std::wstring widePath_ =
-        std::wstring(folder_.begin(), folder_.end()) + L"qorio \u00E9\u20AC\U0001F600\uE000" + wchar_t{0xDFFF};
+    const std::string path_ =
+        folder_ + "qorio \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF\xEE\x80\x80\xEF\xBF\xBD\xEF\xBF\xBD";
+    const std::wstring widePath_ = std::wstring(folder_.begin(), folder_.end()) +
+                                   L"qorio \u00E9\u20AC\U0001F600\U0010FFFF\uE000" + wchar_t{0xDFFF} + wchar_t{0xD800};
     int fd_ = -1;
 };
 
@@ -82,20 +85,35 @@ TEST_F(QorIo, SeeksReadsToTheEndAndEmpties) {
     EXPECT_EQ(Content(), Bytes{});
 }
 
-TEST_F(QorIo, SignalsCutNoReadShortAndChildrenGetNoDescriptor) {
-    EXPECT_NE(fcntl(fd_, F_GETFD) & FD_CLOEXEC, 0);
-    static std::array<int, 2> ends;
-    ASSERT_EQ(pipe(ends.data()), 0);
+/// Calls `call` while a signal comes, which breaks off what waits.
+template <typename Call>
+void WithSignal(void (*handler)(int), Call call) {
     struct sigaction wake {
     }, before{};
-    wake.sa_handler = [](int) { static_cast<void>(write(ends[1], "abc", 3) == 3); };  // a read that waits is broken off
+    wake.sa_handler = handler;
     ASSERT_EQ(sigaction(SIGALRM, &wake, &before), 0);
     const itimerval soon{{0, 0}, {0, 20000}};
     ASSERT_EQ(setitimer(ITIMER_REAL, &soon, nullptr), 0);
-    std::array<unsigned char, 3> buffer{};
-    EXPECT_EQ(QorReadFile(buffer.data(), 3, ends[0]), 3U);
-    EXPECT_EQ(buffer[2], 'c');
+    call();
     sigaction(SIGALRM, &before, nullptr);
+}
+
+TEST_F(QorIo, SignalsCutNothingShortAndChildrenGetNoDescriptor) {
+    EXPECT_NE(fcntl(fd_, F_GETFD) & FD_CLOEXEC, 0);
+    static std::array<int, 2> ends;
+    ASSERT_EQ(pipe(ends.data()), 0);
+    std::array<unsigned char, 3> buffer{};
+    WithSignal([](int) { static_cast<void>(write(ends[1], "abc", 3) == 3); },
+               [&] { EXPECT_EQ(QorReadFile(buffer.data(), 3, ends[0]), 3U); });
+    EXPECT_EQ(buffer[2], 'c');
+    for (const int end : ends) QorCloseFile(end);
+
+    // A named pipe is opened when somebody opens its other end.
+    static const std::string pipe = folder_ + "qorio_pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    WithSignal([](int) { ends[1] = open(pipe.c_str(), O_RDWR); },
+               [&] { EXPECT_NE(QorOpenFile(pipe, &ends[0], QOR_OPEN_READ), 0); });
+    unlink(pipe.c_str());
     for (const int end : ends) QorCloseFile(end);
 }
 

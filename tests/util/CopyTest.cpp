@@ -135,6 +135,7 @@ TEST(Copy, RefusalsWriteNothing) {
     source.HideMemory();
     EXPECT_FALSE(ImageUtil::Copy(source, {0, 0, 2, 2}, target, {0, 0}));
     EXPECT_FALSE(ImageUtil::Copy(target, {0, 0, 2, 2}, source, {0, 0}));
+    EXPECT_TRUE(ImageUtil::Copy(source, {0, 2, 2, 0}, target, {0, 0})) << "of no rows no memory is needed";
 }
 
 }  // namespace
