@@ -46,12 +46,13 @@ public:
     /// @throws std::logic_error where the painter breaks a promise.
     void Run() {
         for (int calls = 0; choices_.Any() && calls < 20; ++calls) {
-            switch (choices_.Between(0, 8)) {
+            switch (choices_.Between(0, 9)) {
                 case 0: SetClip(); break;
-                case 1: BeginGroup(); break;
-                case 2: EndGroup(); break;
-                case 3:
-                case 4: Fill(); break;
+                case 1:
+                case 2: BeginGroup(); break;
+                case 3: EndGroup(); break;
+                case 4:
+                case 5: Fill(); break;
                 default: Draw(); break;
             }
         }
