@@ -10,7 +10,7 @@ std::function<void()> MakePixmanPainter(const BlendCase& /*blendCase*/, const Bl
     return {};
 }
 
-bool HasPixmanPeer(const PageCall& /*call*/) {
+bool HasPixman() {
     return false;
 }
 

@@ -137,6 +137,7 @@ void Register(const std::filesystem::path& folder, const std::string& group) {
     }
     for (const auto& file : files) {
         for (const Way& way : kWays) {
+            if (way.make == MakePixman && !HasPixman()) continue;
             const std::string name = "Pages/" + std::string(way.name) + '/' + group + '/' + file.stem().string();
             benchmark::RegisterBenchmark(name.c_str(), [path = file.string(), &way](benchmark::State& state) {
                 Run(state, path, way);

@@ -136,9 +136,8 @@ std::function<void()> MakePixmanPainter(const BlendCase& c, const BlendScene& sc
     };
 }
 
-/// There is one mask in a call, so that a picture is painted through a mask or with a constant alpha.
-bool HasPixmanPeer(const PageCall& call) {
-    return call.isColor || !call.paint.mask || call.paint.alpha == 255;
+bool HasPixman() {
+    return true;
 }
 
 std::function<void()> MakePixmanReplay(const PageScene& scene) {

@@ -13,10 +13,11 @@ bool HasPixmanPeer(const BlendCase& blendCase);
 /// Paints the whole column of a scene with pixman's operator of the case's mode. For cases that have a peer.
 std::function<void()> MakePixmanPainter(const BlendCase& blendCase, const BlendScene& scene);
 
-/// Whether pixman has what a call does.
-bool HasPixmanPeer(const PageCall& call);
+/// Whether pixman was there to build with.
+bool HasPixman();
 
-/// Paints all calls with pixman. For calls that have a peer, on a page that stays where it is.
+/// Paints all calls with pixman, on a page that stays where it is. There is one mask in a call of pixman.
+/// REQUIRES: pixman is there, and no picture is painted through a mask with a constant alpha below 255.
 std::function<void()> MakePixmanReplay(const PageScene& scene);
 
 }  // namespace vantu::bench

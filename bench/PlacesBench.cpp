@@ -123,7 +123,7 @@ void Register(const std::string& table, const std::string& name, Make make) {
         benchmark::RegisterBenchmark(full.c_str(), run)->UseManualTime();
     };
     add("Library", MakeBlendReplay, IsExact);
-    if (HasPixmanPeer(PageCall{})) add("Pixman", MakePixmanReplay, IsNearlyExact);
+    if (HasPixman()) add("Pixman", MakePixmanReplay, IsNearlyExact);
 }
 
 Image MakeOneColor(unsigned int size) {

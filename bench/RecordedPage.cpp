@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "PagePainter.h"
-#include "PixmanPeer.h"
 
 namespace vantu::bench {
 namespace {
