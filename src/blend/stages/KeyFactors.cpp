@@ -28,12 +28,13 @@ std::optional<std::uint32_t> FactorOf(const ByteTable& as) {
 
 }  // namespace
 
-KeyFactors::KeyFactors(const std::array<double, 256>& opacities) : low(), high() {
+KeyFactors::KeyFactors(const std::array<double, 256>& opacities) : words(), low(), high() {
     for (std::size_t key = 0; key < opacities.size(); ++key) {
         const ByteTable alphas = EffectiveAlphas(opacities[key]);
         std::uint32_t factor = FactorOf(alphas).value_or(static_cast<std::uint32_t>(kUneven + uneven.size()));
         if (factor == 65536) factor = kWhole;
         if (factor >= kUneven) uneven.push_back(alphas);
+        words[key] = static_cast<std::uint16_t>(factor);
         low[key] = static_cast<unsigned char>(factor);
         high[key] = static_cast<unsigned char>(factor >> 8);
     }

@@ -29,7 +29,8 @@ struct KeyFactors {
 
     explicit KeyFactors(const std::array<double, 256>& opacities);
 
-    ByteTable low;  ///< the low and high bytes of the factors by key
+    std::array<std::uint16_t, 256> words;  ///< the factors by key, and their low and high bytes
+    ByteTable low;
     ByteTable high;
     std::vector<ByteTable> uneven;  ///< effective alphas by source alpha
 };

@@ -59,7 +59,7 @@ void LookUp(const unsigned char* keys, std::size_t count, const ByteTable& table
 void ScaleAlphas(const KeyedSpan& span, const KeyFactors& factors) {
     for (std::size_t i = 0; i < span.count; ++i) {
         const unsigned char key = span.keys[i], sa = span.source[i * kPackedBytes + 3];
-        const std::uint32_t factor = factors.low[key] + 256U * factors.high[key];
+        const std::uint32_t factor = factors.words[key];
         span.effective[i] = factor >= KeyFactors::kUneven  ? factors.uneven[factor - KeyFactors::kUneven][sa]
                             : factor == KeyFactors::kWhole ? sa
                                                            : static_cast<unsigned char>(sa * factor >> 16);
