@@ -10,9 +10,6 @@
 
 namespace vantu {
 
-using PDFBlend::BlendingTraits;
-using PDFBlend::GroupBlendingTraits;
-
 /// Paints a source of format `Src` on an image of format `Dst`: an instance is nothing but its type.
 template <PixelFormat Dst, PixelFormat Src, BlendMode Mode, typename Traits>
 struct CPDFImageBlender::PixelBlend final : PixelBlendBase<Traits> {
@@ -82,10 +79,12 @@ const CPDFImageBlender::RasterizerBlendBase<Traits>* CPDFImageBlender::FindRaste
     return index < kBlendModeCount ? kRasterizerBlends<Traits>[index] : nullptr;
 }
 
-template const CPDFImageBlender::PixelBlendBase<BlendingTraits>* CPDFImageBlender::FindPixelBlend(BlendKey);
-template const CPDFImageBlender::PixelBlendBase<GroupBlendingTraits>* CPDFImageBlender::FindPixelBlend(BlendKey);
-template const CPDFImageBlender::RasterizerBlendBase<BlendingTraits>* CPDFImageBlender::FindRasterizerBlend(BlendMode);
-template const CPDFImageBlender::RasterizerBlendBase<GroupBlendingTraits>* CPDFImageBlender::FindRasterizerBlend(
+template const CPDFImageBlender::PixelBlendBase<PDFBlend::BlendingTraits>* CPDFImageBlender::FindPixelBlend(BlendKey);
+template const CPDFImageBlender::PixelBlendBase<PDFBlend::GroupBlendingTraits>* CPDFImageBlender::FindPixelBlend(
+    BlendKey);
+template const CPDFImageBlender::RasterizerBlendBase<PDFBlend::BlendingTraits>* CPDFImageBlender::FindRasterizerBlend(
     BlendMode);
+template const CPDFImageBlender::RasterizerBlendBase<PDFBlend::GroupBlendingTraits>*
+    CPDFImageBlender::FindRasterizerBlend(BlendMode);
 
 }  // namespace vantu
