@@ -114,19 +114,18 @@ HWY_INLINE void TransposeCells(hn::Vec<Block> (&rows)[16 / sizeof(Cell)]) {
 template <unsigned int Bits>
 struct VectorTurn {
     static void Reverse(const unsigned char* end, unsigned int shift, unsigned char* target, std::size_t count) {
-        const std::conditional_t<Bits == 24, Block, hn::ScalableTag<std::uint8_t>> d;
-        const std::size_t lanes = hn::Lanes(d);
-        const std::size_t used = Bits == 24 ? 15 : lanes;
-        const auto reverseAt = [&](std::size_t i) {
-            hn::StoreU(ReversedBefore<Bits>(d, end - i, shift), d, target + i);
-        };
-        std::size_t i = 0;
-        for (; i + lanes <= count; i += used) reverseAt(i);
-        if (Bits != 24 && i < count && count >= lanes) {
-            reverseAt(count - lanes);  // some of the pixels again
-            i = count;
+        const hn::ScalableTag<std::uint8_t> wide;
+        std::size_t done = 0;
+        if constexpr (Bits == 24) {
+            for (; done + kSquareBytes <= count; done += 15) {
+                hn::StoreU(ReversedBefore<Bits>(Block(), end - done, shift), Block(), target + done);
+            }
+        } else if (count >= hn::Lanes(wide)) {
+            return ReverseVectors(wide, end, shift, target, count);
+        } else if (count >= kSquareBytes) {
+            return ReverseVectors(Block(), end, shift, target, count);
         }
-        ScalarTurn<Bits>::Reverse(end - i, shift, target + i, count - i);
+        ScalarTurn<Bits>::Reverse(end - done, shift, target + done, count - done);
     }
 
     /// Tile by tile: rows of the source are copied to one place, from which squares go straight to the target. So rows
@@ -160,6 +159,19 @@ private:
     static constexpr std::size_t kPerByte = Bits < 8 ? 8 / Bits : 1;
     static constexpr std::size_t kTileSquares = Bits == 1 ? 4 : Bits <= 8 ? 8 : 16;  // as large as stays in the cache
     static constexpr std::size_t kRun = kTileSquares * kSideBytes;                   // from row to row of a tile
+
+    /// Reverses at least one vector, the last one maybe over pixels that are done already. Not inlined, so that rows
+    /// too short for wide registers do not touch them: narrow code waits after that.
+    template <class D>
+    static HWY_NOINLINE void ReverseVectors(D d, const unsigned char* end, unsigned int shift, unsigned char* target,
+                                            std::size_t count) {
+        const std::size_t lanes = hn::Lanes(d);
+        std::size_t i = 0;
+        for (; i + lanes <= count; i += lanes) hn::StoreU(ReversedBefore<Bits>(d, end - i, shift), d, target + i);
+        if (i == count) return;
+        i = count - lanes;
+        hn::StoreU(ReversedBefore<Bits>(d, end - i, shift), d, target + i);
+    }
 
     /// Copies a run of `squares` squares from as many rows as a byte has fields, or from one. The fields are transposed
     /// byte by byte on the way, so that whole bytes remain to be transposed: of each field's rows those of one field.
