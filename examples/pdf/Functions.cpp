@@ -111,8 +111,8 @@ bool Function::ReadSampled(QPDFObjectHandle stream) {
 bool Function::ReadExponential(QPDFObjectHandle dictionary) {
     std::vector<double> c0 = ToNumbers(Entry(dictionary, "/C0"));
     std::vector<double> c1 = ToNumbers(Entry(dictionary, "/C1"));
-    if (c0.empty()) c0 = {0};
-    if (c1.empty()) c1 = {1};
+    if (c0.empty()) c0.resize(std::max<std::size_t>(c1.size(), 1), 0);
+    if (c1.empty()) c1.resize(c0.size(), 1);
     outputs_ = std::min(c0.size(), c1.size());
     formula_ = [c0, c1, n = ToNumber(Entry(dictionary, "/N"), 1)](std::span<const double> in, std::span<double> out) {
         const double power = n == 1 ? in[0] : std::pow(in[0], n);

@@ -128,6 +128,8 @@ TEST(Function, GivesTheWorkedFigures) {
         "\x05\xAF");
     for (const auto& [what, object, in, out] : {
              Case{"exponential", ramp, {0.5}, {0.75, 0.25}},
+             Case{
+                 "without its end", Object("<< /FunctionType 2 /Domain [0 1] /C0 [0.5 0] /N 1 >>"), {0.5}, {0.75, 0.5}},
              Case{"beyond the domain and the range", ramp, {7}, {0, 0.5}},
              Case{"first of two", stitched, {0.25}, {0.25}},
              Case{"at the bound", stitched, {0.5}, {1}},
