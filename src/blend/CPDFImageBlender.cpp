@@ -10,6 +10,7 @@
 #include "blend/CheckedRanges.h"
 #include "blend/Coverage.h"
 #include "blend/GroupResolve.h"
+#include "pixel/Formats.h"
 
 namespace vantu {
 
@@ -18,11 +19,22 @@ using PDFBlend::GroupBlendingTraits;
 
 namespace {
 
+/// The kernel of a key; null unless its destination is of format 1 to 9, its source of 5 to 8, and its mode is one.
+template <typename Traits>
+const CPDFImageBlender::PixelBlendBase<Traits>* Find(const CPDFImageBlender::PixelBlends<Traits>& kernels,
+                                                     BlendKey key) {
+    constexpr std::size_t n = kPixelFormats.size();
+    const std::size_t destination = (key >> 16) - 1, source = (key >> 8 & 0xFF) - 1, mode = key & 0xFF;
+    const bool known = destination < n && source < n && mode < kBlendModeCount;
+    return known ? kernels[(destination * n + source) * kBlendModeCount + mode].get() : nullptr;
+}
+
 /// Paints with the kernel of the images' formats and the mode. @return false if there is none, or if it refuses.
 template <typename Traits>
-bool BlendOnImage(IQorImage& destination, IQorImage& source, BlendRequest<Traits>& request, BlendMode mode) {
+bool BlendOnImage(const CPDFImageBlender::PixelBlends<Traits>& kernels, IQorImage& destination, IQorImage& source,
+                  BlendRequest<Traits>& request, BlendMode mode) {
     const BlendKey key = MakeBlendKey(destination.GetPixelFormat(), source.GetPixelFormat(), mode);
-    const auto* const kernel = CPDFImageBlender::FindPixelBlend<Traits>(key);
+    const auto* const kernel = Find<Traits>(kernels, key);
     return kernel != nullptr && MayPaint(request, &destination, source) &&
            kernel->Blend(&destination, &source, &request);
 }
@@ -38,7 +50,11 @@ std::shared_ptr<IPDFImageBlender> IPDFImageBlender::Create(std::shared_ptr<IRast
 CPDFImageBlender::CPDFImageBlender(std::shared_ptr<IRasterizer> rasterizer, std::shared_ptr<IQorImage> image)
     : image_(std::move(image)),
       rasterizer_(std::move(rasterizer)),
-      surface_(image_ ? nullptr : rasterizer_->GetRasterSurface()) {
+      surface_(image_ ? nullptr : rasterizer_->GetRasterSurface()),
+      groupRasterizerBlends_(MakeRasterizerBlends<GroupBlendingTraits>()),
+      rasterizerBlends_(MakeRasterizerBlends<BlendingTraits>()),
+      groupPixelBlends_(MakePixelBlends<GroupBlendingTraits>()),
+      pixelBlends_(MakePixelBlends<BlendingTraits>()) {
     groupStack_.reserve(3);
 }
 
@@ -71,18 +87,18 @@ bool CPDFImageBlender::Blend(const std::shared_ptr<IQorImage>& source, const std
                                               &width, &top.knockout,      blended.get()};
     std::shared_ptr<Coverage> total = top.coverage ? CopyOf(*top.coverage) : CreateCoverage();
     total->AddCoverage(*painted);
-    if (!BlendOnImage(*top.image, *source, request, mode)) return false;
+    if (!BlendOnImage(groupPixelBlends_, *top.image, *source, request, mode)) return false;
     blended = std::move(painted);
     top.coverage = std::move(total);
     return true;
 }
 
 bool CPDFImageBlender::BlendOnDestination(IQorImage& source, BlendRequest<BlendingTraits>& request, BlendMode mode) {
-    if (image_) return BlendOnImage(*image_, source, request, mode);
+    if (image_) return BlendOnImage(pixelBlends_, *image_, source, request, mode);
     const std::unique_ptr<DynamicAccessor> colors = MakeConstAccessor(source);
-    const auto* const kernel = FindRasterizerBlend<BlendingTraits>(mode);
-    return colors && kernel != nullptr && MayPaint(request, nullptr, source) &&
-           kernel->Blend(surface_.get(), colors.get(), &request);
+    const auto index = static_cast<std::size_t>(mode);
+    return colors && index < rasterizerBlends_.size() && MayPaint(request, nullptr, source) &&
+           rasterizerBlends_[index]->Blend(surface_.get(), colors.get(), &request);
 }
 
 bool CPDFImageBlender::BeginGroup(const std::shared_ptr<IQorImage>& image, const std::shared_ptr<void>& heldObject,

@@ -20,7 +20,7 @@ constexpr BlendKey MakeBlendKey(PixelFormat destination, PixelFormat source, Ble
     return (static_cast<BlendKey>(destination) << 8 | static_cast<BlendKey>(source)) << 8 | static_cast<BlendKey>(mode);
 }
 
-/// The blender: its destination and its stack of open groups.
+/// The blender: its kernels, its destination and its stack of open groups.
 class CPDFImageBlender : public IPDFImageBlender {
 public:
     class CCoverage;
@@ -57,23 +57,32 @@ public:
                     bool keepBackdrop, bool plainResolve) override;
     bool EndGroup() override;
 
-    /// The kernel of a key; null unless its destination is of format 1 to 9, its source of 5 to 8, and its mode is one.
+    /// The kernels on images, by destination format, source format and mode; null for a source that is not painted.
     template <typename Traits>
-    static const PixelBlendBase<Traits>* FindPixelBlend(BlendKey key);
-    /// The kernel of a mode; null if the mode is none.
+    using PixelBlends = std::vector<std::unique_ptr<const PixelBlendBase<Traits>>>;
+    /// The kernels on surfaces, by mode.
     template <typename Traits>
-    static const RasterizerBlendBase<Traits>* FindRasterizerBlend(BlendMode mode);
+    using RasterizerBlends = std::vector<std::unique_ptr<const RasterizerBlendBase<Traits>>>;
 
 private:
+    template <typename Traits>
+    static PixelBlends<Traits> MakePixelBlends();
+    template <typename Traits>
+    static RasterizerBlends<Traits> MakeRasterizerBlends();
+
     bool BlendOnDestination(IQorImage& source, BlendRequest<PDFBlend::BlendingTraits>& request, BlendMode mode);
 
-    // Destruction runs backwards: surface, rasterizer, image, then the groups that are still open.
+    // Destruction runs backwards: kernels, surface, rasterizer, image, then the groups that are still open.
     std::vector<GroupState> groupStack_;  ///< the last is the top
     /// Memory of the last group, for the next one's alphas: fresh memory costs several times what painting on it does.
     std::vector<unsigned int> spareGroupAlpha_;
     std::shared_ptr<IQorImage> image_;
     std::shared_ptr<IRasterizer> rasterizer_;
-    std::shared_ptr<RasterSurface> surface_;  ///< only without an image
+    std::shared_ptr<RasterSurface> surface_;                                 ///< only without an image
+    RasterizerBlends<PDFBlend::GroupBlendingTraits> groupRasterizerBlends_;  ///< never selected
+    RasterizerBlends<PDFBlend::BlendingTraits> rasterizerBlends_;
+    PixelBlends<PDFBlend::GroupBlendingTraits> groupPixelBlends_;
+    PixelBlends<PDFBlend::BlendingTraits> pixelBlends_;
 };
 
 }  // namespace vantu

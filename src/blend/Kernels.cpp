@@ -1,5 +1,6 @@
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <utility>
 
 #include "blend/CPDFImageBlender.h"
@@ -33,58 +34,54 @@ struct CPDFImageBlender::RasterizerBlend final : RasterizerBlendBase<Traits> {
 
 namespace {
 
-// The kernels have no state: all blenders use the same objects.
+constexpr std::size_t kFormats = kPixelFormats.size();
+
+/// The kernel number `I` of a table by destination format, source format and mode.
+template <std::size_t I, typename Traits>
+std::unique_ptr<const CPDFImageBlender::PixelBlendBase<Traits>> MakePixelBlend() {
+    constexpr PixelFormat destination = kPixelFormats[I / kBlendModeCount / kFormats];
+    constexpr PixelFormat source = kPixelFormats[I / kBlendModeCount % kFormats];
+    constexpr auto mode = static_cast<BlendMode>(I % kBlendModeCount);
+    if constexpr (FactsOf(source).source) {
+        return std::make_unique<const CPDFImageBlender::PixelBlend<destination, source, mode, Traits>>();
+    }
+    return nullptr;
+}
 
 template <BlendMode Mode, typename Traits>
-constexpr CPDFImageBlender::RasterizerBlend<Mode, Traits> kRasterizerBlend;
-template <PixelFormat Dst, PixelFormat Src, BlendMode Mode, typename Traits>
-constexpr CPDFImageBlender::PixelBlend<Dst, Src, Mode, Traits> kPixelBlend;
-
-/// The kernels on surfaces, by mode.
-template <typename Traits>
-constexpr auto kRasterizerBlends =
-    MakeModeTable([]<BlendMode Mode>() -> const CPDFImageBlender::RasterizerBlendBase<Traits>* {
-        return &kRasterizerBlend<Mode, Traits>;
-    });
-
-/// The kernels of a pair of formats, by mode; null for a source that is not painted onto images.
-template <PixelFormat Dst, PixelFormat Src, typename Traits>
-constexpr auto kPixelBlendsOfPair =
-    MakeModeTable([]<BlendMode Mode>() -> const CPDFImageBlender::PixelBlendBase<Traits>* {
-        if constexpr (FactsOf(Src).source) return &kPixelBlend<Dst, Src, Mode, Traits>;
-        return nullptr;
-    });
-
-/// The kernels on images, by destination format, source format and mode.
-template <typename Traits>
-constexpr auto kPixelBlends = []<std::size_t... I>(std::index_sequence<I...>) {
-    constexpr std::size_t n = kPixelFormats.size();
-    return std::array{kPixelBlendsOfPair<kPixelFormats[I / n], kPixelFormats[I % n], Traits>...};
+std::unique_ptr<const CPDFImageBlender::RasterizerBlendBase<Traits>> MakeRasterizerBlend() {
+    return std::make_unique<const CPDFImageBlender::RasterizerBlend<Mode, Traits>>();
 }
-(std::make_index_sequence<kPixelFormats.size() * kPixelFormats.size()>());
+
+/// What the functions of an array make, in its order.
+template <typename Kernels, typename Makers>
+Kernels MakeAll(const Makers& makers) {
+    Kernels kernels;
+    kernels.reserve(makers.size());
+    for (const auto make : makers) kernels.push_back(make());
+    return kernels;
+}
 
 }  // namespace
 
 template <typename Traits>
-const CPDFImageBlender::PixelBlendBase<Traits>* CPDFImageBlender::FindPixelBlend(BlendKey key) {
-    constexpr std::size_t n = kPixelFormats.size();
-    const std::size_t destination = (key >> 16) - 1, source = (key >> 8 & 0xFF) - 1, mode = key & 0xFF;
-    const bool known = destination < n && source < n && mode < kBlendModeCount;
-    return known ? kPixelBlends<Traits>[destination * n + source][mode] : nullptr;
+CPDFImageBlender::PixelBlends<Traits> CPDFImageBlender::MakePixelBlends() {
+    static constexpr auto makers = []<std::size_t... I>(std::index_sequence<I...>) {
+        return std::array{&MakePixelBlend<I, Traits>...};
+    }
+    (std::make_index_sequence<kFormats * kFormats * kBlendModeCount>());
+    return MakeAll<PixelBlends<Traits>>(makers);
 }
 
 template <typename Traits>
-const CPDFImageBlender::RasterizerBlendBase<Traits>* CPDFImageBlender::FindRasterizerBlend(BlendMode mode) {
-    const auto index = static_cast<std::size_t>(mode);
-    return index < kBlendModeCount ? kRasterizerBlends<Traits>[index] : nullptr;
+CPDFImageBlender::RasterizerBlends<Traits> CPDFImageBlender::MakeRasterizerBlends() {
+    static constexpr auto makers = MakeModeTable([]<BlendMode Mode>() { return &MakeRasterizerBlend<Mode, Traits>; });
+    return MakeAll<RasterizerBlends<Traits>>(makers);
 }
 
-template const CPDFImageBlender::PixelBlendBase<PDFBlend::BlendingTraits>* CPDFImageBlender::FindPixelBlend(BlendKey);
-template const CPDFImageBlender::PixelBlendBase<PDFBlend::GroupBlendingTraits>* CPDFImageBlender::FindPixelBlend(
-    BlendKey);
-template const CPDFImageBlender::RasterizerBlendBase<PDFBlend::BlendingTraits>* CPDFImageBlender::FindRasterizerBlend(
-    BlendMode);
-template const CPDFImageBlender::RasterizerBlendBase<PDFBlend::GroupBlendingTraits>*
-    CPDFImageBlender::FindRasterizerBlend(BlendMode);
+template CPDFImageBlender::PixelBlends<PDFBlend::BlendingTraits> CPDFImageBlender::MakePixelBlends();
+template CPDFImageBlender::PixelBlends<PDFBlend::GroupBlendingTraits> CPDFImageBlender::MakePixelBlends();
+template CPDFImageBlender::RasterizerBlends<PDFBlend::BlendingTraits> CPDFImageBlender::MakeRasterizerBlends();
+template CPDFImageBlender::RasterizerBlends<PDFBlend::GroupBlendingTraits> CPDFImageBlender::MakeRasterizerBlends();
 
 }  // namespace vantu
