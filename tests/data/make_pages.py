@@ -354,6 +354,7 @@ def sample_depths():
         Raw(lambda c: place(picture(c, 2, 1, b"\xff\x33\x80", "/DeviceGray", Filter="/RunLengthDecode"), 9, 0, 2, 1),
             at_place(9, 0, 2, 1, [[gray(0.2), gray(0.2)]])),
         Raw("q 20 0 0 10 0 0 cm BI /W 2 /H 1 /CS /RGB /BPC 8 /F /AHx ID FF000000FF00> EI Q", at_place(0, 0, 2, 1, [[RED, GREEN]])),
+        Raw("q 10 0 0 10 20 0 cm BI /W 1 /H 1 /CS /G /BPC 8 /F /AHx ID 33> EI Q", at_place(2, 0, 1, 1, [[gray(0.2)]])),
         Raw(lambda c: place(picture(c, 400, 200, [90, 30] * 40000, "/DeviceGray"), 3, 0, 2, 1), at_place(3, 0, 2, 1, [[gray(60 / 255)]])),
     ]
     return 12, 3, elements
