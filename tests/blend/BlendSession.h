@@ -81,19 +81,24 @@ private:
     /// Memory in which most images lie and overlap; seldom there is some.
     std::optional<Twins> MakeArena() {
         if (!choices_.OneIn(8)) return std::nullopt;
-        Random random(choices_.Word()), same(random);
-        const Shape shape{10240, 1, PixelFormat::Index8};
-        return Twins{std::make_shared<TestImage>(shape, random), std::make_shared<TestImage>(shape, same)};
+        Random random(choices_.Word());
+        const Shape shape{7168, 1, PixelFormat::Index8};
+        const Twins twins{std::make_shared<TestImage>(shape, random), std::make_shared<TestImage>(shape)};
+        std::copy_n(twins.painted->GetPixelData(), twins.painted->Size(), twins.model->GetPixelData());
+        return twins;
     }
 
     /// Longer than a span in one direction, of the size of another image, or small.
     std::pair<int, int> MakeSize(int least, const Twins* like) {
-        switch (choices_.Byte() % 8) {
-            case 0: return {choices_.Between(200, 1200), choices_.Between(1, 2)};
-            case 1: return {choices_.Between(least, 40), choices_.Between(13, 50)};
-            case 2:
+        switch (choices_.Byte() % 16) {
+            case 0:
+            case 1: return {choices_.Between(200, 700), choices_.Between(1, 2)};
+            case 2: return {choices_.Between(least, 40), choices_.Between(13, 40)};
             case 3:
             case 4:
+            case 5:
+            case 6:
+            case 7:
                 if (like != nullptr) return {like->Bounds().x1, like->Bounds().y1};
                 [[fallthrough]];
             default: return {choices_.Between(least, 48), choices_.Between(least, 12)};
