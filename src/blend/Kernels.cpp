@@ -67,7 +67,7 @@ Kernels MakeAll(const Makers& makers) {
 template <typename Traits>
 CPDFImageBlender::PixelBlends<Traits> CPDFImageBlender::MakePixelBlends() {
     static constexpr auto makers = []<std::size_t... I>(std::index_sequence<I...>) {
-        return std::array{&MakePixelBlend<I, Traits>...};
+        return std::array<decltype(&MakePixelBlend<0, Traits>), sizeof...(I)>{&MakePixelBlend<I, Traits>...};
     }
     (std::make_index_sequence<kFormats * kFormats * kBlendModeCount>());
     return MakeAll<PixelBlends<Traits>>(makers);
