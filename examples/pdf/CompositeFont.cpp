@@ -32,7 +32,7 @@ GlyphNumbers<Count> ReadGlyphNumbers(QPDFObjectHandle array) {
         const int last = std::clamp(ToInteger(items[i + 1], -1), -1, kMostCids);
         for (std::size_t j = 0; j + Count <= list.size(); j += Count) numbers[cid++] = read(list, j);
         for (; cid <= last && room > 0; ++cid, --room) numbers[cid] = read(items, i + 2);
-        i += QPDFObjectHandle(items[i + 1]).isArray() ? 2 : 2 + Count;
+        i += list.empty() && last >= 0 ? 2 + Count : 2;
     }
     return numbers;
 }

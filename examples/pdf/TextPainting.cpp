@@ -85,8 +85,8 @@ void Interpreter::PaintGlyphContent(const Glyph& glyph, const Matrix& toUser) {
     if (IsHidden()) return;
     GraphicsState inside = state_;
     inside.toDevice = Concat(toUser, state_.toDevice);
-    const QPDFObjectHandle own = state_.text.font->Resources();
-    Interpreter content(page_, QPDFObjectHandle(own).isDictionary() ? own : resources_, inside, colorless_);
+    QPDFObjectHandle own = state_.text.font->Resources();
+    Interpreter content(page_, own.isDictionary() ? own : resources_, inside, colorless_);
     content.PaintOnce(glyph.content);
 }
 
