@@ -7,8 +7,7 @@
 
 namespace vantu {
 
-/// A palette: a fixed number of colours, addressed by the indices of a 1-, 4- or 8-bit image. Its entries lie one after
-/// another in memory, so that the first one's address is that of all.
+/// A palette: a fixed number of colours, addressed by the indices of a 1-, 4- or 8-bit image.
 ///
 /// Const operations may run on any number of threads at once; a writer needs the map to itself.
 class VANTU_API ColorMap {

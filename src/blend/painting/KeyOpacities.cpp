@@ -5,6 +5,7 @@
 #include <vantu/CPostscriptPDFTransferFunction.h>
 #include <vantu/ColorMap.h>
 
+#include <cstdint>
 #include <cstring>
 #include <typeinfo>
 
@@ -23,8 +24,16 @@ constexpr std::array<Color, 256> kGreys = [] {
     return greys;
 }();
 
+/// Whether entry i of a palette is the opaque grey i. Only the reference palette's way to keep its entries, one after
+/// another, is looked at in one go; a palette that keeps them otherwise counts as none, and its entries are asked for.
 bool IsGreyRamp(const ColorMap& palette) {
-    return palette.GetSize() >= kGreys.size() && std::memcmp(&palette[0], kGreys.data(), sizeof kGreys) == 0;
+    if (palette.GetSize() < kGreys.size()) return false;
+    const auto* const entries = &palette[0];
+    for (const unsigned int i : {1U, 128U, 255U}) {
+        const auto distance = reinterpret_cast<std::uintptr_t>(&palette[i]) - reinterpret_cast<std::uintptr_t>(entries);
+        if (distance != i * sizeof(Color)) return false;
+    }
+    return std::memcmp(entries, kGreys.data(), sizeof kGreys) == 0;
 }
 
 }  // namespace
