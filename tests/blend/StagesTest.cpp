@@ -42,6 +42,7 @@ struct Scene {
             for (unsigned char& byte : *image) byte = static_cast<unsigned char>(random());
             const int kind = static_cast<int>(random() % 5);
             for (std::size_t i = 0; i < count; ++i) (*image)[kGuard + i * kPackedBytes + 3] = Alpha(kind, random);
+            if (random() % 4 == 0) MakeExtreme(*image, random);
         }
         opacity.resize(2 * kGuard + count);
         select.resize(2 * kGuard + count);
@@ -56,6 +57,15 @@ struct Scene {
             opacity[kGuard + i] = random() % 3 == 0 ? sa : std::min(opacity[kGuard + i], sa);
         }
         for (std::uint32_t& g : groupAlpha) g = Alpha(groupKind, random);
+    }
+
+    /// Makes each channel 0 or its pixel's alpha, but for one of them.
+    void MakeExtreme(Bytes& image, Random& random) const {
+        const std::size_t other = kGuard + random() % (8 * count * kPackedBytes);
+        for (std::size_t i = kGuard; i < kGuard + count * kPackedBytes; ++i) {
+            const std::size_t channel = (i - kGuard) % kPackedBytes;
+            if (channel != 3 && i != other) image[i] = random() % 2 != 0 ? image[i + 3 - channel] : 0;
+        }
     }
 
     /// Cuts the channels of target and snapshot to their alphas.

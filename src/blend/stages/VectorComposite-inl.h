@@ -10,6 +10,7 @@
 #include <vantu/BlendMode.h>
 
 #include <cstddef>
+#include <cstdint>
 
 #include "blend/stages/Stages.h"
 #include "blend/stages/VectorBlend-inl.h"
@@ -28,12 +29,30 @@ struct Source {
                                           : Div255(hn::Mul(alpha, Constant(span.alpha)))) {}
 
     [[nodiscard]] HWY_INLINE Channels Colors() const {
-        return All(hn::Eq(alpha, Constant(255))) ? StoredChannels(block) : UnpremultipliedWhereSeen(block, alpha);
+        const Words full = Constant(255);
+        if (All(hn::Eq(alpha, full))) return StoredChannels(block);
+        if (!AllExtreme()) return UnpremultipliedWhereSeen(block, alpha);
+        const auto channel = [&](Words c) { return hn::IfThenElseZero(hn::Eq(c, alpha), full); };
+        return {channel(block.Blue()), channel(block.Green()), channel(block.Red())};
     }
 
     Block block;
     Words alpha;
     Words opacity;
+
+private:
+    /// Whether every channel is 0 or its pixel's alpha, which stand for 0 and 255 without a division: those of shadows,
+    /// and of all else in black, white or a primary colour. min(c, alpha - c) is 0 there; a difference below 0 wraps.
+    [[nodiscard]] HWY_INLINE bool AllExtreme() const {
+        const hn::Repartition<std::uint8_t, Tag16> bytes;
+        const auto most = hn::BitCast(bytes, hn::Or(alpha, hn::ShiftLeft<8>(alpha)));
+        const auto distance = [&](Words two) {
+            const auto channels = hn::BitCast(bytes, two);
+            return hn::Min(channels, hn::Sub(most, channels));
+        };
+        const auto farthest = hn::Or(distance(block.blueGreen), distance(block.redAlpha));
+        return hn::AllTrue(bytes, hn::Eq(farthest, hn::Zero(bytes)));
+    }
 };
 
 HWY_INLINE WordMask Unselected(const CompositeSpan& span, std::size_t i) {
