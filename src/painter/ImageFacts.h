@@ -23,7 +23,8 @@ struct ImageFacts {
     [[nodiscard]] Rectangle PlaceAt(const Point<int, 2>& at) const { return RectangleAt(at, width, height); }
     /// Whether a row has 2^31 bits or more, of an image whose format is one.
     [[nodiscard]] bool IsTooWide() const {
-        return std::uint64_t{width} * BitsPerPixel(format) + 8 * (std::uint64_t{alignment} + 1) >= 1U << 31;
+        const std::uint64_t bits = BitsPerPixel(format);
+        return width * bits + 8 * (std::uint64_t{alignment} + 1) >= 1U << 31;
     }
 
     PixelFormat format;
