@@ -162,13 +162,8 @@ private:
         const PaintArea& whole = plan.area;
         for (unsigned int j = 0; j < whole.height; j += plan.rows) {
             for (unsigned int i = 0; i < whole.width; i += plan.width) {
-                const auto x = static_cast<int>(i), y = static_cast<int>(j);
-                const PaintArea piece{whole.targetX + x,
-                                      whole.targetY + y,
-                                      whole.sourceX + x,
-                                      whole.sourceY + y,
-                                      std::min(plan.width, whole.width - i),
-                                      std::min(plan.rows, whole.height - j)};
+                const PaintArea piece =
+                    PartOf(whole, i, j, std::min(plan.width, whole.width - i), std::min(plan.rows, whole.height - j));
                 painter_.Start(piece, span);
                 if (!painter_.Paint(piece, readMask(piece, i, j, span), span)) inOrder(piece, i, j);
             }

@@ -43,8 +43,9 @@ struct KeyedSpan {
     std::size_t count;
 };
 
-/// Opaque pixels mixed into opaque ones where they lie, by an alpha a pixel: Normal as text, outlines and shadows need
-/// it. Pixels are (source * alpha + target * (255-alpha)) / 255, each byte of them.
+/// What a soft mask or a stencil takes: reading a mask's bytes as alphas, and Normal of opaque pixels on opaque ones,
+/// as text, outlines and shadows are painted. These are mixed where they lie, by an alpha a pixel: each of their bytes
+/// is (source * alpha + target * (255-alpha)) / 255.
 struct MaskStages {
     /// Mixes by the alphas of keys, a byte a pixel. Stops before the first pixel that is not opaque, or some pixels
     /// ahead of it.

@@ -66,9 +66,7 @@ HWY_INLINE bool PaintOpaqueBytes(const CompositeSpan& span, std::size_t i) {
     const std::size_t half = kPackedBytes * hn::Lanes(kPixels);
     const Pixels s0 = LoadPixels(source), s1 = LoadPixels(source + half);
     const Pixels t0 = LoadPixels(target), t1 = LoadPixels(target + half);
-    const Pixels opaque = hn::Set(kPixels, 0xFF000000);
-    const Pixels common = hn::And(hn::And(s0, s1), hn::And(t0, t1));
-    if (!hn::AllTrue(kPixels, hn::Eq(hn::And(common, opaque), opaque))) return false;
+    if (!AllOpaque(hn::And(hn::And(s0, s1), hn::And(t0, t1)))) return false;
     StorePixels(MixedBytes(s0, t0, span.alpha), target);
     StorePixels(MixedBytes(s1, t1, span.alpha), target + half);
     return true;
