@@ -29,6 +29,14 @@ Document::Document(const std::string& path) {
     if (ToName(Entry(byDefault, "/BaseState")) == "/OFF") hide(Entry(properties, "/OCGs"));
     for (QPDFObjectHandle& group : Items(Entry(byDefault, "/ON"))) hiddenGroups_.erase(group.getObjGen());
     hide(Entry(byDefault, "/OFF"));
+    for (QPDFObjectHandle& usage : Items(Entry(byDefault, "/AS"))) {
+        if (ToName(Entry(usage, "/Event")) != "/View") continue;
+        for (QPDFObjectHandle& group : Items(Entry(usage, "/OCGs"))) {
+            const std::string state = ToName(Entry(Entry(Entry(group, "/Usage"), "/View"), "/ViewState"));
+            if (state == "/ON") hiddenGroups_.erase(group.getObjGen());
+            if (state == "/OFF") hiddenGroups_.insert(group.getObjGen());
+        }
+    }
 }
 
 QPDFObjectHandle Document::Inherited(int number, const std::string& key) const {

@@ -20,6 +20,7 @@ struct Ink {
     std::shared_ptr<const ColorSpace> space = ColorSpace::Device(1);
     std::vector<double> components{0};
     QPDFObjectHandle pattern = {};  // null unless the space is one of patterns
+    Matrix patternToDevice = {};    // that of the content in which the pattern was set
     double alpha = 1;
 };
 
@@ -39,7 +40,7 @@ struct TextState {
     double leading = 0;
     double rise = 0;
     int renderMode = 0;
-    bool knockout = true;  // the glyphs of a string are one object
+    bool knockout = true;  // glyphs that are shown one after the other are one object
 };
 
 // What q saves and Q restores. A page, a soft mask's group and a tile start with black, opaque, and a clip of the

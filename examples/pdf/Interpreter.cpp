@@ -34,6 +34,11 @@ Style ToStyle(QPDFObjectHandle number) {
     return static_cast<Style>(std::clamp(ToInteger(number, 0), 0, 2));
 }
 
+// Whether an operator shows text or places it, and changes nothing else.
+bool IsPartOfText(const std::string& name) {
+    return name == "'" || name == "\"" || (name.starts_with('T') && name != "Tf" && name != "Tr");
+}
+
 constexpr std::size_t kMostSavedStates = 1000;
 constexpr unsigned long kOperatorsForContent = 16;
 
@@ -51,10 +56,13 @@ void Interpreter::Paint(QPDFObjectHandle content) {
     budget.operators -= std::min(budget.operators, kOperatorsForContent);
     --budget.nesting;
     const auto handle = [this](const std::string& name, const Operands& operands) {
+        if (!IsPartOfText(name)) PaintText();
         const auto found = Operators().find(name);
         if (found != Operators().end()) found->second(*this, operands);
     };
-    if (!ReadContent(content, budget, handle)) page_.notes.Add("a page of too many operators is cut off");
+    const bool isWhole = ReadContent(content, budget, handle);
+    PaintText();
+    if (!isWhole) page_.notes.Add("a page of too many operators is cut off");
     ++budget.nesting;
 }
 
@@ -208,10 +216,12 @@ void Interpreter::SetColor(Ink& ink, const Operands& operands) {
     if (colorless_) return;
     ink.components.clear();
     for (const QPDFObjectHandle& operand : operands) {
-        if (QPDFObjectHandle(operand).isName())
+        if (QPDFObjectHandle(operand).isName()) {
             ink.pattern = Resource("/Pattern", operand);
-        else
+            ink.patternToDevice = Concat(ToMatrix(Entry(ink.pattern, "/Matrix")), baseToDevice_);
+        } else {
             ink.components.push_back(ToNumber(operand, 0));
+        }
     }
 }
 

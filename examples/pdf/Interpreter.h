@@ -91,7 +91,7 @@ private:
     void NextLine();
     void ShowText(const std::string& text);
     void ShowAdjustedText(QPDFObjectHandle pieces);
-    void PaintGlyphs(const Path& outlines);
+    void PaintText();
     void PaintGlyphContent(const Glyph& glyph, const Matrix& toUser);
     void EndText();
 
@@ -105,6 +105,7 @@ private:
     PendingClip pendingClip_ = PendingClip::None;
     Matrix textMatrix_;
     Matrix lineMatrix_;
+    Path text_;            // in user space, shown and not yet painted
     Path textClip_;        // in device space
     int markedDepth_ = 0;  // marked content that is open
     int hiddenDepth_ = 0;  // at which the outermost hidden one began; 0 for none

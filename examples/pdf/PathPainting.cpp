@@ -44,9 +44,8 @@ void Interpreter::PaintShape(const Mask& shape, const Ink& ink) {
     } else if (ToInteger(Entry(ink.pattern, "/PatternType"), 0) == 1) {
         PaintTiles(mask, ink);
     } else {
-        const Matrix toDevice = Concat(ToMatrix(Entry(ink.pattern, "/Matrix")), baseToDevice_);
         const ShadedImage shaded =
-            PaintShading(Entry(ink.pattern, "/Shading"), resources_, toDevice, mask.box, true, page_.notes);
+            PaintShading(Entry(ink.pattern, "/Shading"), resources_, ink.patternToDevice, mask.box, true, page_.notes);
         page_.canvas.Draw(shaded.image, {shaded.box.x0, shaded.box.y0}, mask, PlacingOf(ink));
     }
 }

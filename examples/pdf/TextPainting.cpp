@@ -52,7 +52,6 @@ void Interpreter::ShowText(const std::string& text) {
     const TextState& t = state_.text;
     if (!t.font) return;
     const std::shared_ptr<const Font> font = t.font;
-    Path outlines;  // in user space
     for (std::size_t position = 0; position < text.size();) {
         Glyph glyph = font->Next(text, position);
         page_.budget.Spend(1);
@@ -60,25 +59,22 @@ void Interpreter::ShowText(const std::string& text) {
         const Matrix emsToUser = Concat(emsToText, textMatrix_);
         const Matrix placed = Concat({1, 0, 0, 1, glyph.origin.x, glyph.origin.y}, emsToUser);
         if (glyph.outline)
-            outlines.Append(*glyph.outline, placed);
+            text_.Append(*glyph.outline, placed);
         else if (glyph.content.isStream() && t.renderMode != kInvisible)
             PaintGlyphContent(glyph, Concat(font->ToEms(), placed));
-        if (!t.knockout) {
-            PaintGlyphs(outlines);
-            outlines = {};
-        }
+        if (!t.knockout) PaintText();
         const double spacing = t.characterSpacing + (glyph.isSpace ? t.wordSpacing : 0);
         const PointD by = font->IsVertical() ? PointD{0, glyph.advance.y * t.size + spacing}
                                              : PointD{(glyph.advance.x * t.size + spacing) * t.horizontalScale, 0};
         textMatrix_ = Concat({1, 0, 0, 1, by.x, by.y}, textMatrix_);
     }
-    PaintGlyphs(outlines);
 }
 
-void Interpreter::PaintGlyphs(const Path& outlines) {
+void Interpreter::PaintText() {
     const int mode = state_.text.renderMode;
-    PaintOutline(outlines, state_.toDevice, Fills(mode), false, Strokes(mode));
-    if (Clips(mode)) textClip_.Append(outlines, state_.toDevice);
+    PaintOutline(text_, state_.toDevice, Fills(mode), false, Strokes(mode));
+    if (Clips(mode)) textClip_.Append(text_, state_.toDevice);
+    text_ = {};
 }
 
 void Interpreter::PaintGlyphContent(const Glyph& glyph, const Matrix& toUser) {

@@ -45,7 +45,7 @@ Matrix TileMatrix(const Lattice& lattice, double column, double row, const Matri
 }  // namespace
 
 void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
-    const Matrix toDevice = Concat(ToMatrix(Entry(ink.pattern, "/Matrix")), baseToDevice_);
+    const Matrix& toDevice = ink.patternToDevice;
     const Lattice lattice{
         ToBox(Entry(ink.pattern, "/BBox"), {}),
         {std::abs(ToNumber(Entry(ink.pattern, "/XStep"), 0)), std::abs(ToNumber(Entry(ink.pattern, "/YStep"), 0))}};

@@ -219,14 +219,14 @@ def square_font(letter=97):
 
 
 def text_knockout():
-    """Glyphs that overlap are one object, unless TK is false."""
+    """Glyphs of a text that overlap are one object, unless TK is false."""
     def operators(y):
         def write(content):
             file = content.file.stream({}, square_font(), compress=True)
             descriptor = {"Type": "/FontDescriptor", "FontName": "/Square", "Flags": 4, "FontFile2": file}
             font = content.file.add({"Type": "/Font", "Subtype": "/TrueType", "BaseFont": "/Square", "FirstChar": 97,
                                      "LastChar": 97, "Widths": [1000], "FontDescriptor": descriptor})
-            return f"BT {content.name('Font', font)} 10 Tf 10 {y} Td 0.6 0.2 0.5 rg (aaa) Tj ET"
+            return f"BT {content.name('Font', font)} 10 Tf 10 {y} Td 0.6 0.2 0.5 rg (a) Tj 10 0 Td [(a)] TJ (a) Tj ET"
         return write
     apart = at_place(1, 0, 4, 2, [[(PLUM, 0.5), (PLUM, 0.75), (PLUM, 0.75), (PLUM, 0.5)]])
     return 6, 5, [paper(6, 5), Raw(operators(30), at_place(1, 3, 4, 2, [[PLUM]]), alpha=0.5),
@@ -420,7 +420,8 @@ def shadings():
 
 
 def tilings():
-    """Coloured and not; a step that is larger than the tile; with alpha, and transparent inside."""
+    """Coloured and not; a step that is larger than the tile; with alpha, and transparent inside; in the place of the page
+    whose colour a form paints with."""
     def tiles(paint, elements, step):
         def pattern(content):
             inner = Content(content.file)
@@ -431,8 +432,11 @@ def tilings():
         return pattern
     colored = tiles(1, [Rect(0, 0, 1, 1, RED), Rect(1, 1, 2, 2, BLUE, alpha=0.5)], 20)
     plain = tiles(2, [Raw("0 0 10 20 re f", lambda x, y: None)], 30)
+    def form(content):
+        return content.name("XObject", content.file.stream(
+            {"Subtype": "/Form", "BBox": [-10, 0, 50, 40], "Matrix": [1, 0, 0, 1, 10, 0]}, "-10 0 60 40 re f"))
     return 12, 4, [paper(12, 4),
-                   Raw(lambda c: f"/Pattern cs {c.name('Pattern', colored(c))} scn 0 0 60 40 re f",
+                   Raw(lambda c: f"/Pattern cs {c.name('Pattern', colored(c))} scn {form(c)} Do",
                        at_place(0, 0, 6, 4, [[None, (BLUE, 0.5)] * 3, [RED, None] * 3] * 2), alpha=0.5),
                    Raw(lambda c: f"{c.name('ColorSpace', ['/Pattern', '/DeviceRGB'])} cs 0.6 0.2 0.5 "
                                  f"{c.name('Pattern', plain(c))} scn 60 0 60 40 re f",
@@ -486,21 +490,24 @@ def forms_and_clips():
 
 
 def optional_content():
-    """A layer that is off by default, in the content and on a form; an appearance of an annotation."""
+    """Layers that are off by default or for viewers, in the content and on a form; an appearance of an annotation."""
     file = File()
     off, on = (file.add({"Type": "/OCG", "Name": f"({name})"}) for name in ("off", "on"))
+    printed = file.add({"Type": "/OCG", "Name": "(printed)", "Usage": {"View": {"ViewState": "/OFF"}}})
 
     def layers(content):
         hidden = content.file.stream({"Subtype": "/Form", "BBox": [0, 0, 99, 99], "OC": off}, "0 0 99 99 re f")
         members = [{"Type": "/OCMD", "OCGs": [off, on], "P": "/AllOn"}, {"Type": "/OCMD", "OCGs": off, "VE": ["/And", on, ["/Not", off]]}]
-        names = [content.name("Properties", layer) for layer in (off, on, *map(content.file.add, members))]
+        names = [content.name("Properties", layer) for layer in (off, on, *map(content.file.add, members), printed)]
         return (f"/OC {names[0]} BDC 1 0 0 rg 0 0 20 20 re f EMC /OC {names[1]} BDC 0 0 1 rg 20 0 10 20 re f EMC "
                 f"/OC {names[2]} BDC 0 0 20 20 re f EMC /OC {names[3]} BDC 30 0 10 20 re f EMC "
+                f"/OC {names[4]} BDC 0 0 60 20 re f EMC "
                 + content.name("XObject", hidden) + " Do")
     look = file.stream({"Subtype": "/Form", "BBox": [0, 0, 5, 5]}, "0 1 0 rg 0 0 5 5 re f")
     note = {"Type": "/Annot", "Subtype": "/Stamp", "Rect": [40, 10, 60, 20], "AP": {"N": look}}
     elements = [paper(6, 2), Raw(layers, at_place(2, 0, 2, 2, [[BLUE]])), Raw("", at_place(4, 1, 2, 1, [[GREEN]]))]
-    catalog = {"OCProperties": {"OCGs": [off, on], "D": {"OFF": [off]}}}
+    usage = {"Event": "/View", "OCGs": [printed], "Category": ["/View"]}
+    catalog = {"OCProperties": {"OCGs": [off, on, printed], "D": {"OFF": [off], "AS": [usage]}}}
     return 6, 2, elements, {"Annots": [note, {**note, "Rect": [0, 0, 60, 20], "F": 2}]}, catalog, file
 
 
