@@ -1,5 +1,7 @@
 #include "painter/PainterImplementation.h"
 
+#include <vantu/ImageUtil.h>
+
 #include <array>
 
 namespace vantu {
@@ -127,6 +129,9 @@ PaintResult Painter::Implementation::Fill(std::span<const Rectangle> rectangles,
     }
     const Rectangle box = VisibleBox(BoundingBox(shape_));
     const auto alpha = static_cast<unsigned char>(paint.alpha * color.GetAlpha() / 255);
+    if (alpha == 255 && !mask && paint.mode == BlendMode::Normal && !levels_.back().image && page_) {
+        return Replace(box, color);
+    }
     PaintResult result = PaintResult::NothingToPaint;
     for (int y = box.y0; y < box.y1;) {
         const int bottom = StepEnd(y, ColorSheet::kHeight, box.y1);
@@ -141,6 +146,22 @@ PaintResult Painter::Implementation::Fill(std::span<const Rectangle> rectangles,
         y = bottom;
     }
     return result;
+}
+
+/// Gives the pixels of the page that can be seen of the shape in a box an opaque colour, which is all that painting it
+/// with Normal does.
+PaintResult Painter::Implementation::Replace(const Rectangle& box, const Color& color) {
+    ranges_->ranges.clear();
+    if (!IsEmpty(box)) AddVisible(&shape_, box);
+    if (ranges_->ranges.empty()) return PaintResult::NothingToPaint;
+    const PaintResult refusal = CheckPage();
+    if (refusal != PaintResult::Painted) return refusal;
+    for (const Rectangle& r : ranges_->ranges) {
+        ImageView target = PagePart(r);
+        ImageUtil::Clear(target, color, {0, 0, r.x1 - r.x0, r.y1 - r.y0});
+    }
+    levels_.back().painted = true;
+    return PaintResult::Painted;
 }
 
 /// Paints what can be seen of a shape in a box, which lies in the visible part of the page, first inside the mask.

@@ -65,6 +65,7 @@ private:
     [[nodiscard]] bool OnSurface() const { return surface_ != nullptr && !levels_.back().image; }
     [[nodiscard]] Rectangle VisibleBox(const Rectangle& rectangle) const;
 
+    PaintResult Replace(const Rectangle& box, const Color& color);
     PaintResult PaintShape(const Source& source, const Bands* shape, const Rectangle& box, const Paint& paint,
                            const std::optional<ImageFacts>& mask);
     void AddVisible(const Bands* shape, const Rectangle& box);
