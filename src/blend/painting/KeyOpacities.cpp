@@ -91,8 +91,8 @@ void KeyOpacities::TakeIdentity() {
     identity_ = allInRange_ = true;
     opacities_ = &identity.opacities;
     bytes_ = &identity.bytes;
-    if (!group_ && alpha_ == 255) {
-        ofOpaque_ = &identity.ofOpaque;
+    if (alpha_ == 255) {
+        ofOpaque_ = group_ ? &identity.bytes : &identity.ofOpaque;
         return;
     }
     static constexpr auto opaque = [] {
