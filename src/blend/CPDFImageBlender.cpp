@@ -2,6 +2,7 @@
 
 #include <vantu/ImageUtil.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -37,6 +38,14 @@ bool BlendOnImage(const CPDFImageBlender::PixelBlends<Traits>& kernels, IQorImag
     const auto* const kernel = Find<Traits>(kernels, key);
     return kernel != nullptr && MayPaint(request, &destination, source) &&
            kernel->Blend(&destination, &source, &request);
+}
+
+/// Whether ranges leave a coverage as it is that they are added to: each lies in the only one that it has.
+bool AreInside(const std::vector<Range<int, 2>>& ranges, const std::vector<Range<int, 2>>& coverage) {
+    return coverage.size() == 1 && std::ranges::all_of(ranges, [&all = coverage.front()](const Range<int, 2>& r) {
+               return all.x0 <= r.x0 && r.x0 <= r.x1 && r.x1 <= all.x1 && all.y0 <= r.y0 && r.y0 <= r.y1 &&
+                      r.y1 <= all.y1;
+           });
 }
 
 }  // namespace
@@ -85,8 +94,11 @@ bool CPDFImageBlender::Blend(const std::shared_ptr<IQorImage>& source, const std
     const unsigned int width = top.image->GetWidth();
     BlendRequest<GroupBlendingTraits> request{common, top.backdrop.get(), &top.groupAlpha, &top.groupAlphaFits,
                                               &width, &top.knockout,      blended.get()};
-    std::shared_ptr<Coverage> total = top.coverage ? CopyOf(*top.coverage) : CreateCoverage();
-    total->AddCoverage(*painted);
+    std::shared_ptr<Coverage> total = top.coverage;
+    if (!total || !AreInside(painted->GetRanges(), total->GetRanges())) {
+        total = total ? CopyOf(*total) : CreateCoverage();
+        total->AddCoverage(*painted);
+    }
     if (!BlendOnImage(groupPixelBlends_, *top.image, *source, request, mode)) return false;
     blended = std::move(painted);
     top.coverage = std::move(total);
