@@ -4,7 +4,7 @@
 
 namespace vantu {
 
-const std::shared_ptr<IQorImage>& ColorSheet::Get(Color color, int rows) {
+const std::shared_ptr<IQorImage>& ColorSheet::Get(Color color, int columns, int rows) {
     const auto same = [](const Color& a, const Color& b) {
         return a.GetRed() == b.GetRed() && a.GetGreen() == b.GetGreen() && a.GetBlue() == b.GetBlue();
     };
@@ -12,10 +12,13 @@ const std::shared_ptr<IQorImage>& ColorSheet::Get(Color color, int rows) {
         image_ = std::make_shared<CQorImage>(kWidth, kHeight, PixelFormat::Bgra32Premultiplied, 4, false);
     }
     color.SetAlpha(255);
-    if (!same(color, color_)) rows_ = 0;
+    if (!same(color, color_)) columns_ = rows_ = 0;
     color_ = color;
-    if (rows_ < rows) ImageUtil::Clear(*image_, color, {0, rows_, kWidth, rows});
-    rows_ = std::max(rows_, rows);
+    if (columns_ < columns || rows_ < rows) {
+        columns_ = std::max(columns_, columns);
+        rows_ = std::max(rows_, rows);
+        ImageUtil::Clear(*image_, color, {0, 0, columns_, rows_});
+    }
     return image_;
 }
 

@@ -137,7 +137,7 @@ PaintResult Painter::Implementation::Fill(std::span<const Rectangle> rectangles,
         const int bottom = StepEnd(y, ColorSheet::kHeight, box.y1);
         for (int x = box.x0; x < box.x1;) {
             const int right = StepEnd(x, ColorSheet::kWidth, box.x1);
-            const Source source{sheet_.Get(color, bottom - y), {x, y}, false, alpha};
+            const Source source{sheet_.Get(color, right - x, bottom - y), {x, y}, false, alpha};
             const PaintResult part = PaintShape(source, &shape_, {x, y, right, bottom}, paint, mask);
             if (part == PaintResult::NoPixels) return part;
             if (part == PaintResult::Painted) result = part;
@@ -236,23 +236,36 @@ bool Painter::Implementation::BlendInside(const Source& source, const Rectangle&
     // for the runs of pixels that it paints.
     const bool copies = source.hasAlpha && source.alpha == 255 && paint.mode == BlendMode::Normal;
     if (!IsStencil(paint, mask) || !(levels_.back().image || copies)) {
-        const bool near =
-            IsNear(mask.PlaceAt(paint.maskAt)) && IsNear({source.at.x, source.at.y, source.at.x, source.at.y});
-        return near && !levels_.back().image ? BlendMasked(source, paint) : BlendMaskedParts(source, box, paint);
+        const bool whole = CountsFromSource(source, box, mask.PlaceAt(paint.maskAt));
+        return whole ? BlendMasked(source, paint) : BlendMaskedParts(source, box, paint);
     }
     elementShape_.CutToStencil(ranges_->ranges, *paint.mask, paint.maskAt);
     return BlendUnmasked(source, paint);
 }
 
+/// Whether the ranges of a masked call may count from the source's corner: where nothing is so far away that positions
+/// wrap. A group notes such a range although it is painted elsewhere: inside its image that changes nothing, as all of
+/// it is noted from the start.
+bool Painter::Implementation::CountsFromSource(const Source& source, const Rectangle& box,
+                                               const Rectangle& mask) const {
+    if (!IsNear(mask) || !IsNear({source.at.x, source.at.y, source.at.x, source.at.y})) return false;
+    const Level& level = levels_.back();
+    if (!level.image) return true;
+    const Rectangle noted = Moved(box, source.at);
+    return !level.kind.knockout && static_cast<unsigned int>(noted.x1) <= level.image->GetWidth() &&
+           static_cast<unsigned int>(noted.y1) <= level.image->GetHeight();
+}
+
 /// With a mask a range is a place in the source, and the target lies at the range plus the offset.
 bool Painter::Implementation::BlendMasked(const Source& source, const Paint& paint) {
     for (Rectangle& r : ranges_->ranges) r = Moved(r, source.at);
-    return Blend(source.image, source.at, paint.mask, paint.maskTransfer, Difference(paint.maskAt, source.at),
+    const Point<int, 2> offset = Difference(source.at, levels_.back().origin);
+    return Blend(source.image, offset, paint.mask, paint.maskTransfer, Difference(paint.maskAt, source.at),
                  source.alpha, paint.mode);
 }
 
-/// The same with ranges that count from the box, as parts of source and mask do that start there: a group notes the
-/// range although it is painted elsewhere, and the box fits into the group's image. It is small, however far away.
+/// The same with ranges that count from the box, as parts of source and mask do that start there. It is small, however
+/// far away, and fits into a group's image.
 bool Painter::Implementation::BlendMaskedParts(const Source& source, const Rectangle& box, const Paint& paint) {
     const Level& level = levels_.back();
     const auto height = static_cast<unsigned int>(box.y1) - static_cast<unsigned int>(box.y0);

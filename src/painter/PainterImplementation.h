@@ -74,6 +74,7 @@ private:
                const Point<int, 2>& maskOffset, unsigned char alpha, BlendMode mode);
     bool BlendUnmasked(const Source& source, const Paint& paint);
     bool BlendInside(const Source& source, const Rectangle& box, const Paint& paint, const ImageFacts& mask);
+    [[nodiscard]] bool CountsFromSource(const Source& source, const Rectangle& box, const Rectangle& mask) const;
     bool BlendMasked(const Source& source, const Paint& paint);
     bool BlendMaskedParts(const Source& source, const Rectangle& box, const Paint& paint);
 
