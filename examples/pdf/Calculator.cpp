@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <map>
 #include <numbers>
-#include <sstream>
-#include <variant>
+#include <qpdf/BufferInputSource.hh>
+#include <qpdf/QPDFTokenizer.hh>
 #include <vector>
 
 namespace pdf {
@@ -77,45 +77,56 @@ void Roll(Stack& stack) {
     std::rotate(numbers.begin(), numbers.end() - upward, numbers.end());
 }
 
-// Operators that make one number of one, one of two, and others.
-using OfOne = double (*)(double);
-using OfTwo = double (*)(double, double);
-using OfStack = void (*)(Stack&);
+// A step of a program: a number that is pushed, an operator, or a choice between two blocks.
+using Step = std::function<void(Stack&)>;
+using Block = std::vector<Step>;
 
-const std::map<std::string, std::variant<OfOne, OfTwo, OfStack>> kOperators{
+// Operators that make one number of one, and one of two.
+Step OfOne(double (*operate)(double)) {
+    return [operate](Stack& stack) { stack.Push(operate(stack.Pop())); };
+}
+Step OfTwo(double (*operate)(double, double)) {
+    return [operate](Stack& stack) {
+        const double b = stack.Pop();
+        stack.Push(operate(stack.Pop(), b));
+    };
+}
+
+const std::map<std::string, Step> kOperators{
     {"abs", OfOne(std::abs)},
     {"ceiling", OfOne(std::ceil)},
-    {"cos", [](double a) { return std::cos(a * kDegree); }},
+    {"cos", OfOne([](double a) { return std::cos(a * kDegree); })},
     {"cvi", OfOne(std::trunc)},
-    {"cvr", [](double a) { return a; }},
+    {"cvr", OfOne([](double a) { return a; })},
     {"floor", OfOne(std::floor)},
     {"ln", OfOne(std::log)},
     {"log", OfOne(std::log10)},
-    {"neg", [](double a) { return -a; }},
-    {"not", [](double a) { return -1 - std::trunc(a); }},  // all bits turned
-    {"round", [](double a) { return std::floor(a + 0.5); }},
-    {"sin", [](double a) { return std::sin(a * kDegree); }},
+    {"neg", OfOne([](double a) { return -a; })},
+    {"not", OfOne([](double a) { return -1 - std::trunc(a); })},  // all bits turned
+    {"round", OfOne([](double a) { return std::floor(a + 0.5); })},
+    {"sin", OfOne([](double a) { return std::sin(a * kDegree); })},
     {"sqrt", OfOne(std::sqrt)},
     {"truncate", OfOne(std::trunc)},
 
-    {"add", [](double a, double b) { return a + b; }},
-    {"and", [](double a, double b) -> double { return ToWhole(a) & ToWhole(b); }},
-    {"atan", AngleOf},
-    {"bitshift", Shift},
-    {"div", [](double a, double b) { return b == 0 ? 0 : a / b; }},
-    {"eq", [](double a, double b) -> double { return -(a == b); }},
+    {"add", OfTwo([](double a, double b) { return a + b; })},
+    {"and", OfTwo([](double a, double b) -> double { return ToWhole(a) & ToWhole(b); })},
+    {"atan", OfTwo(AngleOf)},
+    {"bitshift", OfTwo(Shift)},
+    {"div", OfTwo([](double a, double b) { return b == 0 ? 0 : a / b; })},
+    {"eq", OfTwo([](double a, double b) -> double { return -(a == b); })},
     {"exp", OfTwo(std::pow)},
-    {"ge", [](double a, double b) -> double { return -(a >= b); }},
-    {"gt", [](double a, double b) -> double { return -(a > b); }},
-    {"idiv", [](double a, double b) { return std::trunc(b) == 0 ? 0 : std::trunc(std::trunc(a) / std::trunc(b)); }},
-    {"le", [](double a, double b) -> double { return -(a <= b); }},
-    {"lt", [](double a, double b) -> double { return -(a < b); }},
-    {"mod", [](double a, double b) { return b == 0 ? 0 : std::fmod(a, b); }},
-    {"mul", [](double a, double b) { return a * b; }},
-    {"ne", [](double a, double b) -> double { return -(a != b); }},
-    {"or", [](double a, double b) -> double { return ToWhole(a) | ToWhole(b); }},
-    {"sub", [](double a, double b) { return a - b; }},
-    {"xor", [](double a, double b) -> double { return ToWhole(a) ^ ToWhole(b); }},
+    {"ge", OfTwo([](double a, double b) -> double { return -(a >= b); })},
+    {"gt", OfTwo([](double a, double b) -> double { return -(a > b); })},
+    {"idiv",
+     OfTwo([](double a, double b) { return std::trunc(b) == 0 ? 0 : std::trunc(std::trunc(a) / std::trunc(b)); })},
+    {"le", OfTwo([](double a, double b) -> double { return -(a <= b); })},
+    {"lt", OfTwo([](double a, double b) -> double { return -(a < b); })},
+    {"mod", OfTwo([](double a, double b) { return b == 0 ? 0 : std::fmod(a, b); })},
+    {"mul", OfTwo([](double a, double b) { return a * b; })},
+    {"ne", OfTwo([](double a, double b) -> double { return -(a != b); })},
+    {"or", OfTwo([](double a, double b) -> double { return ToWhole(a) | ToWhole(b); })},
+    {"sub", OfTwo([](double a, double b) { return a - b; })},
+    {"xor", OfTwo([](double a, double b) -> double { return ToWhole(a) ^ ToWhole(b); })},
 
     {"copy", Copy},
     {"dup", [](Stack& stack) { stack.Push(stack.Top(1).empty() ? 0 : stack.Top(1)[0]); }},
@@ -127,68 +138,34 @@ const std::map<std::string, std::variant<OfOne, OfTwo, OfStack>> kOperators{
     {"true", [](Stack& stack) { stack.Push(-1); }},
 };
 
-struct Step;
-using Block = std::vector<Step>;
-struct Branch {
-    Block ifTrue;
-    Block ifFalse;
-};
-// A number is pushed, an operator or one of two blocks run.
-struct Step {
-    std::variant<double, OfOne, OfTwo, OfStack, Branch> what;
-};
-
 void Run(const Block& block, Stack& stack) {
-    for (const auto& [what] : block) {
-        if (const auto* number = std::get_if<double>(&what)) {
-            stack.Push(*number);
-        } else if (const auto* ofOne = std::get_if<OfOne>(&what)) {
-            stack.Push((*ofOne)(stack.Pop()));
-        } else if (const auto* ofTwo = std::get_if<OfTwo>(&what)) {
-            const double b = stack.Pop();
-            stack.Push((*ofTwo)(stack.Pop(), b));
-        } else if (const auto* ofStack = std::get_if<OfStack>(&what)) {
-            (*ofStack)(stack);
-        } else if (const auto* branch = std::get_if<Branch>(&what)) {
-            Run(stack.Pop() != 0 ? branch->ifTrue : branch->ifFalse, stack);
-        }
+    for (const Step& step : block) {
+        step(stack);
         if (stack.Failed()) return;
     }
 }
 
-// Words apart by spaces, without comments.
-std::string SpacedOut(const std::string& text) {
-    std::string spaced;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '%') i = std::min(text.find_first_of("\r\n", i), text.size() - 1);
-        const bool isBrace = text[i] == '{' || text[i] == '}';
-        if (isBrace) spaced += ' ';
-        spaced += text[i] == '\0' ? ' ' : text[i];
-        if (isBrace) spaced += ' ';
-    }
-    return spaced;
-}
-
 // Reads up to the brace that ends a block.
-bool ReadBlock(std::istream& words, Block& block, int depth) {
+bool ReadBlock(const std::function<std::string()>& next, Block& block, int depth) {
     std::vector<Block> inner;  // blocks that wait for their `if` or `ifelse`
-    for (std::string word; words >> word;) {
+    for (std::string word = next(); !word.empty(); word = next()) {
         if (word == "}") return inner.empty();
         if (word == "{") {
-            if (depth == 0 || !ReadBlock(words, inner.emplace_back(), depth - 1)) return false;
+            if (depth == 0 || !ReadBlock(next, inner.emplace_back(), depth - 1)) return false;
             continue;
         }
         if (inner.size() != (word == "if" ? 1U : word == "ifelse" ? 2U : 0U)) return false;
         if (!inner.empty()) {
-            block.push_back({Branch{std::move(inner[0]), inner.size() == 2 ? std::move(inner[1]) : Block()}});
+            inner.resize(2);
+            block.emplace_back([inner](Stack& stack) { Run(inner[stack.Pop() != 0 ? 0 : 1], stack); });
             inner.clear();
         } else if (const auto found = kOperators.find(word); found != kOperators.end()) {
-            std::visit([&](auto run) { block.push_back({run}); }, found->second);
+            block.push_back(found->second);
         } else {
             char* end = nullptr;
             const double number = std::strtod(word.c_str(), &end);
             if (*end != 0 || !std::isfinite(number)) return false;
-            block.push_back({number});
+            block.emplace_back([number](Stack& stack) { stack.Push(number); });
         }
     }
     return false;
@@ -197,10 +174,11 @@ bool ReadBlock(std::istream& words, Block& block, int depth) {
 }  // namespace
 
 Formula ParseProgram(const std::string& text) {
-    std::istringstream words(SpacedOut(text));
-    std::string brace;
+    const auto input = std::make_shared<BufferInputSource>("program", text);
+    QPDFTokenizer tokenizer;
+    const auto next = [&] { return tokenizer.readToken(input, "program", true).getValue(); };
     Block program;
-    if (!(words >> brace) || brace != "{" || !ReadBlock(words, program, kDeepestBlock)) return nullptr;
+    if (next() != "{" || !ReadBlock(next, program, kDeepestBlock)) return nullptr;
     return [program](std::span<const double> in, std::span<double> out) {
         Stack stack;
         for (const double number : in) stack.Push(number);

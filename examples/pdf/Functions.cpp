@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kMostFunctions = 256;           // in one, counting parts of parts
 constexpr std::size_t kMostSampleInputs = 6;  // 64 corners to mix for an output
-constexpr std::size_t kMostSamples = 1U << 20;
+constexpr std::size_t kMostSamples = 1U << 28;
 
 double Clamp(double x, const Interval& interval) {
     return std::max(interval.low, std::min(x, interval.high));
@@ -22,14 +22,6 @@ double Clamp(double x, const Interval& interval) {
 // x from one interval to another, in proportion.
 double Interpolate(double x, const Interval& from, const Interval& to) {
     return from.high == from.low ? to.low : to.low + (x - from.low) * (to.high - to.low) / (from.high - from.low);
-}
-
-// Numbers of 1 to 32 bits one after the other, those of each output spread over its interval.
-std::vector<double> Unpack(const std::string& bytes, unsigned int bits, std::size_t count, const Intervals& decode) {
-    std::vector<double> samples(count);
-    for (std::size_t i = 0; i < count; ++i)
-        samples[i] = Interpolate(BitsAt(bytes, i * bits, bits), {0, std::exp2(bits) - 1}, decode[i % decode.size()]);
-    return samples;
 }
 
 }  // namespace
@@ -41,44 +33,48 @@ Intervals ToIntervals(QPDFObjectHandle array) {
     return intervals;
 }
 
-// Several functions of the same inputs; each has its own domain.
-bool Function::ReadArray(QPDFObjectHandle array, int& budget) {
+// The functions of an array; none if one of them cannot be read.
+std::vector<Function::Pointer> Function::ParseAll(QPDFObjectHandle array, int& budget) {
     std::vector<Pointer> parts;
     for (const QPDFObjectHandle& item : Items(array)) {
         parts.push_back(Parse(item, budget));
-        if (!parts.back() || parts.back()->Inputs() != parts[0]->Inputs()) return false;
-        outputs_ += parts.back()->Outputs();
+        if (!parts.back()) return {};
     }
+    return parts;
+}
+
+// Several functions of the same inputs; each has its own domain.
+Formula Function::ReadArray(QPDFObjectHandle array, int& budget) {
+    const std::vector<Pointer> parts = ParseAll(array, budget);
+    for (const Pointer& part : parts) outputs_ += part->Outputs();
     if (!parts.empty()) domain_.assign(parts[0]->Inputs(), {-HUGE_VAL, HUGE_VAL});
-    formula_ = [parts](std::span<const double> in, std::span<double> out) {
+    return [parts](std::span<const double> in, std::span<double> out) {
         for (const Pointer& part : parts) {
             part->Evaluate(in, out);
             out = out.subspan(part->Outputs());
         }
     };
-    return true;
 }
 
 // Type 0: samples on a grid, the first input varying fastest, and straight lines between them.
-bool Function::ReadSampled(QPDFObjectHandle stream) {
+Formula Function::ReadSampled(QPDFObjectHandle stream) {
     outputs_ = range_.size();
-    const int bits = ToInteger(Entry(stream, "/BitsPerSample"), 0);
-    if (outputs_ < 1 || domain_.size() > kMostSampleInputs || bits < 1 || bits > 32) return false;
+    const auto bits = static_cast<unsigned int>(ToInteger(Entry(stream, "/BitsPerSample"), 0));
+    if (outputs_ < 1 || domain_.size() > kMostSampleInputs || bits < 1 || bits > 32) return nullptr;
     std::vector<std::size_t> sizes;
     std::size_t count = outputs_;
     Intervals encode = ToIntervals(Entry(stream, "/Encode"));
-    const bool isEncoded = encode.size() >= domain_.size();
     for (std::size_t i = 0; i < domain_.size(); ++i) {
         const int size = ToInteger(Item(Entry(stream, "/Size"), static_cast<int>(i)), 0);
-        if (size < 1 || static_cast<std::size_t>(size) > kMostSamples / count) return false;
+        if (size < 1 || static_cast<std::size_t>(size) > kMostSamples / count) return nullptr;
         sizes.push_back(static_cast<std::size_t>(size));
         count *= sizes.back();
-        if (!isEncoded) encode.resize(i), encode.push_back({0, size - 1.0});
+        if (encode.size() == i) encode.push_back({0, size - 1.0});
     }
     Intervals decode = ToIntervals(Entry(stream, "/Decode"));
     if (decode.size() != outputs_) decode = range_;
-    formula_ = [samples = Unpack(ToBytes(stream), static_cast<unsigned int>(bits), count, decode), sizes, encode,
-                domain = domain_](std::span<const double> in, std::span<double> out) {
+    return [bytes = ToBytes(stream), bits, sizes, encode, decode, domain = domain_](std::span<const double> in,
+                                                                                    std::span<double> out) {
         // The cell of the grid around a point has a corner for each choice of a lower or upper neighbour; a corner
         // counts by the product of the distances to the opposite sides.
         std::array<double, kMostSampleInputs> part{};
@@ -101,53 +97,50 @@ bool Function::ReadSampled(QPDFObjectHandle stream) {
                 stride *= sizes[i];
             }
             if (weight == 0) continue;  // also beyond the last sample
-            for (std::size_t j = 0; j < out.size(); ++j) out[j] += weight * samples[at + j];
+            for (std::size_t j = 0; j < out.size(); ++j) {
+                const double sample = BitsAt(bytes, (at + j) * bits, bits);
+                out[j] += weight * Interpolate(sample, {0, std::exp2(bits) - 1}, decode[j]);
+            }
         }
     };
-    return true;
 }
 
 // Type 2: C0 + x^N (C1 - C0)
-bool Function::ReadExponential(QPDFObjectHandle dictionary) {
+Formula Function::ReadExponential(QPDFObjectHandle dictionary) {
     std::vector<double> c0 = ToNumbers(Entry(dictionary, "/C0"));
     std::vector<double> c1 = ToNumbers(Entry(dictionary, "/C1"));
     if (c0.empty()) c0.resize(std::max<std::size_t>(c1.size(), 1), 0);
     if (c1.empty()) c1.resize(c0.size(), 1);
     outputs_ = std::min(c0.size(), c1.size());
-    formula_ = [c0, c1, n = ToNumber(Entry(dictionary, "/N"), 1)](std::span<const double> in, std::span<double> out) {
+    return [c0, c1, n = ToNumber(Entry(dictionary, "/N"), 1)](std::span<const double> in, std::span<double> out) {
         const double power = n == 1 ? in[0] : std::pow(in[0], n);
         for (std::size_t j = 0; j < out.size(); ++j) out[j] = c0[j] + power * (c1[j] - c0[j]);
     };
-    return true;
 }
 
 // Type 3: one function after the other along the domain; bounds say where one ends and the next begins.
-bool Function::ReadStitching(QPDFObjectHandle dictionary, int& budget) {
+Formula Function::ReadStitching(QPDFObjectHandle dictionary, int& budget) {
     const std::vector<double> bounds = ToNumbers(Entry(dictionary, "/Bounds"));
     const Intervals encode = ToIntervals(Entry(dictionary, "/Encode"));
-    std::vector<Pointer> parts;
-    for (const QPDFObjectHandle& item : Items(Entry(dictionary, "/Functions"))) {
-        parts.push_back(Parse(item, budget));
-        if (!parts.back() || parts.back()->Inputs() != 1 || parts.back()->Outputs() != parts[0]->Outputs())
-            return false;
-    }
-    if (parts.size() != bounds.size() + 1 || encode.size() < parts.size() || domain_.empty()) return false;
+    const std::vector<Pointer> parts = ParseAll(Entry(dictionary, "/Functions"), budget);
+    const auto isAlike = [&](const Pointer& part) { return part->Outputs() == parts[0]->Outputs(); };
+    if (parts.size() != bounds.size() + 1 || encode.size() < parts.size() || domain_.empty() ||
+        !std::ranges::is_sorted(bounds) || !std::ranges::all_of(parts, isAlike))
+        return nullptr;
     outputs_ = parts[0]->Outputs();
-    formula_ = [parts, bounds, encode, domain = domain_[0]](std::span<const double> in, std::span<double> out) {
+    return [parts, bounds, encode, domain = domain_[0]](std::span<const double> in, std::span<double> out) {
         const auto next = std::upper_bound(bounds.begin(), bounds.end(), in[0]);
         const auto i = static_cast<std::size_t>(next - bounds.begin());
         const Interval own{i == 0 ? domain.low : bounds[i - 1], i == bounds.size() ? domain.high : bounds[i]};
         const double x = Interpolate(in[0], own, encode[i]);
         parts[i]->Evaluate({&x, 1}, out);
     };
-    return std::ranges::is_sorted(bounds);
 }
 
 // Type 4: a program.
-bool Function::ReadProgram(QPDFObjectHandle stream) {
+Formula Function::ReadProgram(QPDFObjectHandle stream) {
     outputs_ = range_.size();
-    formula_ = ParseProgram(ToBytes(stream));
-    return formula_ != nullptr;
+    return ParseProgram(ToBytes(stream));
 }
 
 Function::Pointer Function::Parse(QPDFObjectHandle object) {
@@ -160,17 +153,16 @@ Function::Pointer Function::Parse(QPDFObjectHandle object, int& budget) {
     const auto function = std::make_shared<Function>();
     function->domain_ = ToIntervals(Entry(object, "/Domain"));
     function->range_ = ToIntervals(Entry(object, "/Range"));
-    bool isRead = false;
     switch (object.isArray() ? -1 : ToInteger(Entry(object, "/FunctionType"), -2)) {
-        case -1: isRead = function->ReadArray(object, budget); break;
-        case 0: isRead = function->ReadSampled(object); break;
-        case 2: isRead = function->ReadExponential(object); break;
-        case 3: isRead = function->ReadStitching(object, budget); break;
-        case 4: isRead = function->ReadProgram(object); break;
+        case -1: function->formula_ = function->ReadArray(object, budget); break;
+        case 0: function->formula_ = function->ReadSampled(object); break;
+        case 2: function->formula_ = function->ReadExponential(object); break;
+        case 3: function->formula_ = function->ReadStitching(object, budget); break;
+        case 4: function->formula_ = function->ReadProgram(object); break;
         default: break;
     }
     const auto isCount = [](std::size_t count) { return count >= 1 && count <= kMost; };
-    if (!isRead || !isCount(function->Inputs()) || !isCount(function->Outputs())) return nullptr;
+    if (!function->formula_ || !isCount(function->Inputs()) || !isCount(function->Outputs())) return nullptr;
     if (function->range_.size() != function->Outputs()) function->range_.clear();
     return function;
 }

@@ -43,12 +43,13 @@ public:
 private:
     // @param[in,out] budget how many functions there may be yet, so that loops of them end.
     static Pointer Parse(QPDFObjectHandle object, int& budget);
-    // Read what a type has beside its domain and range. @return false if it is damaged.
-    bool ReadArray(QPDFObjectHandle array, int& budget);
-    bool ReadSampled(QPDFObjectHandle stream);
-    bool ReadExponential(QPDFObjectHandle dictionary);
-    bool ReadStitching(QPDFObjectHandle dictionary, int& budget);
-    bool ReadProgram(QPDFObjectHandle stream);
+    static std::vector<Pointer> ParseAll(QPDFObjectHandle array, int& budget);
+    // Read what a type has beside its domain and range. @return empty if it is damaged.
+    Formula ReadArray(QPDFObjectHandle array, int& budget);
+    Formula ReadSampled(QPDFObjectHandle stream);
+    Formula ReadExponential(QPDFObjectHandle dictionary);
+    Formula ReadStitching(QPDFObjectHandle dictionary, int& budget);
+    Formula ReadProgram(QPDFObjectHandle stream);
 
     Intervals domain_;
     Intervals range_;  // as many as outputs, or none
