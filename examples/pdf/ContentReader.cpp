@@ -1,5 +1,6 @@
 #include "ContentReader.h"
 
+#include <cstdlib>
 #include <map>
 #include <stdexcept>
 
@@ -12,6 +13,8 @@ namespace {
 // More operands than any operator takes; those of a character map have up to 300.
 constexpr std::size_t kMostOperands = 1024;
 
+const std::string kNumberStarts = "+-.0123456789";
+
 std::string LongName(const std::string& name) {
     static const std::map<std::string, std::string> names{
         {"/BPC", "/BitsPerComponent"}, {"/CS", "/ColorSpace"}, {"/D", "/Decode"},
@@ -19,6 +22,16 @@ std::string LongName(const std::string& name) {
         {"/IM", "/ImageMask"},         {"/W", "/Width"}};
     const auto found = names.find(name);
     return found == names.end() ? name : found->second;
+}
+
+// Takes the number from the front of a word. Some programs write `--5` or `1.-5`, where but the first sign counts for
+// nothing, or leave out the space before an operator.
+double TakeNumber(std::string& word) {
+    word.erase(std::remove(word.begin() + 1, word.end(), '-'), word.end());
+    char* end = nullptr;
+    const double number = std::strtod(word.c_str(), &end);
+    word.erase(0, std::max<std::size_t>(static_cast<std::size_t>(end - word.c_str()), 1));
+    return number;
 }
 
 std::string BytesOf(QPDFObjectHandle content) {
@@ -53,7 +66,11 @@ public:
         }
         --budget_.operators;
         if (!object.isOperator()) return;
-        HandleOperator(object.getOperatorValue());
+        std::string word = object.getOperatorValue();
+        while (!word.empty() && kNumberStarts.find(word[0]) != std::string::npos && operands_.size() < kMostOperands)
+            operands_.push_back(QPDFObjectHandle::newReal(TakeNumber(word)));
+        if (word.empty()) return;
+        HandleOperator(word);
         operands_.clear();
     }
 

@@ -278,7 +278,7 @@ TEST(Encoding, NamesTheCharactersOfCodes) {
 TEST(ReadContent, HandsOnOperatorsWithinItsBudget) {
     QPDFObjectHandle both = Object("[]");
     both.appendItem(Stream("<< >>", "1 0 0 rg q [(a) -3] TJ"));
-    both.appendItem(Stream("<< >>", "BI /W 1 /H 1 /CS /G /BPC 8 ID x EI Q"));
+    both.appendItem(Stream("<< >>", "BI /W 1 /H 1 /CS /G /BPC 8 ID x EI Q --5 1.-5 - 2cm"));
     std::string text;
     const auto write = [&](const std::string& name, const Operands& operands) {
         for (QPDFObjectHandle operand : operands)
@@ -288,7 +288,7 @@ TEST(ReadContent, HandsOnOperatorsWithinItsBudget) {
     Budget plenty;
     EXPECT_TRUE(ReadContent(both, plenty, write));
     EXPECT_TRUE(text.starts_with("1 0 0 rg; q; [ (a) -3 ] TJ; BI; << /Bit")) << text;
-    EXPECT_TRUE(text.ends_with("/Width 1 >>x  EI; Q; ")) << text;
+    EXPECT_TRUE(text.ends_with("/Width 1 >>x  EI; Q; -5 1.5 0 2 cm; ")) << text;
     std::string saves;
     for (int i = 0; i < 5000; ++i) saves += "q ";
     text.clear();
