@@ -41,7 +41,7 @@ void CMap::AddSpans(std::vector<Span>& spans, const std::vector<QPDFObjectHandle
     }
 }
 
-CMap CMap::Parse(QPDFObjectHandle encoding, Notes& notes) {
+std::optional<CMap> CMap::Parse(QPDFObjectHandle encoding, Notes& notes) {
     CMap map;
     const std::string name = ToName(encoding.isStream() ? Entry(encoding, "/CMapName") : encoding);
     map.isVertical_ = ToInteger(Entry(encoding, "/WMode"), 0) == 1 || name.ends_with("-V");
@@ -55,9 +55,9 @@ CMap CMap::Parse(QPDFObjectHandle encoding, Notes& notes) {
     }
     if (map.codeSpaces_.empty()) map.codeSpaces_.push_back({2, 0, 0xFFFF, 0});
     map.isIdentity_ = map.cids_.empty();
-    if (!encoding.isStream() && name != "/Identity-H" && name != "/Identity-V")
-        notes.Add("the predefined encoding " + name + " is not known");
-    return map;
+    if (encoding.isStream() || name == "/Identity-H" || name == "/Identity-V") return map;
+    notes.Add("the predefined encoding " + name + " is not known: its text is left out");
+    return std::nullopt;
 }
 
 CMap::Code CMap::Next(const std::string& text, std::size_t position) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,9 +18,9 @@ public:
         unsigned int cid = 0;
     };
 
-    // @param encoding the name of a predefined one or a stream. Of the predefined ones the two identities are known;
-    //        others are read as these, and noted.
-    static CMap Parse(QPDFObjectHandle encoding, Notes& notes);
+    // @param encoding a stream, or the name of a predefined one.
+    // @return nothing, with a note, for a predefined one but the two identities.
+    static std::optional<CMap> Parse(QPDFObjectHandle encoding, Notes& notes);
 
     // The code at a position of a text. REQUIRES: position < text.size().
     [[nodiscard]] Code Next(const std::string& text, std::size_t position) const;

@@ -97,14 +97,10 @@ private:
 
 std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary, const FontLibrary& library, Notes& notes) {
     const QPDFObjectHandle descendant = Item(Entry(dictionary, "/DescendantFonts"), 0);
-    if (!IsEmbedded(descendant)) {
-        notes.Add("a composite font that is not embedded is left out");
-        return nullptr;
-    }
-    std::unique_ptr<FontFile> file = OpenFontFile(descendant, library, notes);
-    if (!file) return nullptr;
-    return std::make_shared<CompositeFont>(descendant, CMap::Parse(Entry(dictionary, "/Encoding"), notes),
-                                           std::move(file));
+    std::unique_ptr<FontFile> file = OpenEmbedded(descendant, library, notes);
+    const std::optional<CMap> map = CMap::Parse(Entry(dictionary, "/Encoding"), notes);
+    if (!file) notes.Add("a composite font without a program that can be read is left out");
+    return file && map ? std::make_shared<CompositeFont>(descendant, *map, std::move(file)) : nullptr;
 }
 
 }  // namespace pdf

@@ -31,7 +31,9 @@ constexpr const char* kOtherNames =
     "192 circumflex 2C6 caron 2C7 breve 2D8 dotaccent 2D9 ring 2DA ogonek 2DB tilde 2DC hungarumlaut 2DD endash 2013 "
     "emdash 2014 quoteleft 2018 quoteright 2019 quotesinglbase 201A quotedblleft 201C quotedblright 201D quotedblbase "
     "201E dagger 2020 daggerdbl 2021 bullet 2022 ellipsis 2026 perthousand 2030 guilsinglleft 2039 guilsinglright 203A "
-    "fraction 2044 Euro 20AC trademark 2122 minus 2212 fi FB01 fl FB02";
+    "fraction 2044 Euro 20AC trademark 2122 minus 2212 fi FB01 fl FB02 Omega 3A9 pi 3C0 partialdiff 2202 Delta 2206 "
+    "product 220F summation 2211 radical 221A infinity 221E integral 222B approxequal 2248 notequal 2260 lessequal "
+    "2264 greaterequal 2265 lozenge 25CA";
 // The standard encoding where it is not ASCII: code and name.
 constexpr const char* kStandardCodes =
     "27 quoteright 60 quoteleft A1 exclamdown A2 cent A3 sterling A4 fraction A5 yen A6 florin A7 section A8 currency "

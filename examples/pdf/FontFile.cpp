@@ -12,42 +12,31 @@ namespace pdf {
 
 namespace {
 
-// Collects an outline, in ems.
-struct Collector {
-    Path& path;
-    double em;
-
-    [[nodiscard]] PointD At(const FT_Vector* v) const {
-        return {static_cast<double>(v->x) / em, static_cast<double>(v->y) / em};
-    }
-};
-
-Collector& CollectorOf(void* user) {
-    return *static_cast<Collector*>(user);
+PointD ToPoint(const FT_Vector* v) {
+    return {static_cast<double>(v->x), static_cast<double>(v->y)};
 }
 
-const FT_Outline_Funcs kCollect{
+Path& PathOf(void* user) {
+    return *static_cast<Path*>(user);
+}
+
+// Append to a path what FreeType tells of an outline.
+const FT_Outline_Funcs kAppend{
     [](const FT_Vector* to, void* user) {
-        Collector& c = CollectorOf(user);
-        if (!c.path.IsEmpty()) c.path.Close();
-        return c.path.MoveTo(c.At(to)), 0;
+        if (!PathOf(user).IsEmpty()) PathOf(user).Close();
+        return PathOf(user).MoveTo(ToPoint(to)), 0;
     },
-    [](const FT_Vector* to, void* user) {
-        Collector& c = CollectorOf(user);
-        return c.path.LineTo(c.At(to)), 0;
-    },
+    [](const FT_Vector* to, void* user) { return PathOf(user).LineTo(ToPoint(to)), 0; },
     // A quadratic curve as a cubic one: its inner points lie two thirds of the way to the control point.
     [](const FT_Vector* control, const FT_Vector* to, void* user) {
-        Collector& c = CollectorOf(user);
-        const PointD middle = c.At(control);
+        const PointD middle = ToPoint(control);
         const auto inner = [&](const PointD& end) {
             return PointD{end.x + (middle.x - end.x) * 2 / 3, end.y + (middle.y - end.y) * 2 / 3};
         };
-        return c.path.CurveTo(inner(c.path.current), inner(c.At(to)), c.At(to)), 0;
+        return PathOf(user).CurveTo(inner(PathOf(user).current), inner(ToPoint(to)), ToPoint(to)), 0;
     },
     [](const FT_Vector* first, const FT_Vector* second, const FT_Vector* to, void* user) {
-        Collector& c = CollectorOf(user);
-        return c.path.CurveTo(c.At(first), c.At(second), c.At(to)), 0;
+        return PathOf(user).CurveTo(ToPoint(first), ToPoint(second), ToPoint(to)), 0;
     },
     0, 0};
 
@@ -119,9 +108,10 @@ const Path& FontFile::Outline(unsigned int glyph) {
     if (!isNew || FT_Load_Glyph(face_.get(), glyph, FT_LOAD_NO_SCALE | FT_LOAD_NO_BITMAP) != 0 ||
         face_->glyph->format != FT_GLYPH_FORMAT_OUTLINE)
         return entry->second;
-    Collector collector{entry->second, em_};
-    FT_Outline_Decompose(&face_->glyph->outline, &kCollect, &collector);
-    if (!entry->second.IsEmpty()) entry->second.Close();
+    Path inUnits;
+    FT_Outline_Decompose(&face_->glyph->outline, &kAppend, &inUnits);
+    if (!inUnits.IsEmpty()) inUnits.Close();
+    entry->second.Append(inUnits, {1 / em_, 0, 0, 1 / em_, 0, 0});
     return entry->second;
 }
 

@@ -16,15 +16,13 @@ constexpr int kBoldFlag = 1 << 18;
 
 const std::string kFolder = "/usr/share/fonts/type1/urw-base35/";
 
-QPDFObjectHandle ProgramOf(QPDFObjectHandle font) {
-    const QPDFObjectHandle descriptor = Entry(font, "/FontDescriptor");
-    for (const char* key : {"/FontFile", "/FontFile2", "/FontFile3"})
-        if (QPDFObjectHandle program = Entry(descriptor, key); program.isStream()) return program;
-    return QPDFObjectHandle::newNull();
+std::string NameOf(QPDFObjectHandle font) {
+    const std::string name = ToName(Entry(font, "/BaseFont"));
+    return name.substr(std::min<std::size_t>(name.size(), 1));
 }
 
 // The file of a font of the system that has the widths of a standard font, or that looks alike.
-std::string SubstituteFor(std::string name, int flags) {
+std::string ReplacementFor(std::string name, int flags) {
     std::ranges::transform(name, name.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     const auto has = [&name](std::initializer_list<const char*> parts) {
         return std::ranges::any_of(parts, [&](const char* part) { return name.find(part) != std::string::npos; });
@@ -48,20 +46,22 @@ std::string ReadFile(const std::string& path) {
 
 }  // namespace
 
-bool IsEmbedded(QPDFObjectHandle font) {
-    return ProgramOf(font).isStream();
+std::unique_ptr<FontFile> OpenEmbedded(QPDFObjectHandle font, const FontLibrary& library, Notes& notes) {
+    const QPDFObjectHandle descriptor = Entry(font, "/FontDescriptor");
+    for (const char* key : {"/FontFile", "/FontFile2", "/FontFile3"}) {
+        const QPDFObjectHandle program = Entry(descriptor, key);
+        if (QPDFObjectHandle(program).isNull()) continue;
+        if (auto file = FontFile::Open(library, ToBytes(program))) return file;
+        notes.Add("the program of font " + NameOf(font) + " cannot be read");
+    }
+    return nullptr;
 }
 
-std::unique_ptr<FontFile> OpenFontFile(QPDFObjectHandle font, const FontLibrary& library, Notes& notes) {
-    std::string name = ToName(Entry(font, "/BaseFont"));
-    if (!name.empty()) name.erase(0, 1);
-    if (IsEmbedded(font)) {
-        if (auto file = FontFile::Open(library, ToBytes(ProgramOf(font)))) return file;
-        notes.Add("the program of font " + name + " cannot be read");
-    }
-    const std::string substitute = SubstituteFor(name, ToInteger(Entry(Entry(font, "/FontDescriptor"), "/Flags"), 0));
-    auto file = FontFile::Open(library, ReadFile(kFolder + substitute));
-    notes.Add("font " + name + (file ? " is replaced by " + substitute : " is not there: its text is left out"));
+std::unique_ptr<FontFile> OpenReplacement(QPDFObjectHandle font, const FontLibrary& library, Notes& notes) {
+    const std::string name = NameOf(font);
+    const std::string other = ReplacementFor(name, ToInteger(Entry(Entry(font, "/FontDescriptor"), "/Flags"), 0));
+    auto file = FontFile::Open(library, ReadFile(kFolder + other));
+    notes.Add("font " + name + (file ? " is replaced by " + other : " is not there: its text is left out"));
     return file;
 }
 

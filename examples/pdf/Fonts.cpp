@@ -28,16 +28,24 @@ std::array<double, 256> WidthsOf(QPDFObjectHandle font) {
 // Type 1, TrueType and CFF fonts whose codes are single bytes.
 class SimpleFont : public Font {
 public:
-    SimpleFont(QPDFObjectHandle dictionary, std::unique_ptr<FontFile> file) : file_(std::move(file)) {
+    // @param isReplacement whether glyphs have to be made as wide as the dictionary says.
+    SimpleFont(QPDFObjectHandle dictionary, std::unique_ptr<FontFile> file, bool isReplacement)
+        : file_(std::move(file)) {
         const int flags = ToInteger(Entry(Entry(dictionary, "/FontDescriptor"), "/Flags"), 0);
-        const bool isTrueType = ToName(Entry(dictionary, "/Subtype")) == "/TrueType";
+        const bool isTrueType = !isReplacement && ToName(Entry(dictionary, "/Subtype")) == "/TrueType";
         const bool isSymbolic = (flags & kSymbolicFlag) != 0;
         const Encoding characters = ToEncoding(Entry(dictionary, "/Encoding"), isTrueType && !isSymbolic);
         const std::array<double, 256> widths = WidthsOf(dictionary);
         for (unsigned int code = 0; code < characters.size(); ++code) {
-            if (isTrueType && isSymbolic) glyphs_[code] = file_->GlyphOfCode(code);
-            if (glyphs_[code] == 0) glyphs_[code] = GlyphOf(code, characters[code]);
-            advances_[code] = widths[code] >= 0 ? widths[code] / kThousandths : file_->Advance(glyphs_[code]);
+            const auto& [name, unicode] = characters[code];
+            unsigned int glyph = isTrueType && isSymbolic ? file_->GlyphOfCode(code) : 0;
+            if (glyph == 0) glyph = file_->GlyphOfName(name);
+            if (glyph == 0) glyph = file_->GlyphOfUnicode(unicode);
+            if (glyph == 0 && (isTrueType || name.empty())) glyph = file_->GlyphOfCode(code);
+            const double own = file_->Advance(glyph);
+            glyphs_[code] = glyph;
+            advances_[code] = widths[code] >= 0 ? widths[code] / kThousandths : own;
+            stretches_[code] = isReplacement && own > 0 && advances_[code] > 0 ? advances_[code] / own : 1;
         }
     }
 
@@ -46,20 +54,16 @@ public:
         Glyph glyph;
         glyph.outline = &file_->Outline(glyphs_[code]);
         glyph.advance = {advances_[code], 0};
+        glyph.stretch = stretches_[code];
         glyph.isSpace = code == ' ';
         return glyph;
     }
 
 private:
-    [[nodiscard]] unsigned int GlyphOf(unsigned int code, const Character& character) const {
-        if (const unsigned int glyph = file_->GlyphOfName(character.name)) return glyph;
-        if (const unsigned int glyph = file_->GlyphOfUnicode(character.unicode)) return glyph;
-        return character.name.empty() ? file_->GlyphOfCode(code) : 0;
-    }
-
     std::unique_ptr<FontFile> file_;
     std::array<unsigned int, 256> glyphs_{};
     std::array<double, 256> advances_{};
+    std::array<double, 256> stretches_{};
 };
 
 // A font whose glyphs are page content.
@@ -94,8 +98,10 @@ std::shared_ptr<const Font> MakeFont(QPDFObjectHandle dictionary, const FontLibr
     const std::string kind = ToName(Entry(dictionary, "/Subtype"));
     if (kind == "/Type0") return MakeCompositeFont(dictionary, library, notes);
     if (kind == "/Type3") return std::make_shared<Type3Font>(dictionary);
-    std::unique_ptr<FontFile> file = OpenFontFile(dictionary, library, notes);
-    return file ? std::make_shared<SimpleFont>(dictionary, std::move(file)) : nullptr;
+    std::unique_ptr<FontFile> file = OpenEmbedded(dictionary, library, notes);
+    const bool isReplacement = !file;
+    if (isReplacement) file = OpenReplacement(dictionary, library, notes);
+    return file ? std::make_shared<SimpleFont>(dictionary, std::move(file), isReplacement) : nullptr;
 }
 
 }  // namespace

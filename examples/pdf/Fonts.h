@@ -17,6 +17,7 @@ struct Glyph {
     const Path* outline = nullptr;  // one unit an em; lives as long as the font. Null of a Type 3 glyph and of none
     QPDFObjectHandle content;       // of a Type 3 glyph; else null
     PointD advance;                 // in ems, to the right or down
+    double stretch = 1;             // by how much the outline is made wider
     PointD origin;                  // of the glyph on the line, in ems
     bool isSpace = false;           // whether word spacing counts
 };
@@ -52,15 +53,14 @@ private:
     std::map<std::string, std::shared_ptr<const Font>> fonts_;  // by the reference or the text of the dictionary
 };
 
-// The program of a font: the one in the file, or else a font of the system with the same widths, which is noted.
+// The program of a font that is in the file; empty if there is none or, with a note, if it cannot be read.
 // @param font a simple font's dictionary, or that of a composite font's descendant.
-// @return empty if there is neither.
-std::unique_ptr<FontFile> OpenFontFile(QPDFObjectHandle font, const FontLibrary& library, Notes& notes);
+std::unique_ptr<FontFile> OpenEmbedded(QPDFObjectHandle font, const FontLibrary& library, Notes& notes);
 
-// Whether the program of a font is in the file.
-bool IsEmbedded(QPDFObjectHandle font);
+// A font of the system that has the widths of a standard font, or looks alike, with a note; empty if it is not there.
+std::unique_ptr<FontFile> OpenReplacement(QPDFObjectHandle font, const FontLibrary& library, Notes& notes);
 
-// The font of a composite font's dictionary; empty if it has no program.
+// The font of a composite font's dictionary; empty, with a note, if it has no program or codes that are not known.
 std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary, const FontLibrary& library, Notes& notes);
 
 }  // namespace pdf

@@ -57,7 +57,7 @@ void Interpreter::ShowText(const std::string& text) {
         page_.budget.Spend(1);
         const Matrix emsToText{t.size * t.horizontalScale, 0, 0, t.size, 0, t.rise};
         const Matrix emsToUser = Concat(emsToText, textMatrix_);
-        const Matrix placed = Concat({1, 0, 0, 1, glyph.origin.x, glyph.origin.y}, emsToUser);
+        const Matrix placed = Concat({glyph.stretch, 0, 0, 1, glyph.origin.x, glyph.origin.y}, emsToUser);
         if (glyph.outline)
             text_.Append(*glyph.outline, placed);
         else if (glyph.content.isStream() && t.renderMode != kInvisible)

@@ -13,6 +13,7 @@
 #include "ContentReader.h"
 #include "Encodings.h"
 #include "Flatten.h"
+#include "Fonts.h"
 #include "Functions.h"
 #include "Objects.h"
 #include "Outlines.h"
@@ -223,12 +224,13 @@ TEST(ColorSpace, GivesTheWorkedFigures) {
 
 TEST(CMap, DividesTextsIntoCodes) {
     Notes notes;
-    const CMap mixed = CMap::Parse(Stream("<< /WMode 1 >>", R"(
+    const auto mixed = CMap::Parse(Stream("<< /WMode 1 >>", R"(
         2 begincodespacerange <00> <7F> <8140> <9FFC> endcodespacerange
         1 begincidrange <20> <7E> 1 endcidrange
         1 begincidchar <8140> 633 endcidchar)"),
                                    notes);
-    EXPECT_TRUE(mixed.IsVertical());
+    ASSERT_TRUE(mixed);
+    EXPECT_TRUE(mixed->IsVertical());
     struct Case {
         std::string text;
         std::size_t position, length;
@@ -237,14 +239,14 @@ TEST(CMap, DividesTextsIntoCodes) {
     for (const auto& [text, position, length, cid] :
          {Case{"A\x81\x40", 0, 1, 34}, Case{"A\x81\x40", 1, 2, 633}, Case{"\x1F", 0, 1, 0}, Case{"\x81\x20", 0, 1, 0},
           Case{"\x81", 0, 1, 0}}) {
-        const CMap::Code code = mixed.Next(text, position);
+        const CMap::Code code = mixed->Next(text, position);
         EXPECT_TRUE(code.length == length && code.cid == cid) << code.length << ' ' << code.cid;
     }
-    const CMap identity = CMap::Parse(Object("/Identity-H"), notes);
-    EXPECT_EQ(identity.Next("\x01\x02", 0).cid, 0x102U);
-    EXPECT_EQ(identity.Next("\x01\x02", 1).length, 1U) << "half a code at the end";
+    const auto identity = CMap::Parse(Object("/Identity-H"), notes);
+    EXPECT_EQ(identity->Next("\x01\x02", 0).cid, 0x102U);
+    EXPECT_EQ(identity->Next("\x01\x02", 1).length, 1U) << "half a code at the end";
     EXPECT_TRUE(notes.Counts().empty());
-    static_cast<void>(CMap::Parse(Object("/90ms-RKSJ-H"), notes));
+    EXPECT_FALSE(CMap::Parse(Object("/90ms-RKSJ-H"), notes));
     EXPECT_EQ(notes.Counts().size(), 1U);
 }
 
@@ -273,6 +275,17 @@ TEST(Encoding, NamesTheCharactersOfCodes) {
     EXPECT_TRUE(own[65].name == "B" && own[65].unicode == 0x42);
     EXPECT_TRUE(own[254].name == "x.y" && own[255].unicode == 0x416);
     EXPECT_TRUE(own[66].name.empty() && own[66].unicode == 0);
+}
+
+TEST(Font, ThatIsReplacedHasTheWidthsOfTheDocument) {
+    Notes notes;
+    const auto font =
+        FontCache().Get(Object("<< /Subtype /Type1 /BaseFont /Helvetica /FirstChar 65 /Widths [1334] >>"), notes);
+    ASSERT_TRUE(font) << "fonts-urw-base35 is missing";
+    std::size_t position = 0;
+    const Glyph glyph = font->Next("A", position);
+    EXPECT_DOUBLE_EQ(glyph.advance.x, 1.334);
+    EXPECT_NEAR(glyph.stretch, 2, 0.01);
 }
 
 TEST(ReadContent, HandsOnOperatorsWithinItsBudget) {
