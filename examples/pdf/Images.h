@@ -4,9 +4,15 @@
 
 #include <memory>
 
-#include "Geometry.h"
+#include "Mask.h"
 
 namespace pdf {
+
+// An image on the pixels of a page.
+struct PlacedImage {
+    Mask coverage;                            // what it covers
+    std::shared_ptr<vantu::IQorImage> image;  // Bgra32Premultiplied, top-down, as large as the coverage's box, or null
+};
 
 // A clear image for the pixels of a box: Bgra32Premultiplied, top-down, its rows one after the other.
 // REQUIRES: the box is not empty.

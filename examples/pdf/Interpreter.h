@@ -9,6 +9,7 @@
 #include "Document.h"
 #include "Fonts.h"
 #include "GraphicsState.h"
+#include "Images.h"
 #include "Notes.h"
 #include "PictureReader.h"
 #include "Transparency.h"
@@ -68,6 +69,7 @@ private:
     void ClipTo(const Path& path, const Matrix& toDevice, bool evenOdd);
     void PaintOutline(const Path& path, const Matrix& toDevice, bool fill, bool evenOdd, bool stroke);
     void PaintShape(const Mask& shape, const Ink& ink);
+    void PaintImage(const PlacedImage& placed, const Mask& within, const Ink& ink);
     void PaintPicture(QPDFObjectHandle picture);
     void PaintShadingOf(QPDFObjectHandle shading);
     Placing PlacingOf(const Ink& ink);

@@ -44,33 +44,35 @@ void Interpreter::PaintShape(const Mask& shape, const Ink& ink) {
     } else if (ToInteger(Entry(ink.pattern, "/PatternType"), 0) == 1) {
         PaintTiles(mask, ink);
     } else {
-        const ShadedImage shaded =
-            PaintShading(Entry(ink.pattern, "/Shading"), resources_, ink.patternToDevice, mask.box, true, page_.notes);
-        page_.canvas.Draw(shaded.image, {shaded.box.x0, shaded.box.y0}, mask, PlacingOf(ink));
+        PaintImage(
+            PaintShading(Entry(ink.pattern, "/Shading"), resources_, ink.patternToDevice, mask.box, true, page_.notes),
+            mask, ink);
     }
+}
+
+void Interpreter::PaintImage(const PlacedImage& placed, const Mask& within, const Ink& ink) {
+    const Pixels& box = placed.coverage.box;
+    page_.canvas.Draw(placed.image, {box.x0, box.y0}, Intersect(placed.coverage, within), PlacingOf(ink));
 }
 
 void Interpreter::PaintPicture(QPDFObjectHandle picture) {
     if (IsHidden()) return;
     const double samples = ToNumber(Entry(picture, "/Width"), 0) * ToNumber(Entry(picture, "/Height"), 0);
     page_.budget.Spend(kTimesForPicture * std::clamp<double>(samples, 0, kMostPicturePixels));
-    const PlacedPicture placed =
+    const PlacedImage placed =
         PlacePicture(picture, resources_, state_.toDevice, Visible(), page_.pictures, page_.notes);
     Spend(placed.coverage.box, kTimesForPicture);
-    if (placed.image == nullptr) {
+    if (placed.image == nullptr)
         PaintShape(placed.coverage, state_.fill);
-    } else {
-        const Pixels& box = placed.coverage.box;
-        page_.canvas.Draw(placed.image, {box.x0, box.y0}, Clipped(placed.coverage), PlacingOf(state_.fill));
-    }
+    else
+        PaintImage(placed, state_.clip, state_.fill);
 }
 
 void Interpreter::PaintShadingOf(QPDFObjectHandle shading) {
     if (IsHidden()) return;
     Spend(Visible(), kTimesForPicture);
-    const ShadedImage shaded = PaintShading(shading, resources_, state_.toDevice, Visible(), false, page_.notes);
-    page_.canvas.Draw(shaded.image, {shaded.box.x0, shaded.box.y0}, Clipped({shaded.box, nullptr}),
-                      PlacingOf(state_.fill));
+    PaintImage(PaintShading(shading, resources_, state_.toDevice, Visible(), false, page_.notes), state_.clip,
+               state_.fill);
 }
 
 }  // namespace pdf

@@ -13,7 +13,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr std::size_t kMostBytesKept = 1U << 26;  // of pictures beside the latest
+constexpr std::size_t kMostBytesKept = 1U << 26;  // of pictures, if it is more than one
 
 // Reads a picture without its masks: `append` adds to the bytes what becomes of a pixel of some samples and a colour.
 template <typename Append>
@@ -122,23 +122,17 @@ std::optional<Picture> ReadPicture(QPDFObjectHandle picture, QPDFObjectHandle re
 
 const Picture* PictureCache::Get(QPDFObjectHandle picture, QPDFObjectHandle resources, Notes& notes) {
     // Inline pictures say no subtype; they share one object.
-    const QPDFObjGen id = ToName(Entry(picture, "/Subtype")) == "/Image" ? picture.getObjGen() : QPDFObjGen();
-    const auto known = std::find_if(last_.begin(), last_.end(),
-                                    [&](const auto& entry) { return id.isIndirect() && entry.first == id; });
-    if (known != last_.end()) {
-        last_.splice(last_.begin(), last_, known);
-        return &last_.front().second;
-    }
+    const bool isInline = ToName(Entry(picture, "/Subtype")) != "/Image";
+    const QPDFObjGen id = isInline ? QPDFObjGen() : picture.getObjGen();
+    if (const auto known = kept_.find(id); known != kept_.end() && !isInline) return &known->second;
     std::optional<Picture> read = ReadPicture(picture, resources, notes);
     if (!read) return nullptr;
-    last_.emplace_front(id, std::move(*read));
-    std::size_t bytes = 0;
-    for (const auto& [other, kept] : last_) bytes += kept.pixels.size();
-    while (last_.size() > 1 && bytes > kMostBytesKept) {
-        bytes -= last_.back().second.pixels.size();
-        last_.pop_back();
+    bytes_ += read->pixels.size();
+    if (bytes_ > kMostBytesKept) {
+        kept_.clear();
+        bytes_ = read->pixels.size();
     }
-    return &last_.front().second;
+    return &kept_.insert_or_assign(id, std::move(*read)).first->second;
 }
 
 }  // namespace pdf

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <list>
+#include <map>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "Notes.h"
@@ -28,14 +27,15 @@ struct Picture {
 // @param resources give its colour space a meaning. @return nothing, with a note, for what cannot be read.
 [[nodiscard]] std::optional<Picture> ReadPicture(QPDFObjectHandle picture, QPDFObjectHandle resources, Notes& notes);
 
-// Keeps the pictures that were read last, for pages that show one at many places. One thread at a time.
+// Keeps pictures, for pages that show one at many places. One thread at a time.
 class PictureCache {
 public:
     // @return null where ReadPicture returns nothing; else it is valid until the next call.
     const Picture* Get(QPDFObjectHandle picture, QPDFObjectHandle resources, Notes& notes);
 
 private:
-    std::list<std::pair<QPDFObjGen, Picture>> last_;  // the latest first
+    std::map<QPDFObjGen, Picture> kept_;
+    std::size_t bytes_ = 0;  // that were kept
 };
 
 }  // namespace pdf

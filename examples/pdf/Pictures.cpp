@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 
-#include "Images.h"
 #include "Outlines.h"
 #include "PictureReader.h"
 
@@ -86,13 +85,13 @@ void Sample(const Picture& picture, const Matrix& toPicture, const Mask& coverag
 
 }  // namespace
 
-PlacedPicture PlacePicture(QPDFObjectHandle stream, QPDFObjectHandle resources, const Matrix& toDevice,
-                           const Pixels& clip, PictureCache& pictures, Notes& notes) {
+PlacedImage PlacePicture(QPDFObjectHandle stream, QPDFObjectHandle resources, const Matrix& toDevice,
+                         const Pixels& clip, PictureCache& pictures, Notes& notes) {
     if (!toDevice.IsInvertible() || IsEmpty(Intersect(clip, Around(MapBox(toDevice, kUnitSquare))))) return {};
     const Picture* const picture = pictures.Get(stream, resources, notes);
     if (picture == nullptr) return {};
 
-    PlacedPicture placed;
+    PlacedImage placed;
     Matrix matrix = toDevice;
     if (IsUpright(toDevice)) {
         const Box exact = MapBox(toDevice, kUnitSquare);

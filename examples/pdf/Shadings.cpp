@@ -8,7 +8,6 @@
 
 #include "ColorSpaces.h"
 #include "Functions.h"
-#include "Images.h"
 #include "Objects.h"
 #include "Outlines.h"
 
@@ -18,6 +17,7 @@ namespace {
 
 constexpr double kSteps = 4096;  // colours along a shading
 constexpr vantu::Color kClear{0U};
+constexpr unsigned char kHalf = 128;  // of a pixel's coverage
 
 // What shadings of all types have.
 struct Shading {
@@ -111,55 +111,47 @@ ColorAt Radial(const Shading& shading) {
     };
 }
 
-// Paints where `colorAt`, given the middle of a pixel, has a colour, as far as `inside` covers; what is left shows the
-// background.
-std::shared_ptr<vantu::IQorImage> Paint(const ColorAt& colorAt, const Matrix& fromDevice, const Pixels& box,
-                                        const Mask& inside, const vantu::Color& background) {
-    const auto image = MakeImage(box);
-    unsigned char* out = image->GetPixelData();
-    for (int y = box.y0; y < box.y1; ++y) {
-        for (int x = box.x0; x < box.x1; ++x) {
-            const vantu::Color color = colorAt ? colorAt(fromDevice.Map({x + 0.5, y + 0.5})) : kClear;
-            const unsigned int alpha = color.GetAlpha() == 0 ? 0U : SampleAt(inside, x, y);
-            const unsigned int alphaBelow = background.GetAlpha() == 0 ? 0U : 255 - alpha;
-            const auto mix = [&](unsigned int above, unsigned int below) {
-                return static_cast<unsigned char>((above * alpha + below * alphaBelow + 127) / 255);
-            };
-            *out++ = mix(color.GetBlue(), background.GetBlue());
-            *out++ = mix(color.GetGreen(), background.GetGreen());
-            *out++ = mix(color.GetRed(), background.GetRed());
-            *out++ = mix(255, 255);
-        }
-    }
-    return image;
-}
-
 }  // namespace
 
-ShadedImage PaintShading(QPDFObjectHandle dictionary, QPDFObjectHandle resources, const Matrix& toDevice,
+PlacedImage PaintShading(QPDFObjectHandle dictionary, QPDFObjectHandle resources, const Matrix& toDevice,
                          const Pixels& clip, bool withBackground, Notes& notes) {
     if (IsEmpty(clip) || !toDevice.IsInvertible()) return {};
     const Shading shading{dictionary, ColorSpace::Parse(Entry(dictionary, "/ColorSpace"), resources, notes),
                           Function::Parse(Entry(dictionary, "/Function"))};
-    vantu::Color background = kClear;
-    if (const std::vector<double> components = ToNumbers(Entry(dictionary, "/Background"));
-        withBackground && !components.empty())
-        background = shading.space->ToColor(components);
-    Mask inside{clip, nullptr};
-    if (QPDFObjectHandle box = Entry(dictionary, "/BBox"); box.isArray()) {
-        Path outline;
-        outline.AddRectangle(ToBox(box, {}));
-        inside = FillCoverage(outline, toDevice, false, clip);
-    }
-    const Pixels area = background.GetAlpha() == 0 ? inside.box : clip;
-    if (IsEmpty(area)) return {};
     const int type = shading.function ? ToInteger(Entry(dictionary, "/ShadingType"), 0) : 0;
     const ColorAt colorAt = type == 1   ? FunctionBased(shading)
                             : type == 2 ? Axial(shading)
                             : type == 3 ? Radial(shading)
                                         : nullptr;
     if (!colorAt) notes.Add("shading that is not of type 1 to 3 or cannot be read: left out");
-    return {area, Paint(colorAt, toDevice.Inverse(), area, inside, background)};
+
+    Mask inside{clip, nullptr};
+    if (QPDFObjectHandle box = Entry(dictionary, "/BBox"); box.isArray()) {
+        Path outline;
+        outline.AddRectangle(ToBox(box, {}));
+        inside = FillCoverage(outline, toDevice, false, clip);
+    }
+    const std::vector<double> components = ToNumbers(Entry(dictionary, "/Background"));
+    const bool hasBackground = withBackground && !components.empty();
+    const vantu::Color background = hasBackground ? shading.space->ToColor(components) : kClear;
+    PlacedImage placed{hasBackground ? Mask{clip, nullptr} : inside, nullptr};
+    const Pixels& box = placed.coverage.box;
+    if (IsEmpty(box)) return {};
+    placed.image = MakeImage(box);
+    unsigned char* out = placed.image->GetPixelData();
+    const Matrix fromDevice = toDevice.Inverse();
+    for (int y = box.y0; y < box.y1; ++y) {
+        for (int x = box.x0; x < box.x1; ++x) {
+            const bool isShaded = colorAt && (!hasBackground || SampleAt(inside, x, y) >= kHalf);
+            vantu::Color color = isShaded ? colorAt(fromDevice.Map({x + 0.5, y + 0.5})) : kClear;
+            if (color.GetAlpha() == 0) color = background;
+            *out++ = color.GetBlue();
+            *out++ = color.GetGreen();
+            *out++ = color.GetRed();
+            *out++ = color.GetAlpha();
+        }
+    }
+    return placed;
 }
 
 }  // namespace pdf
