@@ -3,6 +3,7 @@
 #include "CMap.h"
 #include "Fonts.h"
 #include "Objects.h"
+#include "Samples.h"
 
 namespace pdf {
 
@@ -10,6 +11,7 @@ namespace {
 
 constexpr double kThousandths = 1000;
 constexpr int kMostCids = 0x10000;
+constexpr unsigned int kBitsOfGlyph = 16;  // in a table from identifiers to glyphs
 
 // Numbers of glyphs by character identifier, as W and W2 of a descendant font say them: "first [n ...]" and "first last
 // n ..." in turn, `Count` numbers a glyph.
@@ -37,70 +39,46 @@ GlyphNumbers<Count> ReadGlyphNumbers(QPDFObjectHandle array) {
     return numbers;
 }
 
-// A font whose codes, of one byte or more, name the glyphs of its descendant by character identifiers.
-class CompositeFont : public Font {
-public:
-    CompositeFont(QPDFObjectHandle descendant, CMap map, std::unique_ptr<FontFile> file)
-        : map_(std::move(map)),
-          file_(std::move(file)),
-          hasOwnNumbers_(ToName(Entry(descendant, "/Subtype")) == "/CIDFontType0"),
-          glyphTable_(ToBytes(Entry(descendant, "/CIDToGIDMap"))),
-          widths_(ReadGlyphNumbers<1>(Entry(descendant, "/W"))),
-          verticals_(ReadGlyphNumbers<3>(Entry(descendant, "/W2"))),
-          defaultWidth_(ToNumber(Entry(descendant, "/DW"), kThousandths)),
-          defaultTop_(ToNumber(Item(Entry(descendant, "/DW2"), 0), 880)),
-          defaultDown_(ToNumber(Item(Entry(descendant, "/DW2"), 1), -kThousandths)) {}
+}  // namespace
 
-    Glyph Next(const std::string& text, std::size_t& position) const override {
-        const CMap::Code code = map_.Next(text, position);
+std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary, const FontLibrary& library, Notes& notes) {
+    const QPDFObjectHandle descendant = Item(Entry(dictionary, "/DescendantFonts"), 0);
+    const std::shared_ptr<FontFile> file = OpenEmbedded(descendant, library, notes);
+    const std::optional<CMap> map = CMap::Parse(Entry(dictionary, "/Encoding"), notes);
+    if (!file) notes.Add("a composite font without a program that can be read is left out");
+    if (!file || !map) return nullptr;
+
+    const bool knowsCids = ToName(Entry(descendant, "/Subtype")) == "/CIDFontType0";
+    const auto glyphOf = [=, table = ToBytes(Entry(descendant, "/CIDToGIDMap"))](unsigned int cid) -> unsigned int {
+        if (knowsCids) return file->GlyphOfCid(cid);
+        if (table.empty()) return cid;
+        return BitsAt(table, std::size_t{cid} * kBitsOfGlyph, kBitsOfGlyph);
+    };
+    // In thousandths, as are DW and DW2.
+    const auto widths = ReadGlyphNumbers<1>(Entry(descendant, "/W"));
+    // How far a glyph goes down; the origin of vertical writing, seen from the other one.
+    const auto verticals = ReadGlyphNumbers<3>(Entry(descendant, "/W2"));
+    const double defaultWidth = ToNumber(Entry(descendant, "/DW"), kThousandths);
+    const double defaultTop = ToNumber(Item(Entry(descendant, "/DW2"), 0), 880);
+    const double defaultDown = ToNumber(Item(Entry(descendant, "/DW2"), 1), -kThousandths);
+    const auto next = [=](const std::string& text, std::size_t& position) {
+        const CMap::Code code = map->Next(text, position);
         position += code.length;
         const int cid = static_cast<int>(code.cid);
-        const auto width = widths_.find(cid);
-        const double across = width == widths_.end() ? defaultWidth_ : width->second[0];
-        Glyph glyph;
-        glyph.outline = &file_->Outline(GlyphOf(code.cid));
-        glyph.advance = {across / kThousandths, 0};
-        if (IsVertical()) {
-            const auto vertical = verticals_.find(cid);
+        const auto width = widths.find(cid);
+        const double across = width == widths.end() ? defaultWidth : width->second[0];
+        Glyph glyph{.outline = &file->Outline(glyphOf(code.cid)), .advance = {across / kThousandths, 0}};
+        if (map->IsVertical()) {
+            const auto vertical = verticals.find(cid);
             const auto [down, x, y] =
-                vertical == verticals_.end() ? std::array{defaultDown_, across / 2, defaultTop_} : vertical->second;
+                vertical == verticals.end() ? std::array{defaultDown, across / 2, defaultTop} : vertical->second;
             glyph.advance = {0, down / kThousandths};
             glyph.origin = {-x / kThousandths, -y / kThousandths};
         }
         glyph.isSpace = code.length == 1 && code.value == ' ';
         return glyph;
-    }
-
-    [[nodiscard]] bool IsVertical() const override { return map_.IsVertical(); }
-
-private:
-    [[nodiscard]] unsigned int GlyphOf(unsigned int cid) const {
-        if (hasOwnNumbers_) return file_->GlyphOfCid(cid);
-        if (glyphTable_.empty()) return cid;
-        const std::size_t at = std::size_t{cid} * 2;
-        if (at + 1 >= glyphTable_.size()) return 0;
-        return static_cast<unsigned char>(glyphTable_[at]) * 256U + static_cast<unsigned char>(glyphTable_[at + 1]);
-    }
-
-    CMap map_;
-    std::unique_ptr<FontFile> file_;
-    bool hasOwnNumbers_;         // the glyphs know their identifiers
-    std::string glyphTable_;     // two bytes a glyph, by identifier; empty if these are the glyphs' numbers
-    GlyphNumbers<1> widths_;     // in thousandths, as all that follow
-    GlyphNumbers<3> verticals_;  // the way down; the origin of vertical writing, seen from the other one
-    double defaultWidth_;
-    double defaultTop_;
-    double defaultDown_;
-};
-
-}  // namespace
-
-std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary, const FontLibrary& library, Notes& notes) {
-    const QPDFObjectHandle descendant = Item(Entry(dictionary, "/DescendantFonts"), 0);
-    std::unique_ptr<FontFile> file = OpenEmbedded(descendant, library, notes);
-    const std::optional<CMap> map = CMap::Parse(Entry(dictionary, "/Encoding"), notes);
-    if (!file) notes.Add("a composite font without a program that can be read is left out");
-    return file && map ? std::make_shared<CompositeFont>(descendant, *map, std::move(file)) : nullptr;
+    };
+    return std::make_shared<Font>(Font{next, map->IsVertical()});
 }
 
 }  // namespace pdf

@@ -25,83 +25,64 @@ std::array<double, 256> WidthsOf(QPDFObjectHandle font) {
     return widths;
 }
 
-// Type 1, TrueType and CFF fonts whose codes are single bytes.
-class SimpleFont : public Font {
-public:
-    // @param isReplacement whether glyphs have to be made as wide as the dictionary says.
-    SimpleFont(QPDFObjectHandle dictionary, std::unique_ptr<FontFile> file, bool isReplacement)
-        : file_(std::move(file)) {
-        const int flags = ToInteger(Entry(Entry(dictionary, "/FontDescriptor"), "/Flags"), 0);
-        const bool isTrueType = !isReplacement && ToName(Entry(dictionary, "/Subtype")) == "/TrueType";
-        const bool isSymbolic = (flags & kSymbolicFlag) != 0;
-        const Encoding characters = ToEncoding(Entry(dictionary, "/Encoding"), isTrueType && !isSymbolic);
-        const std::array<double, 256> widths = WidthsOf(dictionary);
-        for (unsigned int code = 0; code < characters.size(); ++code) {
-            const auto& [name, unicode] = characters[code];
-            unsigned int glyph = isTrueType && isSymbolic ? file_->GlyphOfCode(code) : 0;
-            if (glyph == 0) glyph = file_->GlyphOfName(name);
-            if (glyph == 0) glyph = file_->GlyphOfUnicode(unicode);
-            if (glyph == 0 && (isTrueType || name.empty())) glyph = file_->GlyphOfCode(code);
-            const double own = file_->Advance(glyph);
-            glyphs_[code] = glyph;
-            advances_[code] = widths[code] >= 0 ? widths[code] / kThousandths : own;
-            stretches_[code] = isReplacement && own > 0 && advances_[code] > 0 ? advances_[code] / own : 1;
-        }
-    }
+using Glyphs = std::array<Glyph, 256>;
 
-    Glyph Next(const std::string& text, std::size_t& position) const override {
-        const auto code = static_cast<unsigned char>(text[position++]);
-        Glyph glyph;
-        glyph.outline = &file_->Outline(glyphs_[code]);
-        glyph.advance = {advances_[code], 0};
-        glyph.stretch = stretches_[code];
-        glyph.isSpace = code == ' ';
-        return glyph;
-    }
+// Makes single bytes the codes of a font.
+// @param file of the outlines, kept as long as the font; null if there are none.
+std::shared_ptr<const Font> WithGlyphs(Glyphs glyphs, const std::shared_ptr<FontFile>& file, Font font) {
+    glyphs[' '].isSpace = true;
+    font.next = [glyphs, file](const std::string& text, std::size_t& position) {
+        return glyphs[static_cast<unsigned char>(text[position++])];
+    };
+    return std::make_shared<Font>(font);
+}
 
-private:
-    std::unique_ptr<FontFile> file_;
-    std::array<unsigned int, 256> glyphs_{};
-    std::array<double, 256> advances_{};
-    std::array<double, 256> stretches_{};
-};
+// A Type 1, TrueType or CFF font.
+// @param isReplacement whether glyphs have to be made as wide as the dictionary says.
+std::shared_ptr<const Font> MakeSimpleFont(QPDFObjectHandle dictionary, const std::shared_ptr<FontFile>& file,
+                                           bool isReplacement) {
+    const int flags = ToInteger(Entry(Entry(dictionary, "/FontDescriptor"), "/Flags"), 0);
+    const bool isTrueType = !isReplacement && ToName(Entry(dictionary, "/Subtype")) == "/TrueType";
+    const bool isSymbolic = (flags & kSymbolicFlag) != 0;
+    const Encoding characters = ToEncoding(Entry(dictionary, "/Encoding"), isTrueType && !isSymbolic);
+    const std::array<double, 256> widths = WidthsOf(dictionary);
+    Glyphs glyphs;
+    for (unsigned int code = 0; code < glyphs.size(); ++code) {
+        const auto& [name, unicode] = characters[code];
+        unsigned int number = isTrueType && isSymbolic ? file->GlyphOfCode(code) : 0;
+        if (number == 0) number = file->GlyphOfName(name);
+        if (number == 0) number = file->GlyphOfUnicode(unicode);
+        if (number == 0 && (isTrueType || name.empty())) number = file->GlyphOfCode(code);
+        const double own = file->Advance(number);
+        const double advance = widths[code] >= 0 ? widths[code] / kThousandths : own;
+        glyphs[code].outline = &file->Outline(number);
+        glyphs[code].advance = {advance, 0};
+        if (isReplacement && own > 0 && advance > 0) glyphs[code].stretch = advance / own;
+    }
+    return WithGlyphs(glyphs, file, {});
+}
 
 // A font whose glyphs are page content.
-class Type3Font : public Font {
-public:
-    explicit Type3Font(QPDFObjectHandle dictionary) : dictionary_(dictionary), widths_(WidthsOf(dictionary)) {
-        const Encoding characters = ToEncoding(Entry(dictionary, "/Encoding"), false);
-        for (std::size_t code = 0; code < characters.size(); ++code)
-            contents_[code] = Entry(Entry(dictionary, "/CharProcs"), "/" + characters[code].name);
+std::shared_ptr<const Font> MakeType3Font(QPDFObjectHandle dictionary) {
+    const Font font{.toEms = ToMatrix(Entry(dictionary, "/FontMatrix")), .resources = Entry(dictionary, "/Resources")};
+    const Encoding characters = ToEncoding(Entry(dictionary, "/Encoding"), false);
+    const std::array<double, 256> widths = WidthsOf(dictionary);
+    Glyphs glyphs;
+    for (std::size_t code = 0; code < glyphs.size(); ++code) {
+        glyphs[code].content = Entry(Entry(dictionary, "/CharProcs"), "/" + characters[code].name);
+        glyphs[code].advance = {std::max(widths[code], 0.0) * font.toEms.a, 0};
     }
-
-    Glyph Next(const std::string& text, std::size_t& position) const override {
-        const auto code = static_cast<unsigned char>(text[position++]);
-        Glyph glyph;
-        glyph.content = contents_[code];
-        glyph.advance = {std::max(widths_[code], 0.0) * toEms_.a, 0};
-        glyph.isSpace = code == ' ';
-        return glyph;
-    }
-
-    [[nodiscard]] Matrix ToEms() const override { return toEms_; }
-    [[nodiscard]] QPDFObjectHandle Resources() const override { return Entry(dictionary_, "/Resources"); }
-
-private:
-    QPDFObjectHandle dictionary_;
-    Matrix toEms_ = ToMatrix(Entry(dictionary_, "/FontMatrix"));
-    std::array<double, 256> widths_;
-    std::array<QPDFObjectHandle, 256> contents_;
-};
+    return WithGlyphs(glyphs, nullptr, font);
+}
 
 std::shared_ptr<const Font> MakeFont(QPDFObjectHandle dictionary, const FontLibrary& library, Notes& notes) {
     const std::string kind = ToName(Entry(dictionary, "/Subtype"));
     if (kind == "/Type0") return MakeCompositeFont(dictionary, library, notes);
-    if (kind == "/Type3") return std::make_shared<Type3Font>(dictionary);
-    std::unique_ptr<FontFile> file = OpenEmbedded(dictionary, library, notes);
+    if (kind == "/Type3") return MakeType3Font(dictionary);
+    std::shared_ptr<FontFile> file = OpenEmbedded(dictionary, library, notes);
     const bool isReplacement = !file;
     if (isReplacement) file = OpenReplacement(dictionary, library, notes);
-    return file ? std::make_shared<SimpleFont>(dictionary, std::move(file), isReplacement) : nullptr;
+    return file ? MakeSimpleFont(dictionary, file, isReplacement) : nullptr;
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -14,32 +15,21 @@ namespace pdf {
 
 // One glyph of a text.
 struct Glyph {
-    const Path* outline = nullptr;  // one unit an em; lives as long as the font. Null of a Type 3 glyph and of none
-    QPDFObjectHandle content;       // of a Type 3 glyph; else null
-    PointD advance;                 // in ems, to the right or down
+    const Path* outline = nullptr;  // one unit an em; lives as long as the font. Null of a Type 3 glyph
+    QPDFObjectHandle content = {};  // of a Type 3 glyph; else null
+    PointD advance = {};            // in ems, to the right or down
     double stretch = 1;             // by how much the outline is made wider
-    PointD origin;                  // of the glyph on the line, in ems
+    PointD origin = {};             // of the glyph on the line, in ems
     bool isSpace = false;           // whether word spacing counts
 };
 
 // A font as text uses it. One thread at a time.
-class Font {
-public:
-    virtual ~Font() = default;
-    Font(const Font&) = delete;
-    Font& operator=(const Font&) = delete;
-
+struct Font {
     // The glyph at a position of a text; moves the position behind its code. REQUIRES: position < text.size().
-    virtual Glyph Next(const std::string& text, std::size_t& position) const = 0;
-
-    // From the space of outlines and contents to ems.
-    [[nodiscard]] virtual Matrix ToEms() const { return {}; }
-    // Resources of Type 3 glyphs; null for those of the page.
-    [[nodiscard]] virtual QPDFObjectHandle Resources() const { return QPDFObjectHandle::newNull(); }
-    [[nodiscard]] virtual bool IsVertical() const { return false; }
-
-protected:
-    Font() = default;
+    std::function<Glyph(const std::string& text, std::size_t& position)> next = {};
+    bool isVertical = false;
+    Matrix toEms = {};                // from the space of outlines and contents
+    QPDFObjectHandle resources = {};  // of Type 3 glyphs; null for those of the page
 };
 
 // The fonts of a document, each made once. One thread at a time.

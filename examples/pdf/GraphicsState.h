@@ -13,7 +13,7 @@
 
 namespace pdf {
 
-class Font;
+struct Font;
 
 // What a fill or a stroke is painted with.
 struct Ink {

@@ -42,7 +42,7 @@ void Interpreter::ShowAdjustedText(QPDFObjectHandle pieces) {
             continue;
         }
         const double back = ToNumber(piece, 0) / kThousandths * state_.text.size;
-        const bool isVertical = state_.text.font && state_.text.font->IsVertical();
+        const bool isVertical = state_.text.font && state_.text.font->isVertical;
         const PointD by = isVertical ? PointD{0, -back} : PointD{-back * state_.text.horizontalScale, 0};
         textMatrix_ = Concat({1, 0, 0, 1, by.x, by.y}, textMatrix_);
     }
@@ -53,7 +53,7 @@ void Interpreter::ShowText(const std::string& text) {
     if (!t.font) return;
     const std::shared_ptr<const Font> font = t.font;
     for (std::size_t position = 0; position < text.size();) {
-        Glyph glyph = font->Next(text, position);
+        Glyph glyph = font->next(text, position);
         page_.budget.Spend(1);
         const Matrix emsToText{t.size * t.horizontalScale, 0, 0, t.size, 0, t.rise};
         const Matrix emsToUser = Concat(emsToText, textMatrix_);
@@ -61,11 +61,11 @@ void Interpreter::ShowText(const std::string& text) {
         if (glyph.outline)
             text_.Append(*glyph.outline, placed);
         else if (glyph.content.isStream() && t.renderMode != kInvisible)
-            PaintGlyphContent(glyph, Concat(font->ToEms(), placed));
+            PaintGlyphContent(glyph, Concat(font->toEms, placed));
         if (!t.knockout) PaintText();
         const double spacing = t.characterSpacing + (glyph.isSpace ? t.wordSpacing : 0);
-        const PointD by = font->IsVertical() ? PointD{0, glyph.advance.y * t.size + spacing}
-                                             : PointD{(glyph.advance.x * t.size + spacing) * t.horizontalScale, 0};
+        const PointD by = font->isVertical ? PointD{0, glyph.advance.y * t.size + spacing}
+                                           : PointD{(glyph.advance.x * t.size + spacing) * t.horizontalScale, 0};
         textMatrix_ = Concat({1, 0, 0, 1, by.x, by.y}, textMatrix_);
     }
 }
@@ -81,7 +81,7 @@ void Interpreter::PaintGlyphContent(const Glyph& glyph, const Matrix& toUser) {
     if (IsHidden()) return;
     GraphicsState inside = state_;
     inside.toDevice = Concat(toUser, state_.toDevice);
-    QPDFObjectHandle own = state_.text.font->Resources();
+    QPDFObjectHandle own = state_.text.font->resources;
     Interpreter content(page_, own.isDictionary() ? own : resources_, inside, colorless_);
     content.PaintOnce(glyph.content);
 }

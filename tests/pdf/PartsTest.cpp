@@ -283,7 +283,7 @@ TEST(Font, ThatIsReplacedHasTheWidthsOfTheDocument) {
         FontCache().Get(Object("<< /Subtype /Type1 /BaseFont /Helvetica /FirstChar 65 /Widths [1334] >>"), notes);
     ASSERT_TRUE(font) << "fonts-urw-base35 is missing";
     std::size_t position = 0;
-    const Glyph glyph = font->Next("A", position);
+    const Glyph glyph = font->next("A", position);
     EXPECT_DOUBLE_EQ(glyph.advance.x, 1.334);
     EXPECT_NEAR(glyph.stretch, 2, 0.01);
 }
