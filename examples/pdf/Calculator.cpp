@@ -1,5 +1,3 @@
-#include "Calculator.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,6 +7,8 @@
 #include <qpdf/BufferInputSource.hh>
 #include <qpdf/QPDFTokenizer.hh>
 #include <vector>
+
+#include "Functions.h"
 
 namespace pdf {
 
@@ -173,18 +173,19 @@ bool ReadBlock(const std::function<std::string()>& next, Block& block, int depth
 
 }  // namespace
 
-Formula ParseProgram(const std::string& text) {
+Function ParseProgram(const std::string& text, std::size_t outputs) {
     const auto input = std::make_shared<BufferInputSource>("program", text);
     QPDFTokenizer tokenizer;
     const auto next = [&] { return tokenizer.readToken(input, "program", true).getValue(); };
     Block program;
     if (next() != "{" || !ReadBlock(next, program, kDeepestBlock)) return nullptr;
-    return [program](std::span<const double> in, std::span<double> out) {
+    return [program, outputs](std::span<const double> in) {
         Stack stack;
         for (const double number : in) stack.Push(number);
         Run(program, stack);
-        for (std::size_t j = out.size(); j > 0; --j) out[j - 1] = stack.Pop();
-        if (stack.Failed()) std::ranges::fill(out, 0.0);
+        std::vector<double> out(outputs);
+        for (std::size_t j = outputs; j > 0; --j) out[j - 1] = stack.Pop();
+        return stack.Failed() ? std::vector<double>(outputs) : out;
     };
 }
 

@@ -106,13 +106,10 @@ private:
         if (std::ranges::all_of(names, [](QPDFObjectHandle name) { return ToName(name) == "/None"; }))
             return std::make_shared<ColorSpace>(initial, [](std::span<const double>) { return vantu::Color(kClear); });
         const ColorSpace::Pointer alternate = Read(Item(array, 2));
-        const auto function = Function::Parse(Item(array, 3));
+        const Function function = ParseFunction(Item(array, 3));
         if (!alternate || alternate->IsPattern() || !function) return nullptr;
-        return std::make_shared<ColorSpace>(initial, [alternate, function](std::span<const double> c) {
-            std::array<double, Function::kMost> out{};
-            function->Evaluate(c, out);
-            return alternate->ToColor({out.data(), function->Outputs()});
-        });
+        return std::make_shared<ColorSpace>(
+            initial, [alternate, function](std::span<const double> c) { return alternate->ToColor(function(c)); });
     }
     static ColorSpace::Pointer MakePattern(const ColorSpace::Pointer& underlying) {
         auto space = std::make_shared<ColorSpace>(

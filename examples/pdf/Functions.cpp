@@ -11,6 +11,7 @@ namespace pdf {
 
 namespace {
 
+constexpr std::size_t kMost = 32;             // inputs, and outputs
 constexpr int kMostFunctions = 256;           // in one, counting parts of parts
 constexpr std::size_t kMostSampleInputs = 6;  // 64 corners to mix for an output
 constexpr std::size_t kMostSamples = 1U << 28;
@@ -24,18 +25,11 @@ double Interpolate(double x, const Interval& from, const Interval& to) {
     return from.high == from.low ? to.low : to.low + (x - from.low) * (to.high - to.low) / (from.high - from.low);
 }
 
-}  // namespace
-
-Intervals ToIntervals(QPDFObjectHandle array) {
-    const std::vector<double> numbers = ToNumbers(array);
-    Intervals intervals;
-    for (std::size_t i = 0; i + 1 < numbers.size(); i += 2) intervals.push_back({numbers[i], numbers[i + 1]});
-    return intervals;
-}
+Function Parse(QPDFObjectHandle object, int& budget);
 
 // The functions of an array; none if one of them cannot be read.
-std::vector<Function::Pointer> Function::ParseAll(QPDFObjectHandle array, int& budget) {
-    std::vector<Pointer> parts;
+std::vector<Function> ParseAll(QPDFObjectHandle array, int& budget) {
+    std::vector<Function> parts;
     for (const QPDFObjectHandle& item : Items(array)) {
         parts.push_back(Parse(item, budget));
         if (!parts.back()) return {};
@@ -44,27 +38,26 @@ std::vector<Function::Pointer> Function::ParseAll(QPDFObjectHandle array, int& b
 }
 
 // Several functions of the same inputs; each has its own domain.
-Formula Function::ReadArray(QPDFObjectHandle array, int& budget) {
-    const std::vector<Pointer> parts = ParseAll(array, budget);
-    for (const Pointer& part : parts) outputs_ += part->Outputs();
-    if (!parts.empty()) domain_.assign(parts[0]->Inputs(), {-HUGE_VAL, HUGE_VAL});
-    return [parts](std::span<const double> in, std::span<double> out) {
-        for (const Pointer& part : parts) {
-            part->Evaluate(in, out);
-            out = out.subspan(part->Outputs());
+Function Join(const std::vector<Function>& parts) {
+    if (parts.empty()) return nullptr;
+    return [parts](std::span<const double> in) {
+        std::vector<double> out;
+        for (const Function& part : parts) {
+            const std::vector<double> some = part(in);
+            out.insert(out.end(), some.begin(), some.end());
         }
+        return out;
     };
 }
 
 // Type 0: samples on a grid, the first input varying fastest, and straight lines between them.
-Formula Function::ReadSampled(QPDFObjectHandle stream) {
-    outputs_ = range_.size();
+Function ReadSampled(QPDFObjectHandle stream, const Intervals& domain, const Intervals& range) {
     const auto bits = static_cast<unsigned int>(ToInteger(Entry(stream, "/BitsPerSample"), 0));
-    if (outputs_ < 1 || domain_.size() > kMostSampleInputs || bits < 1 || bits > 32) return nullptr;
+    if (domain.size() > kMostSampleInputs || bits < 1 || bits > 32) return nullptr;
     std::vector<std::size_t> sizes;
-    std::size_t count = outputs_;
+    std::size_t count = range.size();
     Intervals encode = ToIntervals(Entry(stream, "/Encode"));
-    for (std::size_t i = 0; i < domain_.size(); ++i) {
+    for (std::size_t i = 0; i < domain.size(); ++i) {
         const int size = ToInteger(Item(Entry(stream, "/Size"), static_cast<int>(i)), 0);
         if (size < 1 || static_cast<std::size_t>(size) > kMostSamples / count) return nullptr;
         sizes.push_back(static_cast<std::size_t>(size));
@@ -72,9 +65,8 @@ Formula Function::ReadSampled(QPDFObjectHandle stream) {
         if (encode.size() == i) encode.push_back({0, size - 1.0});
     }
     Intervals decode = ToIntervals(Entry(stream, "/Decode"));
-    if (decode.size() != outputs_) decode = range_;
-    return [bytes = ToBytes(stream), bits, sizes, encode, decode, domain = domain_](std::span<const double> in,
-                                                                                    std::span<double> out) {
+    if (decode.size() != range.size()) decode = range;
+    return [=, bytes = ToBytes(stream)](std::span<const double> in) {
         // The cell of the grid around a point has a corner for each choice of a lower or upper neighbour; a corner
         // counts by the product of the distances to the opposite sides.
         std::array<double, kMostSampleInputs> part{};
@@ -85,7 +77,7 @@ Formula Function::ReadSampled(QPDFObjectHandle stream) {
             lower[i] = static_cast<std::size_t>(place);
             part[i] = place - static_cast<double>(lower[i]);
         }
-        std::ranges::fill(out, 0.0);
+        std::vector<double> out(range.size());
         for (std::size_t corner = 0; corner < std::size_t{1} << sizes.size(); ++corner) {
             double weight = 1;
             std::size_t at = 0;
@@ -102,82 +94,76 @@ Formula Function::ReadSampled(QPDFObjectHandle stream) {
                 out[j] += weight * Interpolate(sample, {0, std::exp2(bits) - 1}, decode[j]);
             }
         }
+        return out;
     };
 }
 
 // Type 2: C0 + x^N (C1 - C0)
-Formula Function::ReadExponential(QPDFObjectHandle dictionary) {
+Function ReadExponential(QPDFObjectHandle dictionary) {
     std::vector<double> c0 = ToNumbers(Entry(dictionary, "/C0"));
     std::vector<double> c1 = ToNumbers(Entry(dictionary, "/C1"));
     if (c0.empty()) c0.resize(std::max<std::size_t>(c1.size(), 1), 0);
     if (c1.empty()) c1.resize(c0.size(), 1);
-    outputs_ = std::min(c0.size(), c1.size());
-    return [c0, c1, n = ToNumber(Entry(dictionary, "/N"), 1)](std::span<const double> in, std::span<double> out) {
+    c0.resize(std::min({c0.size(), c1.size(), kMost}));
+    return [c0, c1, n = ToNumber(Entry(dictionary, "/N"), 1)](std::span<const double> in) {
         const double power = n == 1 ? in[0] : std::pow(in[0], n);
-        for (std::size_t j = 0; j < out.size(); ++j) out[j] = c0[j] + power * (c1[j] - c0[j]);
+        std::vector<double> out = c0;
+        for (std::size_t j = 0; j < out.size(); ++j) out[j] += power * (c1[j] - c0[j]);
+        return out;
     };
 }
 
 // Type 3: one function after the other along the domain; bounds say where one ends and the next begins.
-Formula Function::ReadStitching(QPDFObjectHandle dictionary, int& budget) {
+Function ReadStitching(QPDFObjectHandle dictionary, const Interval& domain, int& budget) {
     const std::vector<double> bounds = ToNumbers(Entry(dictionary, "/Bounds"));
     const Intervals encode = ToIntervals(Entry(dictionary, "/Encode"));
-    const std::vector<Pointer> parts = ParseAll(Entry(dictionary, "/Functions"), budget);
-    const auto isAlike = [&](const Pointer& part) { return part->Outputs() == parts[0]->Outputs(); };
-    if (parts.size() != bounds.size() + 1 || encode.size() < parts.size() || domain_.empty() ||
-        !std::ranges::is_sorted(bounds) || !std::ranges::all_of(parts, isAlike))
+    const std::vector<Function> parts = ParseAll(Entry(dictionary, "/Functions"), budget);
+    if (parts.size() != bounds.size() + 1 || encode.size() < parts.size() || !std::ranges::is_sorted(bounds))
         return nullptr;
-    outputs_ = parts[0]->Outputs();
-    return [parts, bounds, encode, domain = domain_[0]](std::span<const double> in, std::span<double> out) {
+    return [=](std::span<const double> in) {
         const auto next = std::upper_bound(bounds.begin(), bounds.end(), in[0]);
         const auto i = static_cast<std::size_t>(next - bounds.begin());
         const Interval own{i == 0 ? domain.low : bounds[i - 1], i == bounds.size() ? domain.high : bounds[i]};
-        const double x = Interpolate(in[0], own, encode[i]);
-        parts[i]->Evaluate({&x, 1}, out);
+        return parts[i](std::array{Interpolate(in[0], own, encode[i])});
     };
 }
 
-// Type 4: a program.
-Formula Function::ReadProgram(QPDFObjectHandle stream) {
-    outputs_ = range_.size();
-    return ParseProgram(ToBytes(stream));
+Function Parse(QPDFObjectHandle object, int& budget) {
+    if (--budget < 0) return nullptr;
+    if (object.isArray()) return Join(ParseAll(object, budget));
+    const Intervals domain = ToIntervals(Entry(object, "/Domain"));
+    const Intervals range = ToIntervals(Entry(object, "/Range"));
+    const int type = ToInteger(Entry(object, "/FunctionType"), -1);
+    const bool needsRange = type == 0 || type == 4;
+    if (domain.empty() || std::max(domain.size(), range.size()) > kMost || (needsRange && range.empty()))
+        return nullptr;
+    const Function function = type == 0   ? ReadSampled(object, domain, range)
+                              : type == 2 ? ReadExponential(object)
+                              : type == 3 ? ReadStitching(object, domain[0], budget)
+                              : type == 4 ? ParseProgram(ToBytes(object), range.size())
+                                          : nullptr;
+    if (!function) return nullptr;
+    return [=](std::span<const double> in) {
+        std::vector<double> inside(domain.size());
+        for (std::size_t i = 0; i < inside.size(); ++i) inside[i] = Clamp(i < in.size() ? in[i] : 0, domain[i]);
+        std::vector<double> out = function(inside);
+        for (std::size_t j = 0; j < std::min(out.size(), range.size()); ++j) out[j] = Clamp(out[j], range[j]);
+        return out;
+    };
 }
 
-Function::Pointer Function::Parse(QPDFObjectHandle object) {
+}  // namespace
+
+Intervals ToIntervals(QPDFObjectHandle array) {
+    const std::vector<double> numbers = ToNumbers(array);
+    Intervals intervals;
+    for (std::size_t i = 0; i + 1 < numbers.size(); i += 2) intervals.push_back({numbers[i], numbers[i + 1]});
+    return intervals;
+}
+
+Function ParseFunction(QPDFObjectHandle object) {
     int budget = kMostFunctions;
     return Parse(object, budget);
-}
-
-Function::Pointer Function::Parse(QPDFObjectHandle object, int& budget) {
-    if (--budget < 0) return nullptr;
-    const auto function = std::make_shared<Function>();
-    function->domain_ = ToIntervals(Entry(object, "/Domain"));
-    function->range_ = ToIntervals(Entry(object, "/Range"));
-    switch (object.isArray() ? -1 : ToInteger(Entry(object, "/FunctionType"), -2)) {
-        case -1: function->formula_ = function->ReadArray(object, budget); break;
-        case 0: function->formula_ = function->ReadSampled(object); break;
-        case 2: function->formula_ = function->ReadExponential(object); break;
-        case 3: function->formula_ = function->ReadStitching(object, budget); break;
-        case 4: function->formula_ = function->ReadProgram(object); break;
-        default: break;
-    }
-    const auto isCount = [](std::size_t count) { return count >= 1 && count <= kMost; };
-    if (!function->formula_ || !isCount(function->Inputs()) || !isCount(function->Outputs())) return nullptr;
-    if (function->range_.size() != function->Outputs()) function->range_.clear();
-    return function;
-}
-
-void Function::Evaluate(std::span<const double> in, std::span<double> out) const {
-    std::array<double, kMost> clamped{};
-    for (std::size_t i = 0; i < domain_.size(); ++i) clamped[i] = Clamp(i < in.size() ? in[i] : 0, domain_[i]);
-    formula_({clamped.data(), domain_.size()}, out.first(outputs_));
-    for (std::size_t j = 0; j < range_.size(); ++j) out[j] = Clamp(out[j], range_[j]);
-}
-
-double Function::operator()(double x) const {
-    std::array<double, kMost> out{};
-    Evaluate({&x, 1}, out);
-    return out[0];
 }
 
 }  // namespace pdf

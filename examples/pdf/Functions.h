@@ -1,11 +1,11 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
+#include <functional>
 #include <span>
+#include <string>
 #include <vector>
 
-#include "Calculator.h"
 #include "Qpdf.h"
 
 namespace pdf {
@@ -20,41 +20,18 @@ using Intervals = std::vector<Interval>;
 // Pairs of numbers; none of anything that is no array.
 Intervals ToIntervals(QPDFObjectHandle array);
 
-// A function of a document: numbers in, numbers out. It never changes: threads may share one.
-class Function {
-public:
-    static constexpr std::size_t kMost = 32;  // inputs, and outputs
-    using Pointer = std::shared_ptr<const Function>;
+// A function of a document: numbers in, one number or more out. Numbers outside its domain count as its nearest end,
+// those that are missing as 0. It never changes: threads may share one.
+using Function = std::function<std::vector<double>(std::span<const double> in)>;
 
-    // Reads a function of type 0, 2, 3 or 4, or an array of them, which gives the outputs of all.
-    // @return null for anything else, and for a function that is damaged.
-    [[nodiscard]] static Pointer Parse(QPDFObjectHandle object);
+// Reads a function of type 0, 2, 3 or 4, or an array of them, which gives the outputs of all.
+// @return empty for anything else, and for a function that is damaged or has more than 32 inputs or outputs.
+[[nodiscard]] Function ParseFunction(QPDFObjectHandle object);
 
-    [[nodiscard]] std::size_t Inputs() const { return domain_.size(); }
-    [[nodiscard]] std::size_t Outputs() const { return outputs_; }
-
-    // Numbers outside the function's domain count as its nearest end. Inputs that are missing count as 0.
-    // REQUIRES: `out` has room for Outputs() numbers.
-    void Evaluate(std::span<const double> in, std::span<double> out) const;
-
-    // The first output for one number.
-    [[nodiscard]] double operator()(double x) const;
-
-private:
-    // @param[in,out] budget how many functions there may be yet, so that loops of them end.
-    static Pointer Parse(QPDFObjectHandle object, int& budget);
-    static std::vector<Pointer> ParseAll(QPDFObjectHandle array, int& budget);
-    // Read what a type has beside its domain and range. @return empty if it is damaged.
-    Formula ReadArray(QPDFObjectHandle array, int& budget);
-    Formula ReadSampled(QPDFObjectHandle stream);
-    Formula ReadExponential(QPDFObjectHandle dictionary);
-    Formula ReadStitching(QPDFObjectHandle dictionary, int& budget);
-    Formula ReadProgram(QPDFObjectHandle stream);
-
-    Intervals domain_;
-    Intervals range_;  // as many as outputs, or none
-    std::size_t outputs_ = 0;
-    Formula formula_;  // for numbers within the domain
-};
+// The program of a function of type 4: `{ dup 0.5 gt { 1 exch sub } if }`. Its inputs are put on the stack, its outputs
+// taken from there; all are 0 if an operator finds too little on the stack or too much. True is -1, as all bits are
+// set.
+// @return empty if the text is no such program.
+[[nodiscard]] Function ParseProgram(const std::string& text, std::size_t outputs);
 
 }  // namespace pdf

@@ -26,10 +26,10 @@ Box BoxOf(QPDFObjectHandle form) {
 // What a transfer function makes of each of the 256 values that a mask's group can have.
 std::array<unsigned char, 256> TransferTable(QPDFObjectHandle transfer) {
     std::array<unsigned char, 256> table{};
-    const auto function = transfer.isDictionary() || transfer.isStream() ? Function::Parse(transfer) : nullptr;
+    const auto function = ParseFunction(transfer);
     for (std::size_t i = 0; i < table.size(); ++i) {
         double value = static_cast<double>(i) / kMost;
-        if (function) value = std::clamp((*function)(value), 0.0, 1.0);
+        if (function) value = std::clamp(function(std::array{value})[0], 0.0, 1.0);
         table[i] = static_cast<unsigned char>(std::lround(value * kMost));
     }
     return table;

@@ -23,16 +23,14 @@ constexpr unsigned char kHalf = 128;  // of a pixel's coverage
 struct Shading {
     QPDFObjectHandle dictionary;
     ColorSpace::Pointer space;
-    Function::Pointer function;
+    Function function;
 
     [[nodiscard]] std::vector<double> Numbers(const char* key, std::vector<double> fallback) const {
         std::vector<double> numbers = ToNumbers(Entry(dictionary, key));
         return numbers.size() == fallback.size() ? numbers : fallback;
     }
     [[nodiscard]] vantu::Color ColorOf(std::span<const double> numbers) const {
-        std::array<double, Function::kMost> components{};
-        function->Evaluate(numbers, components);
-        return space->ToColor({components.data(), function->Outputs()});
+        return space->ToColor(function(numbers));
     }
 };
 
@@ -117,7 +115,7 @@ PlacedImage PaintShading(QPDFObjectHandle dictionary, QPDFObjectHandle resources
                          const Pixels& clip, bool withBackground, Notes& notes) {
     if (IsEmpty(clip) || !toDevice.IsInvertible()) return {};
     const Shading shading{dictionary, ColorSpace::Parse(Entry(dictionary, "/ColorSpace"), resources, notes),
-                          Function::Parse(Entry(dictionary, "/Function"))};
+                          ParseFunction(Entry(dictionary, "/Function"))};
     const int type = shading.function ? ToInteger(Entry(dictionary, "/ShadingType"), 0) : 0;
     const ColorAt colorAt = type == 1   ? FunctionBased(shading)
                             : type == 2 ? Axial(shading)

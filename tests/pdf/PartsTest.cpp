@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "CMap.h"
-#include "Calculator.h"
 #include "ColorSpaces.h"
 #include "ContentReader.h"
 #include "Encodings.h"
@@ -87,17 +86,14 @@ TEST(Calculator, RunsEveryOperator) {
              Case{"{ -1 copy }", {1}, {0}},
          }) {
         SCOPED_TRACE(program);
-        const Formula formula = ParseProgram(program);
-        ASSERT_TRUE(formula);
-        Numbers results(out.size(), 77);
-        formula(in, results);
+        const Function function = ParseProgram(program, out.size());
+        ASSERT_TRUE(function);
+        const Numbers results = function(in);
         for (std::size_t i = 0; i < out.size(); ++i) EXPECT_NEAR(results[i], out[i], 1e-12) << i;
     }
     std::string pushes = "{";
     for (int i = 0; i < 200; ++i) pushes += " 1";
-    double result = 77;
-    ParseProgram(pushes + "}")({}, {&result, 1});
-    EXPECT_EQ(result, 0);
+    EXPECT_EQ(ParseProgram(pushes + "}", 1)({}), Numbers{0});
 }
 
 TEST(Calculator, RefusesWhatIsNoProgram) {
@@ -105,7 +101,7 @@ TEST(Calculator, RefusesWhatIsNoProgram) {
          {std::string(), std::string("1"), std::string("{ 1"), std::string("{ nonsense }"), std::string("{ 1e999 }"),
           std::string("{ { 1 } }"), std::string("{ 1 { 1 } ifelse }"), std::string("{ 1 { 1 } { 2 } if }"),
           std::string(100'000, '{')}) {
-        EXPECT_FALSE(ParseProgram(text)) << text.substr(0, 20);
+        EXPECT_FALSE(ParseProgram(text, 1)) << text.substr(0, 20);
     }
 }
 
@@ -145,11 +141,10 @@ TEST(Function, GivesTheWorkedFigures) {
              Case{"joined", Object(std::string("[") + kSquare + kSquare + "]"), {0.5}, {0.25, 0.25}},
          }) {
         SCOPED_TRACE(what);
-        const auto function = Function::Parse(object);
+        const Function function = ParseFunction(object);
         ASSERT_TRUE(function);
-        ASSERT_EQ(function->Outputs(), out.size());
-        std::array<double, Function::kMost> results{};
-        function->Evaluate(in, results);
+        const Numbers results = function(in);
+        ASSERT_EQ(results.size(), out.size());
         for (std::size_t i = 0; i < out.size(); ++i) EXPECT_NEAR(results[i], out[i], 1e-12) << i;
     }
 }
@@ -159,12 +154,12 @@ TEST(Function, RefusesWhatIsDamaged) {
          {"null", "[]", "<< /FunctionType 7 /Domain [0 1] >>", "<< /FunctionType 2 /N 1 >>",
           "<< /FunctionType 3 /Domain [0 1] /Bounds [] /Encode [0 1] /Functions [] >>",
           "<< /FunctionType 3 /Domain [0 1] /Bounds [0.5] /Encode [0 1] /Functions [null null] >>"}) {
-        EXPECT_FALSE(Function::Parse(Object(text))) << text;
+        EXPECT_FALSE(ParseFunction(Object(text))) << text;
     }
     const std::string sampled = "<< /FunctionType 0 /Domain [0 1] /Range [0 1] ";
     for (const std::string rest : {"/Size [2] /BitsPerSample 33 >>", "/Size [0] /BitsPerSample 8 >>",
                                    "/Size [2000000000] /BitsPerSample 8 >>", "/BitsPerSample 8 >>"}) {
-        EXPECT_FALSE(Function::Parse(Stream(sampled + rest, "abcd"))) << rest;
+        EXPECT_FALSE(ParseFunction(Stream(sampled + rest, "abcd"))) << rest;
     }
     QPDFObjectHandle deep = Object(kSquare);
     for (int i = 0; i < 300; ++i) {
@@ -172,7 +167,7 @@ TEST(Function, RefusesWhatIsDamaged) {
         outer.getKey("/Functions").appendItem(deep);
         deep = outer;
     }
-    EXPECT_FALSE(Function::Parse(deep)) << "too deep";
+    EXPECT_FALSE(ParseFunction(deep)) << "too deep";
 }
 
 TEST(ColorSpace, GivesTheWorkedFigures) {
