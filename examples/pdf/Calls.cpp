@@ -42,27 +42,11 @@ std::string KindOf(const Call& call) {
 }  // namespace
 
 void Make(const Call& call, vantu::Painter& painter) {
-    const bool isCut = call.runs.has_value();
     switch (call.what) {
-        case Call::What::Fill:
-            if (isCut)
-                painter.Fill(*call.runs, call.color, call.paint);
-            else
-                painter.Fill(call.box, call.color, call.paint);
-            break;
-        case Call::What::Draw:
-            if (isCut) painter.SetClip(*call.runs);
-            painter.Draw(call.picture, call.at, call.paint);
-            if (isCut) painter.ClearClip();  // in a group, to the group
-            break;
-        case Call::What::BeginGroup:
-            if (isCut) painter.SetClip(*call.runs);
-            painter.BeginGroup(call.box, call.group);
-            break;
-        case Call::What::EndGroup:
-            painter.EndGroup(call.paint);
-            if (isCut) painter.ClearClip();
-            break;
+        case Call::What::Fill: painter.Fill(call.box, call.color, call.paint); break;
+        case Call::What::Draw: painter.Draw(call.picture, call.at, call.paint); break;
+        case Call::What::BeginGroup: painter.BeginGroup(call.box, call.group); break;
+        case Call::What::EndGroup: painter.EndGroup(call.paint); break;
     }
 }
 

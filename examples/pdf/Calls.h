@@ -7,7 +7,6 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,7 +20,6 @@ struct Call {
 
     What what;
     Pixels box{0, 0, 0, 0};                          // where it may paint
-    std::optional<std::vector<Pixels>> runs = {};    // inside a knockout group: the pixels of the box where it does
     vantu::Paint paint = {};                         // all but BeginGroup
     vantu::Color color = {};                         // Fill
     std::shared_ptr<vantu::IQorImage> picture = {};  // Draw

@@ -28,10 +28,10 @@ Canvas::Canvas(const Image& page, const Pixels& visible, Calls* calls)
 Paint Canvas::PaintOf(const Mask& shape, const Placing& placing) const {
     static const std::shared_ptr<vantu::IPDFTransferFunction> identity =
         std::make_shared<vantu::CIdentityPDFTransferFunction>(vantu::IPDFTransferFunction::SourceType::Luminosity);
-    Mask mask{shape.box, HasHardEdges() ? nullptr : shape.image};
-    if (placing.softMask) mask = Intersect(mask, *placing.softMask);
     const bool isThereIfClear = IsKnockout() && !placing.alphaIsShape;
-    if (isThereIfClear) mask = AtLeast(mask, kBarelyOpaque);
+    Mask mask = groups_.back().hasHardEdges ? HardEdged(shape) : shape;
+    if (placing.softMask)
+        mask = Intersect(mask, isThereIfClear ? AtLeast(*placing.softMask, kBarelyOpaque) : *placing.softMask);
     Paint paint;
     paint.mode = placing.mode;
     paint.alpha = static_cast<unsigned char>(std::max(std::lround(placing.alpha * kMost), isThereIfClear ? 1L : 0L));
@@ -56,7 +56,6 @@ void Canvas::Make(Call call) {
 
 void Canvas::Fill(const vantu::Color& color, const Mask& shape, const Placing& placing) {
     Call call{Call::What::Fill, shape.box};
-    if (HasHardEdges() && shape.image) call.runs = RunsOf(shape);
     call.paint = PaintOf(shape, placing);
     call.color = color;
     Make(std::move(call));
@@ -65,7 +64,6 @@ void Canvas::Fill(const vantu::Color& color, const Mask& shape, const Placing& p
 void Canvas::Draw(const Image& picture, const vantu::Point<int, 2>& at, const Mask& shape, const Placing& placing) {
     if (!picture || IsEmpty(shape.box)) return;
     Call call{Call::What::Draw, shape.box};
-    if (HasHardEdges()) call.runs = RunsOf(shape);
     call.paint = PaintOf(shape, placing);
     call.picture = picture;
     call.at = at;
@@ -77,18 +75,17 @@ void Canvas::BeginGroup(const Mask& shape, vantu::GroupKind kind) {
     const vantu::GroupKind& around = groups_.back().kind;
     kind.isolated = kind.isolated || (around.knockout && around.isolated);
     Call call{Call::What::BeginGroup, shape.box};
-    if (HasHardEdges()) call.runs = RunsOf(shape);
     call.group = kind;
     Make(std::move(call));
     const bool isTakenOut = !kind.isolated && !kind.normal && !kind.plain;
-    groups_.push_back({shape, kind, IsKnockout() || kind.knockout, HasHardEdges() || kind.knockout || isTakenOut});
+    groups_.push_back({shape, kind, IsKnockout() || kind.knockout,
+                       groups_.back().hasHardEdges || kind.knockout || isTakenOut});
 }
 
 void Canvas::EndGroup(const Placing& placing) {
     const Mask shape = groups_.back().shape;
     groups_.pop_back();
     Call call{Call::What::EndGroup, shape.box};
-    if (HasHardEdges()) call.runs.emplace();  // those of its beginning
     call.paint = PaintOf(shape, placing);
     Make(std::move(call));
 }

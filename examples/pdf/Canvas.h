@@ -48,13 +48,13 @@ private:
         Mask shape;
         vantu::GroupKind kind = {};
         bool insideKnockout = false;
+        // Whether an element is there or not in each pixel. A smooth edge would let what a knockout group started on
+        // shine through where elements overlap; where what lies below a group is taken out of it, colours of an edge
+        // may wrap.
         bool hasHardEdges = false;
     };
 
-    // Whether an element is there or not in each pixel. A smooth edge would let what a knockout group started on shine
-    // through where elements overlap; where what lies below a group is taken out of it, colours of an edge may wrap.
-    [[nodiscard]] bool HasHardEdges() const { return groups_.back().hasHardEdges; }
-    // The paint of an element or group of a shape, as far as it is not told by runs of pixels.
+    // The paint of an element or group of a shape.
     vantu::Paint PaintOf(const Mask& shape, const Placing& placing) const;
     void Make(Call call);
 

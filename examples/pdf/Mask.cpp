@@ -2,30 +2,36 @@
 
 #include <vantu/CQorImage.h>
 
+#include <functional>
+
 namespace pdf {
 
 namespace {
 
+constexpr unsigned char kOutside = 0;
 constexpr unsigned char kHalf = 128;
+constexpr unsigned char kInside = 255;
 
 // round(a * b / 255)
 unsigned char Product(unsigned int a, unsigned int b) {
     return static_cast<unsigned char>((a * b * 2 + 255) / 510);
 }
 
-// The part of a mask in a box inside its own.
-Mask Cut(const Mask& mask, const Pixels& box) {
+// The part of a mask in a box inside its own, with the samples as a function has them.
+template <typename Function>
+Mask Changed(const Mask& mask, const Pixels& box, Function function) {
     if (!mask.image) return {box, nullptr};
     Mask out = MakeMask(box);
     for (int y = box.y0; y < box.y1; ++y) {
         const unsigned char* const row = RowOf(mask, y) + (box.x0 - mask.box.x0);
-        std::copy(row, row + Width(box), RowOf(out, y));
+        std::transform(row, row + Width(box), RowOf(out, y), function);
     }
     return out;
 }
 
-bool IsSame(const Pixels& a, const Pixels& b) {
-    return a.x0 == b.x0 && a.y0 == b.y0 && a.x1 == b.x1 && a.y1 == b.y1;
+Mask Cut(const Mask& mask, const Pixels& box) {
+    const bool isAll = Width(box) == Width(mask.box) && Height(box) == Height(mask.box);
+    return isAll ? mask : Changed(mask, box, std::identity());
 }
 
 }  // namespace
@@ -50,13 +56,12 @@ unsigned char SampleAt(const Mask& mask, int x, int y) {
 Mask Intersect(const Mask& a, const Mask& b) {
     const Pixels box = Intersect(a.box, b.box);
     if (IsEmpty(box)) return {};
-    if (!b.image) return IsSame(box, a.box) ? a : Cut(a, box);
-    if (!a.image) return IsSame(box, b.box) ? b : Cut(b, box);
-    Mask out = Cut(a, box);
+    if (!a.image || !b.image) return Cut(a.image ? a : b, box);
+    Mask out = MakeMask(box);
     for (int y = box.y0; y < box.y1; ++y) {
-        unsigned char* const row = RowOf(out, y);
+        const unsigned char* const row = RowOf(a, y) + (box.x0 - a.box.x0);
         const unsigned char* const other = RowOf(b, y) + (box.x0 - b.box.x0);
-        for (int x = 0; x < Width(box); ++x) row[x] = Product(row[x], other[x]);
+        std::transform(row, row + Width(box), other, RowOf(out, y), Product);
     }
     return out;
 }
@@ -77,32 +82,11 @@ Mask UnderStroke(const Mask& fill, const Mask& stroke, double strokeAlpha) {
 }
 
 Mask AtLeast(const Mask& mask, unsigned char least) {
-    if (!mask.image) return mask;
-    Mask out = Cut(mask, mask.box);
-    for (int y = mask.box.y0; y < mask.box.y1; ++y) {
-        unsigned char* const row = RowOf(out, y);
-        std::transform(row, row + Width(mask.box), row, [least](unsigned char s) { return std::max(s, least); });
-    }
-    return out;
+    return Changed(mask, mask.box, [least](unsigned char sample) { return std::max(sample, least); });
 }
 
-std::vector<Pixels> RunsOf(const Mask& mask) {
-    if (!mask.image) return {mask.box};
-    const auto isInside = [](unsigned char sample) { return sample >= kHalf; };
-    std::vector<Pixels> runs;
-    for (int y = mask.box.y0; y < mask.box.y1; ++y) {
-        const unsigned char* const row = RowOf(mask, y);
-        const unsigned char* const end = row + Width(mask.box);
-        for (const unsigned char* first = row;;) {
-            first = std::find_if(first, end, isInside);
-            if (first == end) break;
-            const unsigned char* const last = std::find_if_not(first, end, isInside);
-            runs.push_back(
-                {mask.box.x0 + static_cast<int>(first - row), y, mask.box.x0 + static_cast<int>(last - row), y + 1});
-            first = last;
-        }
-    }
-    return runs;
+Mask HardEdged(const Mask& mask) {
+    return Changed(mask, mask.box, [](unsigned char sample) { return sample >= kHalf ? kInside : kOutside; });
 }
 
 }  // namespace pdf

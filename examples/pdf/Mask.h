@@ -3,7 +3,6 @@
 #include <vantu/IQorImage.h>
 
 #include <memory>
-#include <vector>
 
 #include "Geometry.h"
 
@@ -36,7 +35,7 @@ Mask UnderStroke(const Mask& fill, const Mask& stroke, double strokeAlpha);
 // The mask with the samples raised that are below `least`.
 Mask AtLeast(const Mask& mask, unsigned char least);
 
-// The pixels of which at least half is inside, as runs in rows from the top.
-std::vector<Pixels> RunsOf(const Mask& mask);
+// The mask with each pixel inside or outside, as at least half of it is.
+Mask HardEdged(const Mask& mask);
 
 }  // namespace pdf
