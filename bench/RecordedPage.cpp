@@ -122,16 +122,16 @@ std::vector<PageCall> ToPageCalls(const std::vector<Call>& calls, const Pixels& 
 }  // namespace
 
 std::vector<RecordedImage> RecordPage(const std::string& path, double dotsPerInch) {
-    pdf::PagePainter painter(path);
-    painter.KeepCalls();
-    const pdf::PageGeometry geometry = painter.GetDocument().Geometry(0, dotsPerInch);
+    pdf::PageContext context(path);
+    context.calls.Keep();
+    const pdf::PageGeometry geometry = context.document.Geometry(0, dotsPerInch);
     const auto page =
         MakeImage(static_cast<unsigned int>(geometry.area.x1), static_cast<unsigned int>(geometry.area.y1));
     ImageUtil::Clear(*page, kWhite, geometry.area);
-    painter.Paint(0, geometry, page, geometry.area);
+    pdf::PaintRows(context, 0, geometry, page, geometry.area);
 
     std::vector<RecordedImage> images;
-    for (const pdf::CallList& list : painter.GetCalls().Kept()) {
+    for (const pdf::CallList& list : context.calls.Kept()) {
         RecordedImage& image = images.emplace_back();
         image.calls = list.calls;
         image.painted = BytesOf(*list.page);

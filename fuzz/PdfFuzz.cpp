@@ -11,30 +11,26 @@ namespace {
 constexpr int kSide = 32;
 
 // Never destroyed: the PDF library's own statics may be gone by then.
-pdf::Document& TheDocument() {
-    static auto& document = *new pdf::Document(IMAGEOP_FUZZ_PAGE);
-    return document;
+pdf::PageContext& TheContext() {
+    static auto& context = *new pdf::PageContext(IMAGEOP_FUZZ_PAGE);
+    return context;
 }
 
 }  // namespace
 
 // The input is the content of a page whose resources have something of every kind.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    pdf::Document& document = TheDocument();
-    const QPDFObjectHandle resources = pdf::Entry(document.Page(0), "/Resources");
+    pdf::PageContext& context = TheContext();
+    context.budget = {1000, 8};
+    context.notes = {};
+    const QPDFObjectHandle resources = pdf::Entry(context.document.Page(0), "/Resources");
     const std::string content(reinterpret_cast<const char*>(data), size);
     const auto image = std::make_shared<vantu::CQorImage>(kSide, kSide, vantu::PixelFormat::Bgra32Premultiplied,
                                                           static_cast<unsigned char>(0), false);
     const pdf::Pixels all{0, 0, kSide, kSide};
-    pdf::Notes notes;
-    pdf::Canvas canvas(image, all, nullptr);
-    pdf::FontCache fonts;
-    pdf::PictureCache pictures;
-    pdf::BlendModeUse blendModes;
-    pdf::Budget budget{1000, 8};
-    pdf::PageContext page{document, canvas, fonts, pictures, blendModes, notes, budget};
+    pdf::Canvas canvas(image, all, context.calls);
     const pdf::GraphicsState state{{1, 0, 0, -1, 0, kSide}, {all, nullptr}};
     const auto owner = QPDF::create();
-    pdf::Interpreter(page, resources, state).Paint(QPDFObjectHandle::newStream(owner.get(), content));
+    pdf::Interpreter(context, canvas, resources, state).Paint(QPDFObjectHandle::newStream(owner.get(), content));
     return 0;
 }

@@ -16,11 +16,8 @@ constexpr unsigned char kBarelyOpaque = 2;
 
 }  // namespace
 
-Canvas::Canvas(const Image& page, const Pixels& visible, Calls* calls)
-    : painter_(page),
-      groups_{{{visible, nullptr}}},
-      calls_(calls),
-      kept_(calls != nullptr ? calls->ListOf(page, visible) : nullptr) {
+Canvas::Canvas(const Image& page, const Pixels& visible, Calls& calls)
+    : painter_(page), groups_{{{visible, nullptr}}}, calls_(calls), kept_(calls.ListOf(page, visible)) {
     painter_.SetClip({visible});
 }
 
@@ -50,7 +47,7 @@ void Canvas::Make(Call call) {
     const auto start = Calls::Clock::now();
     pdf::Make(call, painter_);
     const auto time = Calls::Clock::now() - start;
-    if (calls_ != nullptr) calls_->Add(call, time);
+    calls_.Add(call, time);
     if (kept_ != nullptr) kept_->calls.push_back(std::move(call));
 }
 
@@ -78,8 +75,8 @@ void Canvas::BeginGroup(const Mask& shape, vantu::GroupKind kind) {
     call.group = kind;
     Make(std::move(call));
     const bool isTakenOut = !kind.isolated && !kind.normal && !kind.plain;
-    groups_.push_back({shape, kind, IsKnockout() || kind.knockout,
-                       groups_.back().hasHardEdges || kind.knockout || isTakenOut});
+    groups_.push_back(
+        {shape, kind, IsKnockout() || kind.knockout, groups_.back().hasHardEdges || kind.knockout || isTakenOut});
 }
 
 void Canvas::EndGroup(const Placing& placing) {

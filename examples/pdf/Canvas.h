@@ -25,12 +25,11 @@ class Canvas {
 public:
     using Image = std::shared_ptr<vantu::IQorImage>;
 
-    // @param page painted on in the rows of `visible` alone. @param calls counts, and keeps if it is to, or null.
-    Canvas(const Image& page, const Pixels& visible, Calls* calls);
+    // @param page painted on in the rows of `visible` alone. @param calls counts, and keeps if it is to.
+    Canvas(const Image& page, const Pixels& visible, Calls& calls);
 
     // The pixels that can be painted on at the moment: those of the innermost group.
     [[nodiscard]] const Pixels& Visible() const { return groups_.back().shape.box; }
-    [[nodiscard]] Calls* GetCalls() const { return calls_; }
     // Whether a group that is open is a knockout group.
     [[nodiscard]] bool IsKnockout() const { return groups_.back().insideKnockout; }
 
@@ -60,7 +59,7 @@ private:
 
     vantu::Painter painter_;
     std::vector<Group> groups_;  // the page first
-    Calls* calls_;
+    Calls& calls_;
     CallList* kept_;  // null unless calls are kept
 };
 

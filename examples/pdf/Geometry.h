@@ -78,6 +78,13 @@ inline Box MapBox(const Matrix& matrix, const Box& box) {
     return out;
 }
 
+// What takes an upright rectangle to another one.
+inline Matrix Between(const Box& from, const Box& to) {
+    const double scaleX = (to.x1 - to.x0) / (from.x1 - from.x0);
+    const double scaleY = (to.y1 - to.y0) / (from.y1 - from.y0);
+    return {scaleX, 0, 0, scaleY, to.x0 - from.x0 * scaleX, to.y0 - from.y0 * scaleY};
+}
+
 // Pixels: columns x0 to x1 and rows y0 to y1, the ends outside.
 using Pixels = vantu::Range<int, 2>;
 

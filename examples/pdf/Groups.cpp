@@ -61,7 +61,7 @@ void Interpreter::PaintForm(QPDFObjectHandle form) {
 
 void Interpreter::PaintContentOf(QPDFObjectHandle form, const GraphicsState& inside) {
     const QPDFObjectHandle own = Entry(form, "/Resources");
-    Interpreter content(page_, QPDFObjectHandle(own).isDictionary() ? own : resources_, inside, colorless_);
+    Interpreter content(page_, canvas_, QPDFObjectHandle(own).isDictionary() ? own : resources_, inside, colorless_);
     Path box;
     box.AddRectangle(BoxOf(form));
     content.ClipTo(box, inside.toDevice, false);
@@ -79,7 +79,7 @@ void Interpreter::PaintGroup(QPDFObjectHandle form, GraphicsState inside) {
     inside.fill.alpha = inside.stroke.alpha = 1;
     inside.softMask.reset();
     // Such a group is what it would be without being one.
-    if (asItIs && !knockout && !page_.canvas.IsKnockout() && (!isolated || !usesModes)) {
+    if (asItIs && !knockout && !canvas_.IsKnockout() && (!isolated || !usesModes)) {
         PaintContentOf(form, inside);
         return;
     }
@@ -89,10 +89,9 @@ void Interpreter::PaintGroup(QPDFObjectHandle form, GraphicsState inside) {
     Spend(shape.box, kTimesForGroup);
     inside.clip = {shape.box, nullptr};
     const Placing asAWhole = PlacingOf(state_.fill);
-    page_.canvas.BeginGroup(shape,
-                            {isolated, knockout, asItIs && !shape.image, state_.mode == vantu::BlendMode::Normal});
+    canvas_.BeginGroup(shape, {isolated, knockout, asItIs && !shape.image, state_.mode == vantu::BlendMode::Normal});
     PaintContentOf(form, inside);
-    page_.canvas.EndGroup(asAWhole);
+    canvas_.EndGroup(asAWhole);
 }
 
 Placing Interpreter::PlacingOf(const Ink& ink) {
@@ -123,21 +122,20 @@ const Mask& Interpreter::MaskOf(SoftMask& softMask) {
     const unsigned char outside = table[byLuminosity ? Luminosity(bgr) : 0];
 
     const Matrix toDevice = Concat(ToMatrix(Entry(form, "/Matrix")), softMask.toDevice);
-    const Pixels all = page_.canvas.Visible();
+    const Pixels all = canvas_.Visible();
     // In a knockout group an element is also there where a mask makes it clear.
-    const bool needsAll = outside != 0 || page_.canvas.IsKnockout();
+    const bool needsAll = outside != 0 || canvas_.IsKnockout();
     const Pixels bounds = !needsAll ? Intersect(all, Around(MapBox(toDevice, BoxOf(form)))) : all;
     if (IsEmpty(bounds)) return *softMask.mask;
     Spend(bounds, kTimesForGroup);
     const auto image = MakeImage({0, 0, bounds.x1, bounds.y1});
-    Canvas canvas(image, bounds, page_.canvas.GetCalls());
-    PageContext page{page_.document, canvas, page_.fonts, page_.pictures, page_.blendModes, page_.notes, page_.budget};
+    Canvas canvas(image, bounds, page_.calls);
     if (byLuminosity) canvas.Fill(backdrop, {bounds, nullptr}, {});
     const GraphicsState inside{toDevice, {bounds, nullptr}};
     const bool knockout = ToBool(Entry(group, "/K"), false);
     const bool needsGroup = knockout || (byLuminosity && page_.blendModes.In(form).any());
     if (needsGroup) canvas.BeginGroup({bounds, nullptr}, {true, knockout, true});
-    Interpreter(page, resources_, inside).PaintContentOf(form, inside);
+    Interpreter(page_, canvas, resources_, inside).PaintContentOf(form, inside);
     if (needsGroup) canvas.EndGroup({});
 
     Mask mask = MakeMask(bounds);

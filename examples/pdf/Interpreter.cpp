@@ -44,8 +44,14 @@ constexpr unsigned long kOperatorsForContent = 16;
 
 }  // namespace
 
-Interpreter::Interpreter(PageContext& page, QPDFObjectHandle resources, const GraphicsState& state, bool colorless)
-    : page_(page), resources_(resources), state_(state), baseToDevice_(state.toDevice), colorless_(colorless) {}
+Interpreter::Interpreter(PageContext& page, Canvas& canvas, QPDFObjectHandle resources, const GraphicsState& state,
+                         bool colorless)
+    : page_(page),
+      canvas_(canvas),
+      resources_(resources),
+      state_(state),
+      baseToDevice_(state.toDevice),
+      colorless_(colorless) {}
 
 void Interpreter::Paint(QPDFObjectHandle content) {
     Budget& budget = page_.budget;

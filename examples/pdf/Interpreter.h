@@ -16,15 +16,18 @@
 
 namespace pdf {
 
-// What all content of a page is painted with.
+// What a thread paints pages of one file with: what it has read of the file, may spend on the page and has to tell.
 struct PageContext {
-    Document& document;
-    Canvas& canvas;
-    FontCache& fonts;
-    PictureCache& pictures;
-    BlendModeUse& blendModes;
-    Notes& notes;
-    Budget& budget;
+    // @throws std::exception with a text for people if the file cannot be read.
+    explicit PageContext(const std::string& path) : document(path) {}
+
+    Document document;
+    FontCache fonts = {};
+    PictureCache pictures = {};
+    BlendModeUse blendModes = {};
+    Notes notes = {};
+    Calls calls = {};
+    Budget budget = {};
 };
 
 // Paints one content stream: that of a page, a form, a tile of a pattern or a glyph. Each has its own resources and
@@ -36,9 +39,10 @@ struct PageContext {
 //   TextPainting.cpp   text
 class Interpreter {
 public:
-    // @param state what the content starts with.
+    // @param canvas, state what the content is painted on and starts with.
     // @param colorless whether the content has no colour of its own: operators that set one are left out.
-    Interpreter(PageContext& page, QPDFObjectHandle resources, const GraphicsState& state, bool colorless = false);
+    Interpreter(PageContext& page, Canvas& canvas, QPDFObjectHandle resources, const GraphicsState& state,
+                bool colorless = false);
 
     // Reads and paints a content stream.
     void Paint(QPDFObjectHandle content);
@@ -74,7 +78,7 @@ private:
     void PaintShadingOf(QPDFObjectHandle shading);
     Placing PlacingOf(const Ink& ink);
     // The pixels that can be painted on at the moment.
-    [[nodiscard]] Pixels Visible() const { return Intersect(state_.clip.box, page_.canvas.Visible()); }
+    [[nodiscard]] Pixels Visible() const { return Intersect(state_.clip.box, canvas_.Visible()); }
     // Takes the painting of an area, so many times as long as that of one colour, from the budget.
     void Spend(const Pixels& area, double times) {
         if (!IsEmpty(area)) page_.budget.Spend(times * Width(area) * Height(area));
@@ -98,6 +102,7 @@ private:
     void EndText();
 
     PageContext& page_;
+    Canvas& canvas_;
     QPDFObjectHandle resources_;
     GraphicsState state_;
     std::vector<GraphicsState> saved_;

@@ -40,7 +40,7 @@ void Interpreter::PaintShape(const Mask& shape, const Ink& ink) {
     if (IsEmpty(mask.box)) return;
     Spend(mask.box, ink.space->IsPattern() ? kTimesForPicture : 1);
     if (!ink.space->IsPattern()) {
-        page_.canvas.Fill(ink.space->ToColor(ink.components), mask, PlacingOf(ink));
+        canvas_.Fill(ink.space->ToColor(ink.components), mask, PlacingOf(ink));
     } else if (ToInteger(Entry(ink.pattern, "/PatternType"), 0) == 1) {
         PaintTiles(mask, ink);
     } else {
@@ -52,7 +52,7 @@ void Interpreter::PaintShape(const Mask& shape, const Ink& ink) {
 
 void Interpreter::PaintImage(const PlacedImage& placed, const Mask& within, const Ink& ink) {
     const Pixels& box = placed.coverage.box;
-    page_.canvas.Draw(placed.image, {box.x0, box.y0}, Intersect(placed.coverage, within), PlacingOf(ink));
+    canvas_.Draw(placed.image, {box.x0, box.y0}, Intersect(placed.coverage, within), PlacingOf(ink));
 }
 
 void Interpreter::PaintPicture(QPDFObjectHandle picture) {

@@ -29,13 +29,6 @@ void Snap(double& low, double& high) {
     high = before + 1;
 }
 
-// What takes an upright rectangle to another one.
-Matrix Between(const Box& from, const Box& to) {
-    const double scaleX = (to.x1 - to.x0) / (from.x1 - from.x0);
-    const double scaleY = (to.y1 - to.y0) / (from.y1 - from.y0);
-    return {scaleX, 0, 0, scaleY, to.x0 - from.x0 * scaleX, to.y0 - from.y0 * scaleY};
-}
-
 // The samples along one axis whose middles lie within `reach` of a place, or the nearest one.
 struct Run {
     std::size_t first;

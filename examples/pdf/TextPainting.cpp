@@ -82,7 +82,7 @@ void Interpreter::PaintGlyphContent(const Glyph& glyph, const Matrix& toUser) {
     GraphicsState inside = state_;
     inside.toDevice = Concat(toUser, state_.toDevice);
     QPDFObjectHandle own = state_.text.font->resources;
-    Interpreter content(page_, own.isDictionary() ? own : resources_, inside, colorless_);
+    Interpreter content(page_, canvas_, own.isDictionary() ? own : resources_, inside, colorless_);
     content.PaintOnce(glyph.content);
 }
 

@@ -58,11 +58,11 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const Box tiles = lattice.TilesIn(
         MapBox(toDevice.Inverse(), {double(area.x0), double(area.y0), double(area.x1), double(area.y1)}));
     const bool colorless = ToInteger(Entry(ink.pattern, "/PaintType"), 1) == 2;
-    const auto paintTiles = [&](PageContext& page, const Box& numbers, const Matrix& matrix, const Pixels& visible) {
+    const auto paintTiles = [&](Canvas& canvas, const Box& numbers, const Matrix& matrix, const Pixels& visible) {
         GraphicsState state{{}, {visible, nullptr}};
         if (colorless && ink.space->Underlying())
             state.fill = state.stroke = Ink{ink.space->Underlying(), ink.components};
-        Interpreter tile(page, resources_, state, colorless);
+        Interpreter tile(page_, canvas, resources_, state, colorless);
         for (double row = numbers.y0; row < numbers.y1; ++row) {
             for (double column = numbers.x0; column < numbers.x1; ++column) {
                 state.toDevice = TileMatrix(lattice, column, row, matrix);
@@ -77,9 +77,9 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const bool blends = page_.blendModes.In(ink.pattern).any();
     if (isLarge || (blends && Count(tiles) <= kMostBlendingTiles)) {
         const Placing asAWhole = PlacingOf(ink);
-        page_.canvas.BeginGroup(mask, {!blends, false, false, state_.mode == vantu::BlendMode::Normal});
-        paintTiles(page_, tiles, toDevice, area);
-        page_.canvas.EndGroup(asAWhole);
+        canvas_.BeginGroup(mask, {!blends, false, false, state_.mode == vantu::BlendMode::Normal});
+        paintTiles(canvas_, tiles, toDevice, area);
+        canvas_.EndGroup(asAWhole);
         return;
     }
 
@@ -94,10 +94,8 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const Pixels period{0, 0, static_cast<int>(columns), static_cast<int>(rows)};
     const Matrix toPeriod{columns / lattice.step.x, 0, 0, rows / lattice.step.y, 0, 0};
     const auto tile = MakeImage(period);
-    Canvas tileCanvas(tile, period, page_.canvas.GetCalls());
-    PageContext tilePage{page_.document,   tileCanvas,  page_.fonts, page_.pictures,
-                         page_.blendModes, page_.notes, page_.budget};
-    paintTiles(tilePage, overlapping, toPeriod, period);
+    Canvas tileCanvas(tile, period, page_.calls);
+    paintTiles(tileCanvas, overlapping, toPeriod, period);
 
     const auto picture = MakeImage(area);
     const Matrix fromDevice = Concat(toDevice.Inverse(), toPeriod);
@@ -109,7 +107,7 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
             std::memcpy(pixel, tile->GetPixelData() + static_cast<std::size_t>(index) * kBytesPerPixel, kBytesPerPixel);
         }
     }
-    page_.canvas.Draw(picture, {area.x0, area.y0}, mask, PlacingOf(ink));
+    canvas_.Draw(picture, {area.x0, area.y0}, mask, PlacingOf(ink));
 }
 
 }  // namespace pdf

@@ -78,9 +78,9 @@ std::string NameOf(const Arguments& arguments, int page, bool isOneOfMany) {
 }
 
 void PaintPages(const Arguments& arguments) {
-    std::vector<std::unique_ptr<pdf::PagePainter>> painters;
-    for (int i = 0; i < arguments.threads; ++i) painters.push_back(std::make_unique<pdf::PagePainter>(arguments.file));
-    const int count = painters.front()->GetDocument().PageCount();
+    std::vector<std::unique_ptr<pdf::PageContext>> contexts;
+    for (int i = 0; i < arguments.threads; ++i) contexts.push_back(std::make_unique<pdf::PageContext>(arguments.file));
+    const int count = contexts.front()->document.PageCount();
     const int last = arguments.last == 0 ? count : arguments.last;
     if (arguments.first > last || last > count)
         throw std::runtime_error("the file has pages 1 to " + std::to_string(count));
@@ -90,22 +90,22 @@ void PaintPages(const Arguments& arguments) {
     for (int page = arguments.first; page <= last; ++page) {
         if (showsProgress) std::cerr << "\rpage " << page << " of " << last << std::flush;
         const std::string name = NameOf(arguments, page, isMany);
-        const auto image = pdf::PaintPage(painters, page - 1, arguments.dotsPerInch);
+        const auto image = pdf::PaintPage(contexts, page - 1, arguments.dotsPerInch);
         if (!vantu::CPNGSaver().Save(*image, name)) throw std::runtime_error("cannot write " + name);
     }
     if (showsProgress) std::cerr << '\n';
 
     // Each band meets the same content, but for what it need not look into.
     std::map<std::string, unsigned long> notes;
-    for (const auto& painter : painters) {
-        for (const auto& [text, times] : painter->GetNotes().Counts()) notes[text] = std::max(notes[text], times);
+    for (const auto& context : contexts) {
+        for (const auto& [text, times] : context->notes.Counts()) notes[text] = std::max(notes[text], times);
     }
     for (const auto& [text, times] : notes)
         std::cerr << text << (times > 1 ? " (" + std::to_string(times) + " times)" : "") << '\n';
     if (!arguments.printsCalls) return;
-    for (std::size_t i = 0; i < painters.size(); ++i) {
-        if (painters.size() > 1) std::cout << "thread " << i + 1 << '\n';
-        painters[i]->GetCalls().Print(std::cout);
+    for (std::size_t i = 0; i < contexts.size(); ++i) {
+        if (contexts.size() > 1) std::cout << "thread " << i + 1 << '\n';
+        contexts[i]->calls.Print(std::cout);
     }
 }
 

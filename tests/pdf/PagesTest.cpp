@@ -20,9 +20,12 @@ const std::string kPages = IMAGEOP_TEST_DATA "/pages/";
 constexpr double kDotsPerInch = 72;
 
 Image PaintFirstPage(const std::string& path, std::size_t threads = 1, const Budget& budget = {}) {
-    std::vector<std::unique_ptr<PagePainter>> painters;
-    while (painters.size() < threads) painters.push_back(std::make_unique<PagePainter>(path, budget));
-    return PaintPage(painters, 0, kDotsPerInch);
+    std::vector<std::unique_ptr<PageContext>> contexts;
+    while (contexts.size() < threads) {
+        contexts.push_back(std::make_unique<PageContext>(path));
+        contexts.back()->budget = budget;
+    }
+    return PaintPage(contexts, 0, kDotsPerInch);
 }
 
 // The colour of a pixel as 0xRRGGBB.
