@@ -20,21 +20,12 @@ unsigned long CountPixels(const Pixels& box) {
     return IsEmpty(box) ? 0 : static_cast<unsigned long>(Width(box)) * static_cast<unsigned long>(Height(box));
 }
 
-const char* NameOf(const Call& call) {
-    switch (call.what) {
-        case Call::What::Fill: return "colour";
-        case Call::What::Draw: return "32-bit picture";
-        case Call::What::EndGroup: return "end a group";
-        case Call::What::BeginGroup: break;
-    }
-    if (call.group.isolated)
-        return call.group.knockout ? "begin an isolated knockout group" : "begin an isolated group";
-    return call.group.knockout ? "begin a knockout group" : "begin a group";
-}
-
 // What calls have in common that are counted together.
 std::string KindOf(const Call& call) {
-    return std::string(NameOf(call)) + ", " + vantu::kBlendModeNames[static_cast<unsigned int>(call.paint.mode)] +
+    static constexpr const char* kNames[] = {"colour", "32-bit picture", "begin a group", "end a group"};
+    return std::string(kNames[static_cast<unsigned int>(call.what)]) + (call.group.isolated ? ", isolated" : "") +
+           (call.group.knockout ? ", knockout" : "") + ", " +
+           vantu::kBlendModeNames[static_cast<unsigned int>(call.paint.mode)] +
            (call.paint.alpha < 255 ? ", translucent" : "") + (call.paint.mask ? ", 8-bit mask" : "") + ", " +
            SizeOf(CountPixels(call.box));
 }

@@ -46,45 +46,33 @@ void Canvas::Make(Call call) {
     call.box = Intersect(call.box, Visible());
     const auto start = Calls::Clock::now();
     pdf::Make(call, painter_);
-    const auto time = Calls::Clock::now() - start;
-    calls_.Add(call, time);
+    calls_.Add(call, Calls::Clock::now() - start);
     if (kept_ != nullptr) kept_->calls.push_back(std::move(call));
 }
 
 void Canvas::Fill(const vantu::Color& color, const Mask& shape, const Placing& placing) {
-    Call call{Call::What::Fill, shape.box};
-    call.paint = PaintOf(shape, placing);
-    call.color = color;
-    Make(std::move(call));
+    Make({.what = Call::What::Fill, .box = shape.box, .paint = PaintOf(shape, placing), .color = color});
 }
 
 void Canvas::Draw(const Image& picture, const vantu::Point<int, 2>& at, const Mask& shape, const Placing& placing) {
-    if (!picture || IsEmpty(shape.box)) return;
-    Call call{Call::What::Draw, shape.box};
-    call.paint = PaintOf(shape, placing);
-    call.picture = picture;
-    call.at = at;
-    Make(std::move(call));
+    if (!picture) return;
+    Make({.what = Call::What::Draw, .box = shape.box, .paint = PaintOf(shape, placing), .picture = picture, .at = at});
 }
 
 void Canvas::BeginGroup(const Mask& shape, vantu::GroupKind kind) {
+    const Group& around = groups_.back();
     // A group starts on what a knockout group around it started on: on nothing if that is isolated.
-    const vantu::GroupKind& around = groups_.back().kind;
-    kind.isolated = kind.isolated || (around.knockout && around.isolated);
-    Call call{Call::What::BeginGroup, shape.box};
-    call.group = kind;
-    Make(std::move(call));
+    kind.isolated = kind.isolated || (around.kind.knockout && around.kind.isolated);
+    Make({.what = Call::What::BeginGroup, .box = shape.box, .group = kind});
     const bool isTakenOut = !kind.isolated && !kind.normal && !kind.plain;
     groups_.push_back(
-        {shape, kind, IsKnockout() || kind.knockout, groups_.back().hasHardEdges || kind.knockout || isTakenOut});
+        {shape, kind, around.insideKnockout || kind.knockout, around.hasHardEdges || kind.knockout || isTakenOut});
 }
 
 void Canvas::EndGroup(const Placing& placing) {
     const Mask shape = groups_.back().shape;
     groups_.pop_back();
-    Call call{Call::What::EndGroup, shape.box};
-    call.paint = PaintOf(shape, placing);
-    Make(std::move(call));
+    Make({.what = Call::What::EndGroup, .box = shape.box, .paint = PaintOf(shape, placing)});
 }
 
 }  // namespace pdf

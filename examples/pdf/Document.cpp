@@ -45,10 +45,8 @@ QPDFObjectHandle Document::Inherited(int number, const std::string& key) const {
 
 PageGeometry Document::Geometry(int number, double dotsPerInch) const {
     const Box media = ToBox(Inherited(number, "/MediaBox"), kLetter);
-    Box crop = ToBox(Inherited(number, "/CropBox"), media);
-    crop = {std::max(crop.x0, media.x0), std::max(crop.y0, media.y0), std::min(crop.x1, media.x1),
-            std::min(crop.y1, media.y1)};
-    if (crop.IsEmpty()) crop = media.IsEmpty() ? kLetter : media;
+    Box crop = Intersect(ToBox(Inherited(number, "/CropBox"), media), media);
+    if (IsEmpty(crop)) crop = IsEmpty(media) ? kLetter : media;
 
     const double unit = ToNumber(Entry(Page(number), "/UserUnit"), 1);
     const double scale = dotsPerInch / kPointsPerInch * (unit > 0 ? unit : 1);

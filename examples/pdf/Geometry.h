@@ -14,15 +14,28 @@ struct PointD {
     double y = 0;
 };
 
-// A rectangle in real numbers; x0 <= x1 and y0 <= y1 unless it is empty.
-struct Box {
-    double x0 = 0;
-    double y0 = 0;
-    double x1 = 0;
-    double y1 = 0;
+// A rectangle in real numbers.
+using Box = vantu::Range<double, 2>;
 
-    [[nodiscard]] bool IsEmpty() const { return !(x0 < x1 && y0 < y1); }
-};
+// Pixels: columns x0 to x1 and rows y0 to y1, the ends outside.
+using Pixels = vantu::Range<int, 2>;
+
+template <typename Number>
+bool IsEmpty(const vantu::Range<Number, 2>& range) {
+    return !(range.x0 < range.x1 && range.y0 < range.y1);
+}
+
+template <typename Number>
+vantu::Range<Number, 2> Intersect(const vantu::Range<Number, 2>& a, const vantu::Range<Number, 2>& b) {
+    return {std::max(a.x0, b.x0), std::max(a.y0, b.y0), std::min(a.x1, b.x1), std::min(a.y1, b.y1)};
+}
+
+inline int Width(const Pixels& range) {
+    return range.x1 - range.x0;
+}
+inline int Height(const Pixels& range) {
+    return range.y1 - range.y0;
+}
 
 // An affine map, numbered as PDF does it: x' = a x + c y + e, y' = b x + d y + f.
 struct Matrix {
@@ -83,23 +96,6 @@ inline Matrix Between(const Box& from, const Box& to) {
     const double scaleX = (to.x1 - to.x0) / (from.x1 - from.x0);
     const double scaleY = (to.y1 - to.y0) / (from.y1 - from.y0);
     return {scaleX, 0, 0, scaleY, to.x0 - from.x0 * scaleX, to.y0 - from.y0 * scaleY};
-}
-
-// Pixels: columns x0 to x1 and rows y0 to y1, the ends outside.
-using Pixels = vantu::Range<int, 2>;
-
-inline bool IsEmpty(const Pixels& range) {
-    return range.x0 >= range.x1 || range.y0 >= range.y1;
-}
-inline int Width(const Pixels& range) {
-    return range.x1 - range.x0;
-}
-inline int Height(const Pixels& range) {
-    return range.y1 - range.y0;
-}
-
-inline Pixels Intersect(const Pixels& a, const Pixels& b) {
-    return {std::max(a.x0, b.x0), std::max(a.y0, b.y0), std::min(a.x1, b.x1), std::min(a.y1, b.y1)};
 }
 
 // The nearest number of a pixel edge, also of numbers that an int cannot hold; not a number counts as 0.

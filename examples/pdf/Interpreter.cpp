@@ -7,8 +7,13 @@ namespace pdf {
 
 namespace {
 
+// An operand; null if there are too few.
+QPDFObjectHandle Operand(const Operands& operands, std::size_t index) {
+    return index < operands.size() ? operands[index] : QPDFObjectHandle::newNull();
+}
+
 double Number(const Operands& operands, std::size_t index) {
-    return index < operands.size() ? ToNumber(operands[index], 0) : 0;
+    return ToNumber(Operand(operands, index), 0);
 }
 
 PointD Point(const Operands& operands, std::size_t index) {
@@ -19,14 +24,9 @@ Matrix MatrixOf(const Operands& o) {
     return {Number(o, 0), Number(o, 1), Number(o, 2), Number(o, 3), Number(o, 4), Number(o, 5)};
 }
 
-QPDFObjectHandle First(const Operands& operands) {
-    return operands.empty() ? QPDFObjectHandle::newNull() : operands.front();
-}
-
 std::string Text(const Operands& operands, std::size_t index) {
-    return index < operands.size() && QPDFObjectHandle(operands[index]).isString()
-               ? QPDFObjectHandle(operands[index]).getStringValue()
-               : std::string();
+    QPDFObjectHandle text = Operand(operands, index);
+    return text.isString() ? text.getStringValue() : std::string();
 }
 
 template <typename Style>
@@ -93,11 +93,11 @@ const std::map<std::string, Interpreter::Action>& Interpreter::Operators() {
         {"Q", [](I i, O) { i.RestoreState(); }},
         {"cm", [](I i, O o) { i.state_.toDevice = Concat(MatrixOf(o), i.state_.toDevice); }},
         {"w", [](I i, O o) { i.state_.line.width = std::abs(Number(o, 0)); }},
-        {"J", [](I i, O o) { i.state_.line.cap = ToStyle<LineCap>(First(o)); }},
-        {"j", [](I i, O o) { i.state_.line.join = ToStyle<LineJoin>(First(o)); }},
+        {"J", [](I i, O o) { i.state_.line.cap = ToStyle<LineCap>(Operand(o, 0)); }},
+        {"j", [](I i, O o) { i.state_.line.join = ToStyle<LineJoin>(Operand(o, 0)); }},
         {"M", [](I i, O o) { i.state_.line.miterLimit = Number(o, 0); }},
-        {"d", [](I i, O o) { i.SetDashes(First(o), Number(o, 1)); }},
-        {"gs", [](I i, O o) { i.SetParameters(i.Resource("/ExtGState", First(o))); }},
+        {"d", [](I i, O o) { i.SetDashes(Operand(o, 0), Number(o, 1)); }},
+        {"gs", [](I i, O o) { i.SetParameters(i.Resource("/ExtGState", Operand(o, 0))); }},
 
         {"m", [](I i, O o) { i.path_.MoveTo(Point(o, 0)); }},
         {"l", [](I i, O o) { i.path_.LineTo(Point(o, 0)); }},
@@ -123,8 +123,8 @@ const std::map<std::string, Interpreter::Action>& Interpreter::Operators() {
         {"b", [](I i, O) { i.path_.Close(), i.PaintPath(true, false, true); }},
         {"b*", [](I i, O) { i.path_.Close(), i.PaintPath(true, true, true); }},
 
-        {"cs", [](I i, O o) { i.SetSpace(i.state_.fill, First(o)); }},
-        {"CS", [](I i, O o) { i.SetSpace(i.state_.stroke, First(o)); }},
+        {"cs", [](I i, O o) { i.SetSpace(i.state_.fill, Operand(o, 0)); }},
+        {"CS", [](I i, O o) { i.SetSpace(i.state_.stroke, Operand(o, 0)); }},
         {"sc", [](I i, O o) { i.SetColor(i.state_.fill, o); }},
         {"scn", [](I i, O o) { i.SetColor(i.state_.fill, o); }},
         {"SC", [](I i, O o) { i.SetColor(i.state_.stroke, o); }},
@@ -136,14 +136,14 @@ const std::map<std::string, Interpreter::Action>& Interpreter::Operators() {
         {"k", [](I i, O o) { i.SetDeviceColor(i.state_.fill, "/DeviceCMYK", o); }},
         {"K", [](I i, O o) { i.SetDeviceColor(i.state_.stroke, "/DeviceCMYK", o); }},
 
-        {"sh", [](I i, O o) { i.PaintShadingOf(i.Resource("/Shading", First(o))); }},
-        {"Do", [](I i, O o) { i.PaintObject(i.Resource("/XObject", First(o))); }},
-        {"EI", [](I i, O o) { i.PaintPicture(First(o)); }},
+        {"sh", [](I i, O o) { i.PaintShadingOf(i.Resource("/Shading", Operand(o, 0))); }},
+        {"Do", [](I i, O o) { i.PaintObject(i.Resource("/XObject", Operand(o, 0))); }},
+        {"EI", [](I i, O o) { i.PaintPicture(Operand(o, 0)); }},
         {"d1", [](I i, O) { i.colorless_ = true; }},
 
-        {"BMC", [](I i, O) { ++i.markedDepth_; }},
+        {"BMC", [](I i, O o) { i.BeginMarkedContent(o); }},
         {"BDC", [](I i, O o) { i.BeginMarkedContent(o); }},
-        {"EMC", [](I i, O) { i.EndMarkedContent(); }},
+        {"EMC", [](I i, O) { i.hiddenDepth_ = std::max(i.hiddenDepth_ - 1, 0); }},
 
         {"BT", [](I i, O) { i.textMatrix_ = i.lineMatrix_ = Matrix{}; }},
         {"ET", [](I i, O) { i.EndText(); }},
@@ -152,14 +152,14 @@ const std::map<std::string, Interpreter::Action>& Interpreter::Operators() {
         {"Tz", [](I i, O o) { i.state_.text.horizontalScale = Number(o, 0) / 100; }},
         {"TL", [](I i, O o) { i.state_.text.leading = Number(o, 0); }},
         {"Ts", [](I i, O o) { i.state_.text.rise = Number(o, 0); }},
-        {"Tr", [](I i, O o) { i.state_.text.renderMode = ToInteger(First(o), 0); }},
-        {"Tf", [](I i, O o) { i.SetFont(i.Resource("/Font", First(o)), Number(o, 1)); }},
+        {"Tr", [](I i, O o) { i.state_.text.renderMode = ToInteger(Operand(o, 0), 0); }},
+        {"Tf", [](I i, O o) { i.SetFont(i.Resource("/Font", Operand(o, 0)), Number(o, 1)); }},
         {"Td", [](I i, O o) { i.MoveLine(Point(o, 0)); }},
         {"TD", [](I i, O o) { i.state_.text.leading = -Number(o, 1), i.MoveLine(Point(o, 0)); }},
         {"T*", [](I i, O) { i.NextLine(); }},
         {"Tm", [](I i, O o) { i.textMatrix_ = i.lineMatrix_ = MatrixOf(o); }},
         {"Tj", [](I i, O o) { i.ShowText(Text(o, 0)); }},
-        {"TJ", [](I i, O o) { i.ShowAdjustedText(First(o)); }},
+        {"TJ", [](I i, O o) { i.ShowAdjustedText(Operand(o, 0)); }},
         {"'", [](I i, O o) { i.NextLine(), i.ShowText(Text(o, 0)); }},
         {"\"",
          [](I i, O o) {
@@ -237,14 +237,9 @@ void Interpreter::SetDeviceColor(Ink& ink, const char* space, const Operands& op
 }
 
 void Interpreter::BeginMarkedContent(const Operands& operands) {
-    ++markedDepth_;
-    if (hiddenDepth_ > 0 || operands.size() < 2 || ToName(operands[0]) != "/OC") return;
-    if (!page_.document.IsShown(Resource("/Properties", operands[1]))) hiddenDepth_ = markedDepth_;
-}
-
-void Interpreter::EndMarkedContent() {
-    if (markedDepth_ == hiddenDepth_) hiddenDepth_ = 0;
-    if (markedDepth_ > 0) --markedDepth_;
+    const bool isLayer = ToName(Operand(operands, 0)) == "/OC";
+    const bool isHidden = isLayer && !page_.document.IsShown(Resource("/Properties", Operand(operands, 1)));
+    if (IsHidden() || isHidden) ++hiddenDepth_;
 }
 
 }  // namespace pdf

@@ -66,7 +66,6 @@ private:
     void SetColor(Ink& ink, const Operands& operands);
     void SetDeviceColor(Ink& ink, const char* space, const Operands& operands);
     void BeginMarkedContent(const Operands& operands);
-    void EndMarkedContent();
 
     enum class PendingClip { None, NonZero, EvenOdd };
     void PaintPath(bool fill, bool evenOdd, bool stroke);
@@ -97,6 +96,8 @@ private:
     void NextLine();
     void ShowText(const std::string& text);
     void ShowAdjustedText(QPDFObjectHandle pieces);
+    // Moves along the line, by a length before it is scaled.
+    void Advance(double length);
     void PaintText();
     void PaintGlyphContent(const Glyph& glyph, const Matrix& toUser);
     void EndText();
@@ -114,8 +115,7 @@ private:
     Matrix lineMatrix_;
     Path text_;            // in user space, shown and not yet painted
     Path textClip_;        // in device space
-    int markedDepth_ = 0;  // marked content that is open
-    int hiddenDepth_ = 0;  // at which the outermost hidden one began; 0 for none
+    int hiddenDepth_ = 0;  // marked content that is open, from the outermost that is hidden
     bool colorless_;
 };
 

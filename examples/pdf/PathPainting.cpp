@@ -15,7 +15,8 @@ constexpr double kTimesForPicture = 16;
 
 void Interpreter::PaintPath(bool fill, bool evenOdd, bool stroke) {
     if (fill || stroke) PaintOutline(path_, state_.toDevice, fill, evenOdd, stroke);
-    if (pendingClip_ != PendingClip::None) ClipTo(path_, state_.toDevice, pendingClip_ == PendingClip::EvenOdd);
+    if (pendingClip_ != PendingClip::None && !path_.IsEmpty())
+        ClipTo(path_, state_.toDevice, pendingClip_ == PendingClip::EvenOdd);
     pendingClip_ = PendingClip::None;
     path_ = {};
 }

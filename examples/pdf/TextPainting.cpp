@@ -41,11 +41,14 @@ void Interpreter::ShowAdjustedText(QPDFObjectHandle pieces) {
             ShowText(piece.getStringValue());
             continue;
         }
-        const double back = ToNumber(piece, 0) / kThousandths * state_.text.size;
-        const bool isVertical = state_.text.font && state_.text.font->isVertical;
-        const PointD by = isVertical ? PointD{0, -back} : PointD{-back * state_.text.horizontalScale, 0};
-        textMatrix_ = Concat({1, 0, 0, 1, by.x, by.y}, textMatrix_);
+        Advance(-ToNumber(piece, 0) / kThousandths * state_.text.size);
     }
+}
+
+void Interpreter::Advance(double length) {
+    const bool isVertical = state_.text.font && state_.text.font->isVertical;
+    const PointD by = isVertical ? PointD{0, length} : PointD{length * state_.text.horizontalScale, 0};
+    textMatrix_ = Concat({1, 0, 0, 1, by.x, by.y}, textMatrix_);
 }
 
 void Interpreter::ShowText(const std::string& text) {
@@ -64,9 +67,7 @@ void Interpreter::ShowText(const std::string& text) {
             PaintGlyphContent(glyph, Concat(font->toEms, placed));
         if (!t.knockout) PaintText();
         const double spacing = t.characterSpacing + (glyph.isSpace ? t.wordSpacing : 0);
-        const PointD by = font->isVertical ? PointD{0, glyph.advance.y * t.size + spacing}
-                                           : PointD{(glyph.advance.x * t.size + spacing) * t.horizontalScale, 0};
-        textMatrix_ = Concat({1, 0, 0, 1, by.x, by.y}, textMatrix_);
+        Advance((font->isVertical ? glyph.advance.y : glyph.advance.x) * t.size + spacing);
     }
 }
 

@@ -8,10 +8,9 @@ namespace pdf {
 
 namespace {
 
-// Tiles with steps of so many pixels are painted one by one, others as copies of one, unless they are few and blend.
-constexpr double kLeastPaintedStep = 8;
+// Large tiles and those that blend are painted one by one if they are not too many, others as copies of one.
 constexpr double kLeastPaintedArea = 48 * 48;
-constexpr double kMostBlendingTiles = 10000;
+constexpr double kMostPaintedTiles = 10000;
 constexpr double kMostOverlappingTiles = 400;
 constexpr double kMostPixelsOfTile = 1 << 22;
 constexpr unsigned int kBytesPerPixel = 4;
@@ -38,10 +37,6 @@ int Modulo(double x, int n) {
     return static_cast<int>(whole - std::floor(whole / n) * n);
 }
 
-Matrix TileMatrix(const Lattice& lattice, double column, double row, const Matrix& toDevice) {
-    return Concat({1, 0, 0, 1, column * lattice.step.x, row * lattice.step.y}, toDevice);
-}
-
 }  // namespace
 
 void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
@@ -49,7 +44,7 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const Lattice lattice{
         ToBox(Entry(ink.pattern, "/BBox"), {}),
         {std::abs(ToNumber(Entry(ink.pattern, "/XStep"), 0)), std::abs(ToNumber(Entry(ink.pattern, "/YStep"), 0))}};
-    if (!QPDFObjectHandle(ink.pattern).isStream() || !toDevice.IsInvertible() || lattice.box.IsEmpty() ||
+    if (!QPDFObjectHandle(ink.pattern).isStream() || !toDevice.IsInvertible() || IsEmpty(lattice.box) ||
         !(lattice.step.x > 0) || !(lattice.step.y > 0)) {
         page_.notes.Add("a tiling pattern without tiles");
         return;
@@ -65,17 +60,16 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
         Interpreter tile(page_, canvas, resources_, state, colorless);
         for (double row = numbers.y0; row < numbers.y1; ++row) {
             for (double column = numbers.x0; column < numbers.x1; ++column) {
-                state.toDevice = TileMatrix(lattice, column, row, matrix);
+                state.toDevice = Concat({1, 0, 0, 1, column * lattice.step.x, row * lattice.step.y}, matrix);
                 tile.PaintContentOf(ink.pattern, state);
             }
         }
     };
     const double across = lattice.step.x * std::hypot(toDevice.a, toDevice.b);
     const double down = lattice.step.y * std::hypot(toDevice.c, toDevice.d);
-    const bool isLarge = std::min(across, down) >= kLeastPaintedStep && across * down >= kLeastPaintedArea;
     // Tiles blend with what lies below them, too.
     const bool blends = page_.blendModes.In(ink.pattern).any();
-    if (isLarge || (blends && Count(tiles) <= kMostBlendingTiles)) {
+    if ((blends || across * down >= kLeastPaintedArea) && Count(tiles) <= kMostPaintedTiles) {
         const Placing asAWhole = PlacingOf(ink);
         canvas_.BeginGroup(mask, {!blends, false, false, state_.mode == vantu::BlendMode::Normal});
         paintTiles(canvas_, tiles, toDevice, area);

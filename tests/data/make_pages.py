@@ -479,12 +479,12 @@ def discs():
 
 
 def forms_and_clips():
-    """A form's matrix and box; clips of both rules, and clips in clips."""
+    """A form's matrix and box; clips of both rules, clips in clips, and one without a path, which is none."""
     def form(content):
         inner = content.file.stream({"Subtype": "/Form", "BBox": [0, 0, 10, 10], "Matrix": [2, 0, 0, 1, 10, 10]},
                                     "0.2 0.6 0.9 rg -50 -50 100 100 re f")
         return content.name("XObject", inner) + " Do"
-    ring = "40 0 40 40 re 50 10 20 20 re W* n 40 0 30 40 re W n 0.6 0.2 0.5 rg 0 0 100 100 re f"
+    ring = "W n 40 0 40 40 re 50 10 20 20 re W* n 40 0 30 40 re W n 0.6 0.2 0.5 rg 0 0 100 100 re f"
     rows = [[PLUM] * 3, [PLUM, None, None], [PLUM, None, None], [PLUM] * 3]
     return 9, 4, [paper(9, 4), Raw(form, at_place(1, 1, 2, 1, [[SKY]]), alpha=0.5), Raw(ring, at_place(4, 0, 3, 4, rows))]
 
