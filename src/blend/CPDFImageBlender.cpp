@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -12,6 +13,7 @@
 #include "blend/Coverage.h"
 #include "blend/GroupResolve.h"
 #include "pixel/Formats.h"
+#include "pixel/PixelRows.h"
 
 namespace vantu {
 
@@ -46,6 +48,33 @@ bool AreInside(const std::vector<Range<int, 2>>& ranges, const std::vector<Range
                return all.x0 <= r.x0 && r.x0 <= r.x1 && r.x1 <= all.x1 && all.y0 <= r.y0 && r.y0 <= r.y1 &&
                       r.y1 <= all.y1;
            });
+}
+
+/// Makes `snapshot` a copy of an image: in its own memory, if it is one of such an image already.
+void TakeSnapshot(const IQorImage& image, std::shared_ptr<IQorImage>& snapshot) {
+    const auto pixels = RowsInMemory(image);
+    const bool fits = snapshot && pixels.first != nullptr && snapshot->GetWidth() == image.GetWidth() &&
+                      snapshot->GetHeight() == image.GetHeight() &&
+                      snapshot->GetPixelFormat() == image.GetPixelFormat() &&
+                      snapshot->GetAlignment() == image.GetAlignment() && snapshot->IsBottomUp() == image.IsBottomUp();
+    if (fits) {
+        std::memcpy(snapshot->GetPixelData(), pixels.first, static_cast<std::size_t>(pixels.Size()));
+    } else {
+        snapshot = nullptr;
+        snapshot = ImageUtil::Clone(image, nullptr, nullptr);
+    }
+}
+
+/// Makes `alphas` those of a group on which nothing is painted: in their own memory, cleared in the rows of an image
+/// that were painted, if there are enough.
+void TakeGroupAlpha(std::size_t pixels, std::size_t width, const RowSpan& painted, std::vector<unsigned int>& alphas) {
+    if (alphas.capacity() < pixels) {
+        alphas = {};
+    } else {
+        const std::size_t end = std::min(width * painted.end, alphas.size());
+        for (std::size_t i = width * painted.first; i < end; ++i) alphas[i] = 0;
+    }
+    alphas.resize(pixels);
 }
 
 }  // namespace
@@ -92,8 +121,9 @@ bool CPDFImageBlender::Blend(const std::shared_ptr<IQorImage>& source, const std
 
     GroupState& top = groupStack_.back();
     const unsigned int width = top.image->GetWidth();
-    BlendRequest<GroupBlendingTraits> request{common, top.backdrop.get(), &top.groupAlpha, &top.groupAlphaFits,
-                                              &width, &top.knockout,      blended.get()};
+    BlendRequest<GroupBlendingTraits> request{
+        common, top.backdrop.get(), &top.groupAlpha, &top.groupAlphaFits, &top.paintedRows,
+        &width, &top.knockout,      blended.get()};
     std::shared_ptr<Coverage> total = top.coverage;
     if (!total || !AreInside(painted->GetRanges(), total->GetRanges())) {
         total = total ? CopyOf(*total) : CreateCoverage();
@@ -118,13 +148,18 @@ bool CPDFImageBlender::BeginGroup(const std::shared_ptr<IQorImage>& image, const
     if (!image) return true;
     const std::uint64_t pixels = std::uint64_t{image->GetWidth()} * image->GetHeight();
     if (pixels == 0) return true;
-    std::shared_ptr<IQorImage> backdrop = ImageUtil::Clone(*image, nullptr, nullptr);
-    if (!backdrop) return true;
-    std::vector<unsigned int> groupAlpha = std::move(spareGroupAlpha_);
-    if (pixels > groupAlpha.max_size()) throw std::bad_alloc();
-    groupAlpha.assign(static_cast<std::size_t>(pixels), 0);
-    groupStack_.push_back(GroupState{std::move(backdrop), image, heldObject, std::move(groupAlpha), knockout,
-                                     keepBackdrop, plainResolve, nullptr});
+    if (pixels > spare_.groupAlpha.max_size()) throw std::bad_alloc();
+    GroupState group = std::exchange(spare_, {});
+    const std::size_t width = group.backdrop ? group.backdrop->GetWidth() : 0;
+    TakeGroupAlpha(static_cast<std::size_t>(pixels), width, std::exchange(group.paintedRows, {}), group.groupAlpha);
+    TakeSnapshot(*image, group.backdrop);
+    if (!group.backdrop) return true;
+    group.image = image;
+    group.heldObject = heldObject;
+    group.knockout = knockout;
+    group.keepBackdrop = keepBackdrop;
+    group.plainResolve = plainResolve;
+    groupStack_.push_back(std::move(group));
     return true;
 }
 
@@ -132,7 +167,10 @@ bool CPDFImageBlender::EndGroup() {
     if (groupStack_.empty()) return false;
     GroupState& top = groupStack_.back();
     if (top.coverage) ResolveGroup(top);
-    spareGroupAlpha_ = std::move(top.groupAlpha);
+    spare_ = {};
+    spare_.backdrop = std::move(top.backdrop);
+    spare_.groupAlpha = std::move(top.groupAlpha);
+    spare_.paintedRows = top.paintedRows;
     groupStack_.pop_back();
     return true;
 }

@@ -74,8 +74,9 @@ private:
 
     // Destruction runs backwards: kernels, surface, rasterizer, image, then the groups that are still open.
     std::vector<GroupState> groupStack_;  ///< the last is the top
-    /// Memory of the last group, for the next one's alphas: fresh memory costs several times what painting on it does.
-    std::vector<unsigned int> spareGroupAlpha_;
+    /// Snapshot and alphas of the last group that was closed, whose memory the next one takes: fresh memory costs
+    /// several times what painting on it does.
+    GroupState spare_;
     std::shared_ptr<IQorImage> image_;
     std::shared_ptr<IRasterizer> rasterizer_;
     std::shared_ptr<RasterSurface> surface_;                                 ///< only without an image

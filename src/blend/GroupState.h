@@ -5,6 +5,8 @@
 #include <memory>
 #include <vector>
 
+#include "blend/definition/BlendRequest.h"
+
 namespace vantu {
 
 /// One open transparency group.
@@ -18,6 +20,7 @@ struct GroupState {
     bool plainResolve = false;
     std::shared_ptr<IPDFImageBlender::Coverage> coverage;  ///< what was painted; empty before the first `Blend`
     bool groupAlphaFits = true;  ///< no entry is above 255, as an opacity outside 0 to 1 may leave one
+    RowSpan paintedRows;         ///< in all other rows the group alphas are 0
 };
 
 }  // namespace vantu

@@ -3,6 +3,7 @@
 #include <vantu/IPDFImageBlender.h>
 #include <vantu/IPDFTransferFunction.h>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -33,6 +34,18 @@ struct BlendRequestBase {
     bool foreign = false;        ///< the kernel may be one of other formats than the images'
 };
 
+/// Rows of an image, from `first` to the one before `end`.
+struct RowSpan {
+    /// Adds rows, and those in between.
+    void Add(unsigned int from, unsigned int to) {
+        first = end == 0 ? from : std::min(first, from);
+        end = std::max(end, to);
+    }
+
+    unsigned int first = 0;
+    unsigned int end = 0;
+};
+
 template <typename Traits>
 struct BlendRequest;
 
@@ -46,6 +59,7 @@ struct BlendRequest<PDFBlend::GroupBlendingTraits> : BlendRequestBase {
     IQorImage* backdrop;                    ///< the snapshot that `BeginGroup` took
     std::vector<unsigned int>* groupAlpha;  ///< entry of pixel (x, y) is number width * y + x
     bool* groupAlphaFits;                   ///< `GroupState::groupAlphaFits`
+    RowSpan* paintedRows;                   ///< `GroupState::paintedRows`
     const unsigned int* width;              ///< of the group image
     const bool* knockout;
     IPDFImageBlender::Coverage* blended;

@@ -148,6 +148,10 @@ private:
     template <typename ReadMask, typename InOrder>
     void Paint(const PaintArea& area, MaskKind mask, ReadMask readMask, InOrder inOrder) {
         if (!Reachable(area)) return;
+        if constexpr (Traits::kGroup) {
+            const auto top = static_cast<unsigned int>(area.targetY);
+            request_.paintedRows->Add(top, top + area.height);
+        }
         const SpanPlan plan = PlanSpans(
             area, mask,
             {kernel_, painter_.Target().step, painter_.Source().step, *request_.alpha, Traits::kGroup, inOrder_});
