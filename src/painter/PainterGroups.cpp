@@ -84,7 +84,7 @@ PaintResult Painter::Implementation::BeginGroup(const Rectangle& bounds, const G
             group.keepsBackdrop = parent.keepsBackdrop;
         } else {
             group.copiedBack = plainStart && !parent.image && PageIsCopiedExactly();
-            group.image = MakeImage(group.bounds, PixelFormat::Bgra32Premultiplied);
+            group.image = TakeImage(group.bounds);
             group.ownsImage = true;
             if (start != nullptr) CopyContent(*start, group);
             // C + k (result - C) = (1 - k) C + k result, where C is what lies below and k how opaque the group is. In a
@@ -97,6 +97,17 @@ PaintResult Painter::Implementation::BeginGroup(const Rectangle& bounds, const G
     }
     levels_.push_back(std::move(group));
     return result;
+}
+
+/// A clear image for a group.
+std::shared_ptr<IQorImage> Painter::Implementation::TakeImage(const Rectangle& bounds) {
+    const std::shared_ptr<IQorImage> spare = std::exchange(spareImage_, nullptr);
+    const Rectangle whole = Moved(bounds, {bounds.x0, bounds.y0});
+    if (!spare || WholeOf(*spare).x1 != whole.x1 || WholeOf(*spare).y1 != whole.y1) {
+        return MakeImage(bounds, PixelFormat::Bgra32Premultiplied);
+    }
+    if (!IsEmpty(spareRows_)) ImageUtil::ClearIndex(*spare, 0, {0, spareRows_.y0, whole.x1, spareRows_.y1});
+    return spare;
 }
 
 /// Whether pixels of the page come back from a group's image as they were.
@@ -147,15 +158,22 @@ PaintResult Painter::Implementation::EndGroup(const Paint& paint) {
     if (group.refusal != PaintResult::Painted) return group.refusal;
 
     PaintResult result = PaintResult::NothingToPaint;
-    if (group.painted && !group.ownsImage) {
-        levels_.back().painted = true;
+    const bool some = !IsEmpty(group.painted);
+    if (some && !group.ownsImage) {
+        NotePainted(group.painted);
         result = PaintResult::Painted;
-    } else if (group.painted && group.copiedBack) {
+    } else if (some && group.copiedBack) {
         result = CopyBack(group);
-    } else if (group.painted) {
+    } else if (some) {
         Paint asPromised = group.kind.plain ? Paint{} : paint;
         if (group.kind.normal) asPromised.mode = BlendMode::Normal;
-        result = Draw(group.image, group.origin, asPromised);
+        // Where nothing was painted an isolated group is clear, and so is one that its backdrop was taken out of.
+        const bool isClearAround = group.kind.isolated || !group.keepsBackdrop;
+        result = Draw(group.image, group.origin, asPromised, isClearAround ? &group.painted : nullptr);
+    }
+    if (group.ownsImage) {
+        spareImage_ = group.image;
+        spareRows_ = group.kind.isolated ? Moved(group.painted, group.origin) : WholeOf(*group.image);
     }
     return IsAsPromised(group.kind, paint) ? result : PaintResult::PlainGroup;
 }
@@ -171,7 +189,7 @@ PaintResult Painter::Implementation::CopyBack(const Level& group) {
         ImageView target = PagePart(r);
         ImageUtil::Copy(*group.image, Moved(r, group.origin), target, {0, 0});
     }
-    levels_.back().painted = true;
+    NotePainted(group.bounds);
     return PaintResult::Painted;
 }
 

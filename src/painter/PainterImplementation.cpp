@@ -105,14 +105,14 @@ Rectangle Painter::Implementation::VisibleBox(const Rectangle& rectangle) const 
 }
 
 PaintResult Painter::Implementation::Draw(const std::shared_ptr<IQorImage>& picture, const Point<int, 2>& at,
-                                          const Paint& paint) {
+                                          const Paint& paint, const Rectangle* content) {
     const std::optional<ImageFacts> facts = FactsOf(picture);
     const std::optional<ImageFacts> mask = FactsOf(paint.mask);
     PaintResult refusal = levels_.back().refusal;
     if (refusal == PaintResult::Painted) refusal = CheckPicture(facts);
     if (refusal == PaintResult::Painted) refusal = CheckPaint(paint, mask);
     if (refusal != PaintResult::Painted) return refusal;
-    const Source source{picture, at, MayHaveClearPixels(facts->format), paint.alpha};
+    const Source source{picture, at, MayHaveClearPixels(facts->format), paint.alpha, content};
     return PaintShape(source, nullptr, VisibleBox(facts->PlaceAt(at)), paint, mask);
 }
 
@@ -160,7 +160,7 @@ PaintResult Painter::Implementation::Replace(const Rectangle& box, const Color& 
         ImageView target = PagePart(r);
         ImageUtil::Clear(target, color, {0, 0, r.x1 - r.x0, r.y1 - r.y0});
     }
-    levels_.back().painted = true;
+    NotePainted(box);
     return PaintResult::Painted;
 }
 
@@ -191,8 +191,13 @@ PaintResult Painter::Implementation::PaintShape(const Source& source, const Band
         }
     }
     if (!some) return PaintResult::NothingToPaint;
-    levels_.back().painted = true;
+    NotePainted(mask && !paint.outsideMask ? inside : box);
     return PaintResult::Painted;
+}
+
+void Painter::Implementation::NotePainted(const Rectangle& box) {
+    Rectangle& painted = levels_.back().painted;
+    painted = IsEmpty(painted) ? box : BoundingBox(std::array{painted, box});
 }
 
 /// Adds what can be seen of a shape in a box to the ranges. @param shape null for all of the box.
@@ -217,8 +222,22 @@ bool Painter::Implementation::Blend(const std::shared_ptr<IQorImage>& source, co
     return blender_->Blend(source, coverage_, offset, mask, maskTransfer, maskOffset, alpha, mode, painted_);
 }
 
+/// Cuts ranges to what of a source is not clear, where a clear pixel changes nothing: outside groups, in every mode. In
+/// a group it may round a pixel's colour anew.
+/// @return false, with the ranges as they were, if nothing would be left.
+bool Painter::Implementation::LeaveOutClear(const Source& source) {
+    if (source.content == nullptr || levels_.back().image) return true;
+    std::vector<Rectangle>& ranges = ranges_->ranges;
+    const auto isClear = [&](const Rectangle& r) { return IsEmpty(Intersection(r, *source.content)); };
+    if (std::ranges::all_of(ranges, isClear)) return false;
+    std::erase_if(ranges, isClear);
+    for (Rectangle& r : ranges) r = Intersection(r, *source.content);
+    return true;
+}
+
 /// Without a mask a range is a place in the target, also where a group notes it.
 bool Painter::Implementation::BlendUnmasked(const Source& source, const Paint& paint) {
+    if (!LeaveOutClear(source)) return true;
     const Level& level = levels_.back();
     const Point<int, 2> offset = Difference(level.origin, source.at);
     for (Rectangle& r : ranges_->ranges) r = Moved(r, level.origin);
@@ -236,6 +255,7 @@ bool Painter::Implementation::BlendInside(const Source& source, const Rectangle&
     // for the runs of pixels that it paints.
     const bool copies = source.hasAlpha && source.alpha == 255 && paint.mode == BlendMode::Normal;
     if (!IsStencil(paint, mask) || !(levels_.back().image || copies)) {
+        if (!LeaveOutClear(source)) return true;
         const bool whole = CountsFromSource(source, box, mask.PlaceAt(paint.maskAt));
         return whole ? BlendMasked(source, paint) : BlendMaskedParts(source, box, paint);
     }

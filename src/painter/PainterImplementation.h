@@ -25,7 +25,9 @@ public:
 
     void SetClip(const std::vector<Rectangle>& rectangles);
     void ClearClip() { clip_ = nullptr; }
-    PaintResult Draw(const std::shared_ptr<IQorImage>& picture, const Point<int, 2>& at, const Paint& paint);
+    /// @param content null, or a rectangle of the page around which the picture is clear.
+    PaintResult Draw(const std::shared_ptr<IQorImage>& picture, const Point<int, 2>& at, const Paint& paint,
+                     const Rectangle* content = nullptr);
     PaintResult Fill(std::span<const Rectangle> rectangles, const Color& color, const Paint& paint);
     PaintResult BeginGroup(const Rectangle& bounds, const GroupKind& kind);
     PaintResult EndGroup(const Paint& paint);
@@ -47,7 +49,7 @@ private:
         bool ownsImage = false;            ///< not the one below it: a group is open in the blender
         bool copiedBack = false;           ///< the image takes the page's place at the end
         bool keepsBackdrop = false;        ///< nothing will be taken out of what is painted on
-        bool painted = false;              ///< something was
+        Rectangle painted{};               ///< around what was painted, on the page; empty if nothing was
         std::shared_ptr<const Clip> clip;  ///< that held before the group
     };
 
@@ -56,7 +58,8 @@ private:
         const std::shared_ptr<IQorImage>& image;
         Point<int, 2> at;  ///< its top left corner on the page
         bool hasAlpha;
-        unsigned char alpha;  ///< constant alpha
+        unsigned char alpha;                 ///< constant alpha
+        const Rectangle* content = nullptr;  ///< on the page, around it the image is clear; null if that is not known
     };
 
     [[nodiscard]] PaintResult CheckPage() const;
@@ -68,10 +71,12 @@ private:
     PaintResult Replace(const Rectangle& box, const Color& color);
     PaintResult PaintShape(const Source& source, const Bands* shape, const Rectangle& box, const Paint& paint,
                            const std::optional<ImageFacts>& mask);
+    void NotePainted(const Rectangle& box);
     void AddVisible(const Bands* shape, const Rectangle& box);
     bool Blend(const std::shared_ptr<IQorImage>& source, const Point<int, 2>& offset,
                const std::shared_ptr<IQorImage>& mask, const std::shared_ptr<IPDFTransferFunction>& maskTransfer,
                const Point<int, 2>& maskOffset, unsigned char alpha, BlendMode mode);
+    bool LeaveOutClear(const Source& source);
     bool BlendUnmasked(const Source& source, const Paint& paint);
     bool BlendInside(const Source& source, const Rectangle& box, const Paint& paint, const ImageFacts& mask);
     [[nodiscard]] bool CountsFromSource(const Source& source, const Rectangle& box, const Rectangle& mask) const;
@@ -81,6 +86,7 @@ private:
     [[nodiscard]] const Level* StartOf(const GroupKind& kind) const;
     [[nodiscard]] bool PageIsCopiedExactly() const;
     [[nodiscard]] ImageView PagePart(const Rectangle& r) const;
+    std::shared_ptr<IQorImage> TakeImage(const Rectangle& bounds);
     void CopyContent(const Level& from, const Level& group) const;
     void OpenInBlender(const Level& group);
     PaintResult CopyBack(const Level& group);
@@ -90,6 +96,11 @@ private:
     std::shared_ptr<IPDFImageBlender> blender_;
     std::shared_ptr<const Clip> clip_;  ///< empty for none
     std::vector<Level> levels_;         ///< the page, and above it the open groups
+
+    /// Image of a group that was closed, for the next one of that size: fresh memory costs several times what painting
+    /// on it does. It is clear in all rows but these.
+    std::shared_ptr<IQorImage> spareImage_;
+    Rectangle spareRows_{};
 
     // Kept from call to call for their memory.
     const std::shared_ptr<RangeList> ranges_ = std::make_shared<RangeList>();
