@@ -116,10 +116,11 @@ public:
 
     /// Opens a transparency group. What is painted until its end is painted in it.
     ///
-    /// Whatever the answer, a group is then open and needs its `EndGroup`. It takes twelve bytes for each pixel of
-    /// `bounds` that can be seen, but for a plain group that is neither isolated nor knockout, which takes nothing. In
-    /// a group the opacity of a mask is cut to 8 bits. In a knockout group an element is the pixels where neither its
-    /// picture nor its mask is clear, and `maskTransfer` may be asked twice about a pixel.
+    /// Whatever the answer, a group is then open and needs its `EndGroup`. The first call that paints in it takes
+    /// twelve bytes for each pixel of `bounds` that can be seen, which the painter keeps for the next group of that
+    /// size; a plain group that is neither isolated nor knockout takes nothing. In a group the opacity of a mask is cut
+    /// to 8 bits. In a knockout group an element is the pixels where neither its picture nor its mask is clear, and
+    /// `maskTransfer` may be asked twice about a pixel.
     /// @param bounds what the group may paint, anywhere.
     /// @param kind isolated, knockout.
     /// @return `GroupBegun`, or why nothing in the group will be seen.

@@ -50,53 +50,69 @@ bool IsOpaque(const IQorImage& image) {
 
 }  // namespace
 
-/// What a group starts on: the content of the level below or, if that is a knockout group, what that started on, which
-/// lies unchanged below it. @return null for a transparent start.
-const Painter::Implementation::Level* Painter::Implementation::StartOf(const GroupKind& kind) const {
+/// What a group with `depth` levels below it starts on: the content of the level below or, if that is a knockout group,
+/// what that started on, which lies unchanged below it. @return null for a transparent start.
+const Painter::Implementation::Level* Painter::Implementation::StartOf(const GroupKind& kind, std::size_t depth) const {
     if (kind.isolated) return nullptr;
-    auto level = levels_.rbegin();
-    for (; level->kind.knockout; ++level) {
+    const Level* level = &levels_[depth - 1];
+    for (; level->kind.knockout; --level) {
         if (level->kind.isolated) return nullptr;
     }
-    return &*level;
+    return level;
 }
 
 PaintResult Painter::Implementation::BeginGroup(const Rectangle& bounds, const GroupKind& kind) {
-    levels_.reserve(levels_.size() + 1);
     const Level& parent = levels_.back();
-    const Level* const start = StartOf(kind);
+    const Level* const start = StartOf(kind, levels_.size());
+    const bool plainStart = kind.plain && !kind.isolated && !parent.kind.knockout;
     Level group;
     group.kind = kind;
+    group.isThrough = plainStart && !kind.knockout;
+    group.inGroup = parent.inGroup || !group.isThrough;
+    group.copiedBack = plainStart && kind.knockout && !parent.inGroup && PageIsCopiedExactly();
     group.clip = clip_;
     group.bounds = VisibleBox(bounds);
     group.origin = {group.bounds.x0, group.bounds.y0};
     group.refusal = parent.refusal;
     if (group.refusal == PaintResult::Painted && IsEmpty(group.bounds)) group.refusal = PaintResult::NothingToPaint;
-    if (group.refusal == PaintResult::Painted && start != nullptr && !start->image) group.refusal = CheckPage();
-
-    PaintResult result = group.refusal;
-    if (group.refusal == PaintResult::Painted) {
-        const bool plainStart = kind.plain && !kind.isolated && !parent.kind.knockout;
-        if (plainStart && !kind.knockout) {
-            // Its elements composite with what lies below, where its result would come to lie as it is.
-            group.image = parent.image;
-            group.origin = parent.origin;
-            group.keepsBackdrop = parent.keepsBackdrop;
-        } else {
-            group.copiedBack = plainStart && !parent.image && PageIsCopiedExactly();
-            group.image = TakeImage(group.bounds);
-            group.ownsImage = true;
-            if (start != nullptr) CopyContent(*start, group);
-            // C + k (result - C) = (1 - k) C + k result, where C is what lies below and k how opaque the group is. In a
-            // group that is resolved, C must not be painted: it would count as an element.
-            const bool mayPaintBelow = kind.normal && !parent.kind.knockout && parent.keepsBackdrop;
-            group.keepsBackdrop = kind.isolated || group.copiedBack || (mayPaintBelow && IsOpaque(*group.image));
-            OpenInBlender(group);
-        }
-        result = PaintResult::GroupBegun;
-    }
+    if (group.refusal == PaintResult::Painted && start != nullptr && !start->inGroup) group.refusal = CheckPage();
+    const PaintResult refusal = group.refusal;
     levels_.push_back(std::move(group));
-    return result;
+    return refusal == PaintResult::Painted ? PaintResult::GroupBegun : refusal;
+}
+
+/// Opens the groups that are painted in: many are not, and then cost nothing.
+/// @return false if what one starts on has no pixels.
+bool Painter::Implementation::OpenGroups() {
+    if (levels_.back().isOpen) return true;
+    for (std::size_t depth = 1; depth < levels_.size(); ++depth) {
+        if (!levels_[depth].isOpen && !Open(depth)) return false;
+    }
+    return true;
+}
+
+bool Painter::Implementation::Open(std::size_t depth) {
+    const Level& parent = levels_[depth - 1];
+    Level group = levels_[depth];
+    if (group.isThrough) {
+        // Its elements composite with what lies below, where its result would come to lie as it is.
+        group.image = parent.image;
+        group.origin = parent.origin;
+        group.keepsBackdrop = parent.keepsBackdrop;
+    } else {
+        const Level* const start = StartOf(group.kind, depth);
+        if (start != nullptr && !start->image && CheckPage() != PaintResult::Painted) return false;
+        group.image = TakeImage(group.bounds);
+        if (start != nullptr) CopyContent(*start, group);
+        // C + k (result - C) = (1 - k) C + k result, where C is what lies below and k how opaque the group is. In a
+        // group that is resolved, C must not be painted: it would count as an element.
+        const bool mayPaintBelow = group.kind.normal && !parent.kind.knockout && parent.keepsBackdrop;
+        group.keepsBackdrop = group.kind.isolated || group.copiedBack || (mayPaintBelow && IsOpaque(*group.image));
+        OpenInBlender(group);
+    }
+    group.isOpen = true;
+    levels_[depth] = std::move(group);
+    return true;
 }
 
 /// A clear image for a group.
@@ -141,8 +157,9 @@ void Painter::Implementation::OpenInBlender(const Level& group) {
     // is joined to it, so that every pixel is resolved once.
     const Rectangle whole = WholeOf(*group.image);
     try {
-        ranges_->ranges = {{0, 0, 0, whole.y1}, {0, 0, whole.x1, 0}};
-        Blend(group.image, {0, 0}, nullptr, nullptr, {0, 0}, 255, BlendMode::Normal);
+        const auto empty = std::make_shared<RangeList>();
+        empty->ranges = {{0, 0, 0, whole.y1}, {0, 0, whole.x1, 0}};
+        blender_->Blend(group.image, empty, {0, 0}, nullptr, nullptr, {0, 0}, 255, BlendMode::Normal, painted_);
     } catch (...) {
         blender_->EndGroup();
         throw;
@@ -154,12 +171,13 @@ PaintResult Painter::Implementation::EndGroup(const Paint& paint) {
     const Level group = std::move(levels_.back());
     levels_.pop_back();
     clip_ = group.clip;
-    if (group.ownsImage) blender_->EndGroup();
+    const bool ownsImage = group.isOpen && !group.isThrough;
+    if (ownsImage) blender_->EndGroup();
     if (group.refusal != PaintResult::Painted) return group.refusal;
 
     PaintResult result = PaintResult::NothingToPaint;
     const bool some = !IsEmpty(group.painted);
-    if (some && !group.ownsImage) {
+    if (some && group.isThrough) {
         NotePainted(group.painted);
         result = PaintResult::Painted;
     } else if (some && group.copiedBack) {
@@ -171,7 +189,7 @@ PaintResult Painter::Implementation::EndGroup(const Paint& paint) {
         const bool isClearAround = group.kind.isolated || !group.keepsBackdrop;
         result = Draw(group.image, group.origin, asPromised, isClearAround ? &group.painted : nullptr);
     }
-    if (group.ownsImage) {
+    if (ownsImage) {
         spareImage_ = group.image;
         spareRows_ = group.kind.isolated ? Moved(group.painted, group.origin) : WholeOf(*group.image);
     }

@@ -67,6 +67,7 @@ Painter::Implementation::Implementation(std::shared_ptr<IQorImage> page, std::sh
     level.bounds = page_ ? RectangleAt({0, 0}, page_->GetWidth(), page_->GetHeight()) : bounds;
     level.refusal = CheckPage();
     level.keepsBackdrop = true;
+    level.isOpen = true;
 }
 
 void Painter::Implementation::SetClip(const std::vector<Rectangle>& rectangles) {
@@ -129,7 +130,7 @@ PaintResult Painter::Implementation::Fill(std::span<const Rectangle> rectangles,
     }
     const Rectangle box = VisibleBox(BoundingBox(shape_));
     const auto alpha = static_cast<unsigned char>(paint.alpha * color.GetAlpha() / 255);
-    if (alpha == 255 && !mask && paint.mode == BlendMode::Normal && !levels_.back().image && page_) {
+    if (alpha == 255 && !mask && paint.mode == BlendMode::Normal && !levels_.back().inGroup && page_) {
         return Replace(box, color);
     }
     PaintResult result = PaintResult::NothingToPaint;
@@ -176,7 +177,7 @@ PaintResult Painter::Implementation::PaintShape(const Source& source, const Band
         ranges_->ranges.clear();
         if (!IsEmpty(inside)) AddVisible(shape, inside);
         if (!ranges_->ranges.empty()) {
-            if (!BlendInside(source, inside, paint, *mask)) return PaintResult::NoPixels;
+            if (!OpenGroups() || !BlendInside(source, inside, paint, *mask)) return PaintResult::NoPixels;
             some = !ranges_->ranges.empty();
         }
     }
@@ -186,7 +187,7 @@ PaintResult Painter::Implementation::PaintShape(const Source& source, const Band
             if (!IsEmpty(part)) AddVisible(shape, part);
         }
         if (!ranges_->ranges.empty()) {
-            if (!BlendUnmasked(source, paint)) return PaintResult::NoPixels;
+            if (!OpenGroups() || !BlendUnmasked(source, paint)) return PaintResult::NoPixels;
             some = some || !ranges_->ranges.empty();
         }
     }

@@ -41,12 +41,14 @@ private:
 
     /// The page, or an open group.
     struct Level {
-        std::shared_ptr<IQorImage> image;            ///< what is painted on; empty for the page
-        Point<int, 2> origin{0, 0};                  ///< where pixel (0, 0) of what is painted on lies on the page
-        Rectangle bounds{};                          ///< what can be painted, on the page
+        std::shared_ptr<IQorImage> image;  ///< what is painted on; empty for the page, and before a group is open
+        Point<int, 2> origin{0, 0};        ///< where pixel (0, 0) of what is painted on lies on the page
+        Rectangle bounds{};                ///< what can be painted, on the page
         PaintResult refusal = PaintResult::Painted;  ///< why nothing can be, if so
         GroupKind kind;
-        bool ownsImage = false;            ///< not the one below it: a group is open in the blender
+        bool inGroup = false;              ///< what is painted on is an image of a group
+        bool isThrough = false;            ///< what is painted on is the level's below
+        bool isOpen = false;               ///< that is known; of a group with an image, it is open in the blender
         bool copiedBack = false;           ///< the image takes the page's place at the end
         bool keepsBackdrop = false;        ///< nothing will be taken out of what is painted on
         Rectangle painted{};               ///< around what was painted, on the page; empty if nothing was
@@ -65,7 +67,7 @@ private:
     [[nodiscard]] PaintResult CheckPage() const;
     [[nodiscard]] PaintResult CheckPaint(const Paint& paint, const std::optional<ImageFacts>& mask) const;
     [[nodiscard]] PaintResult CheckPicture(const std::optional<ImageFacts>& picture) const;
-    [[nodiscard]] bool OnSurface() const { return surface_ != nullptr && !levels_.back().image; }
+    [[nodiscard]] bool OnSurface() const { return surface_ != nullptr && !levels_.back().inGroup; }
     [[nodiscard]] Rectangle VisibleBox(const Rectangle& rectangle) const;
 
     PaintResult Replace(const Rectangle& box, const Color& color);
@@ -83,7 +85,9 @@ private:
     bool BlendMasked(const Source& source, const Paint& paint);
     bool BlendMaskedParts(const Source& source, const Rectangle& box, const Paint& paint);
 
-    [[nodiscard]] const Level* StartOf(const GroupKind& kind) const;
+    [[nodiscard]] const Level* StartOf(const GroupKind& kind, std::size_t depth) const;
+    bool OpenGroups();
+    bool Open(std::size_t depth);
     [[nodiscard]] bool PageIsCopiedExactly() const;
     [[nodiscard]] ImageView PagePart(const Rectangle& r) const;
     std::shared_ptr<IQorImage> TakeImage(const Rectangle& bounds);
