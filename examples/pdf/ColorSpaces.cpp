@@ -10,7 +10,10 @@ namespace pdf {
 
 namespace {
 
+using Numbers = std::span<const double>;
+
 constexpr int kDeepest = 8;  // spaces on spaces
+constexpr std::size_t kMostComponents = 32;
 constexpr unsigned int kClear = 0;
 
 vantu::Color Opaque(double red, double green, double blue) {
@@ -20,7 +23,7 @@ vantu::Color Opaque(double red, double green, double blue) {
 
 // CIE 1976 L*a*b* with the white point as the white of the screen.
 // M = (L + 16) / 116, L = M + a / 500, N = M - b / 200; X, Y, Z = g(L), g(M), g(N) in parts of the white
-vantu::Color LabToColor(std::span<const double> c) {
+vantu::Color LabToColor(Numbers c) {
     const auto g = [](double x) { return x >= 6.0 / 29 ? x * x * x : 108.0 / 841 * (x - 4.0 / 29); };
     const double m = (c[0] + 16) / 116;
     const double x = 0.9505 * g(m + c[1] / 500);
@@ -31,7 +34,9 @@ vantu::Color LabToColor(std::span<const double> c) {
                   gamma(0.0557 * x - 0.2040 * y + 1.0570 * z));
 }
 
-}  // namespace
+ColorSpace::Pointer Make(const ColorSpace& space) {
+    return std::make_shared<ColorSpace>(space);
+}
 
 // Reads spaces that may stand on other ones; null for what is damaged or unknown.
 class ColorSpaceReader {
@@ -68,14 +73,12 @@ private:
     static ColorSpace::Pointer ReadLab(QPDFObjectHandle dictionary) {
         Intervals range = ToIntervals(Entry(dictionary, "/Range"));
         if (range.size() != 2) range = {{-100, 100}, {-100, 100}};
-        auto space = std::make_shared<ColorSpace>(std::vector<double>(3), LabToColor);
-        space->decode_ = {{0, 100}, range[0], range[1]};
-        return space;
+        return Make({{0, 0, 0}, LabToColor, {{0, 100}, range[0], range[1]}});
     }
     ColorSpace::Pointer ReadIndexed(QPDFObjectHandle array) {
         const ColorSpace::Pointer base = Read(Item(array, 1));
         const int highest = std::min(ToInteger(Item(array, 2), -1), 255);
-        if (!base || base->IsPattern() || highest < 0) return nullptr;
+        if (!base || base->isPattern || highest < 0) return nullptr;
         QPDFObjectHandle table = Item(array, 3);
         std::string bytes = table.isString() ? table.getStringValue() : ToBytes(table);
         std::vector<vantu::Color> palette(static_cast<std::size_t>(highest) + 1);
@@ -89,63 +92,57 @@ private:
             }
             palette[i] = base->ToColor(components);
         }
-        auto space = std::make_shared<ColorSpace>(std::vector<double>(1), [palette](std::span<const double> c) {
+        const auto convert = [palette](Numbers c) {
             const double last = static_cast<double>(palette.size() - 1);
             return palette[static_cast<std::size_t>(std::max(0.0, std::min(last, c[0])))];
-        });
-        space->isIndexed_ = true;
-        return space;
+        };
+        return Make({.initial = {0}, .convert = convert, .isIndexed = true});
     }
     // Separation and DeviceN: a function makes the colour of another space from the tints.
     ColorSpace::Pointer ReadTints(QPDFObjectHandle array) {
         const QPDFObjectHandle second = Item(array, 1);
         std::vector<QPDFObjectHandle> names = Items(second);
         if (names.empty()) names = {second};
-        if (names.size() > ColorSpace::kMostComponents) return nullptr;
+        if (names.size() > kMostComponents) return nullptr;
         const std::vector<double> initial(names.size(), 1.0);
         if (std::ranges::all_of(names, [](QPDFObjectHandle name) { return ToName(name) == "/None"; }))
-            return std::make_shared<ColorSpace>(initial, [](std::span<const double>) { return vantu::Color(kClear); });
+            return Make({initial, [](Numbers) { return vantu::Color(kClear); }});
         const ColorSpace::Pointer alternate = Read(Item(array, 2));
         const Function function = ParseFunction(Item(array, 3));
-        if (!alternate || alternate->IsPattern() || !function) return nullptr;
-        return std::make_shared<ColorSpace>(
-            initial, [alternate, function](std::span<const double> c) { return alternate->ToColor(function(c)); });
+        if (!alternate || alternate->isPattern || !function) return nullptr;
+        return Make({initial, [=](Numbers c) { return alternate->ToColor(function(c)); }});
     }
     static ColorSpace::Pointer MakePattern(const ColorSpace::Pointer& underlying) {
-        auto space = std::make_shared<ColorSpace>(
-            underlying ? underlying->Initial() : std::vector<double>(),
-            [underlying](std::span<const double> c) { return underlying ? underlying->ToColor(c) : vantu::Color(); });
-        space->isPattern_ = true;
-        space->underlying_ = underlying;
-        return space;
+        ColorSpace space = underlying ? *underlying : ColorSpace{{}, [](Numbers) { return vantu::Color(); }};
+        space.isPattern = true;
+        space.underlying = underlying;
+        return Make(space);
     }
 
     QPDFObjectHandle named_;
     int left_ = kDeepest;
 };
 
+}  // namespace
+
 vantu::Color ColorSpace::ToColor(std::span<const double> components) const {
-    if (components.size() >= Components()) return toColor_(components.first(Components()));
-    std::array<double, kMostComponents> all{};
-    std::ranges::copy(components, all.begin());
-    return toColor_({all.data(), Components()});
+    if (components.size() >= Components()) return convert(components.first(Components()));
+    std::vector<double> all(components.begin(), components.end());
+    all.resize(Components());
+    return convert(all);
 }
 
 Interval ColorSpace::DefaultDecode(std::size_t component, unsigned int bits) const {
-    if (isIndexed_) return {0, std::exp2(bits) - 1};
-    return decode_.empty() ? Interval() : decode_[component];
+    if (isIndexed) return {0, std::exp2(bits) - 1};
+    return decode.empty() ? Interval() : decode[component];
 }
 
 ColorSpace::Pointer ColorSpace::Device(std::size_t components) {
-    using Span = std::span<const double>;
-    static const auto gray =
-        std::make_shared<ColorSpace>(std::vector{0.0}, [](Span c) { return Opaque(c[0], c[0], c[0]); });
-    static const auto rgb =
-        std::make_shared<ColorSpace>(std::vector(3, 0.0), [](Span c) { return Opaque(c[0], c[1], c[2]); });
+    static const auto gray = Make({{0}, [](Numbers c) { return Opaque(c[0], c[0], c[0]); }});
+    static const auto rgb = Make({{0, 0, 0}, [](Numbers c) { return Opaque(c[0], c[1], c[2]); }});
     // red = 1 - min(1, cyan + black), and so on
-    static const auto cmyk = std::make_shared<ColorSpace>(std::vector{0.0, 0.0, 0.0, 1.0}, [](Span c) {
-        return Opaque(1 - c[0] - c[3], 1 - c[1] - c[3], 1 - c[2] - c[3]);
-    });
+    static const auto cmyk =
+        Make({{0, 0, 0, 1}, [](Numbers c) { return Opaque(1 - c[0] - c[3], 1 - c[1] - c[3], 1 - c[2] - c[3]); }});
     return components == 1 ? gray : components == 3 ? rgb : components == 4 ? cmyk : nullptr;
 }
 

@@ -18,12 +18,8 @@ namespace pdf {
 //
 // Colours are as a screen shows them: calibrated and ICC spaces count as the device space of as many components, and
 // CMYK is turned into RGB by the simple formula.
-class ColorSpace {
-public:
+struct ColorSpace {
     using Pointer = std::shared_ptr<const ColorSpace>;
-    using Converter = std::function<vantu::Color(std::span<const double>)>;
-
-    static constexpr std::size_t kMostComponents = 32;
 
     // @param object a name, or an array that begins with one.
     // @param resources of the content that uses it; its entry ColorSpace gives names a meaning.
@@ -33,12 +29,8 @@ public:
     // DeviceGray, DeviceRGB or DeviceCMYK for 1, 3 or 4 components, else null.
     [[nodiscard]] static Pointer Device(std::size_t components);
 
-    // @param initial what a page starts from, a component each. @param toColor is given as many.
-    ColorSpace(std::vector<double> initial, Converter toColor) : initial_(std::move(initial)), toColor_(toColor) {}
-
-    // 0 to kMostComponents; 0 only for a pattern space.
-    [[nodiscard]] std::size_t Components() const { return initial_.size(); }
-    [[nodiscard]] const std::vector<double>& Initial() const { return initial_; }
+    // 0 to 32; 0 only for a pattern space.
+    [[nodiscard]] std::size_t Components() const { return initial.size(); }
 
     // The colour of some components; those that are missing count as 0, those out of range as the nearest. It is
     // opaque, or clear in a space that paints nothing.
@@ -47,19 +39,12 @@ public:
     // What samples of a picture of so many bits are spread over if it does not say.
     [[nodiscard]] Interval DefaultDecode(std::size_t component, unsigned int bits) const;
 
-    // Whether colours are patterns; then Underlying() tells the space that uncoloured ones are painted in, or null.
-    [[nodiscard]] bool IsPattern() const { return isPattern_; }
-    [[nodiscard]] Pointer Underlying() const { return underlying_; }
-
-private:
-    friend class ColorSpaceReader;
-
-    std::vector<double> initial_;
-    Converter toColor_;
-    Intervals decode_;  // none if all are from 0 to 1
-    bool isIndexed_ = false;
-    bool isPattern_ = false;
-    Pointer underlying_;
+    std::vector<double> initial;                                   // what a page starts from, a component each
+    std::function<vantu::Color(std::span<const double>)> convert;  // as many components
+    Intervals decode = {};                                         // none if all are from 0 to 1
+    bool isIndexed = false;
+    bool isPattern = false;   // whether colours are patterns
+    Pointer underlying = {};  // that uncoloured patterns are painted in, or null
 };
 
 }  // namespace pdf

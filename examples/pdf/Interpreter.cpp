@@ -214,7 +214,7 @@ void Interpreter::SetSpace(Ink& ink, QPDFObjectHandle space) {
     ColorSpace::Pointer& known = spaces_[ToName(space)];
     if (!known) known = ColorSpace::Parse(space, resources_, page_.notes);
     ink.space = known;
-    ink.components = ink.space->Initial();
+    ink.components = ink.space->initial;
     ink.pattern = QPDFObjectHandle::newNull();
 }
 

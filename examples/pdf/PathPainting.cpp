@@ -39,8 +39,8 @@ void Interpreter::PaintOutline(const Path& path, const Matrix& toDevice, bool fi
 void Interpreter::PaintShape(const Mask& shape, const Ink& ink) {
     const Mask mask = Clipped(shape);
     if (IsEmpty(mask.box)) return;
-    Spend(mask.box, ink.space->IsPattern() ? kTimesForPicture : 1);
-    if (!ink.space->IsPattern()) {
+    Spend(mask.box, ink.space->isPattern ? kTimesForPicture : 1);
+    if (!ink.space->isPattern) {
         canvas_.Fill(ink.space->ToColor(ink.components), mask, PlacingOf(ink));
     } else if (ToInteger(Entry(ink.pattern, "/PatternType"), 0) == 1) {
         PaintTiles(mask, ink);

@@ -55,8 +55,7 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const bool colorless = ToInteger(Entry(ink.pattern, "/PaintType"), 1) == 2;
     const auto paintTiles = [&](Canvas& canvas, const Box& numbers, const Matrix& matrix, const Pixels& visible) {
         GraphicsState state{{}, {visible, nullptr}};
-        if (colorless && ink.space->Underlying())
-            state.fill = state.stroke = Ink{ink.space->Underlying(), ink.components};
+        if (colorless && ink.space->underlying) state.fill = state.stroke = Ink{ink.space->underlying, ink.components};
         Interpreter tile(page_, canvas, resources_, state, colorless);
         for (double row = numbers.y0; row < numbers.y1; ++row) {
             for (double column = numbers.x0; column < numbers.x1; ++column) {

@@ -200,7 +200,7 @@ TEST(ColorSpace, GivesTheWorkedFigures) {
         Notes notes;
         const auto space = ColorSpace::Parse(Object(object), resources, notes);
         EXPECT_TRUE(notes.Counts().empty());
-        EXPECT_EQ(space->Initial(), initial);
+        EXPECT_EQ(space->initial, initial);
         const vantu::Color shown = space->ToColor(components);
         EXPECT_NEAR(shown.GetRed(), color >> 16, 1);
         EXPECT_NEAR(shown.GetGreen(), color >> 8 & 255, 1);
