@@ -72,7 +72,7 @@ class MaskStagesOn : public testing::TestWithParam<VectorTarget> {};
 TEST_P(MaskStagesOn, MixOpaqueRowsAsTheStepsDo) {
     std::mt19937 random(9);
     for (std::size_t round = 0; round < 4000; ++round) {
-        const std::size_t width = 1 + (round % 8 == 0 ? random() % 300 : random() % 70), height = 1 + random() % 4;
+        const std::size_t width = 1 + (round % 8 == 0 ? random() % 300 : random() % 70), height = 1 + random() % 7;
         const bool byBits = random() % 2 != 0;
         Scene scene(width, height, random);
         // Runs of alphas 0 and 255, others in between; sometimes a pixel that is not opaque.

@@ -18,14 +18,19 @@
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
-/// Alphas of 64 pixels, 0 behind the last pixel of a row, and which pixels they leave or replace: a bit for each, the
-/// first pixel's lowest. The bits need not tell of all such pixels.
+/// Alphas of 64 pixels: of a part of a row, or of several rows that are so narrow that each fits a vector.
 struct PieceAlphas {
     static constexpr std::size_t kPixels = 64;
+    static constexpr std::size_t kNarrow = HWY_MAX_BYTES / kPackedBytes;  ///< pixels from one narrow row to the next
+    static constexpr std::size_t kNarrowRows = kPixels / kNarrow;
 
     alignas(kPixels) unsigned char alphas[kPixels];
+    /// Of a part of a row, which pixels they leave or replace: a bit for each, the first pixel's lowest. The bits need
+    /// not tell of all such pixels.
+    /// @{
     std::uint64_t clear;  ///< alpha 0
     std::uint64_t full;   ///< alpha 255
+    /// @}
 };
 
 #if IMAGEOP_HAS_BYTE_TABLES
@@ -42,15 +47,31 @@ public:
     /// Stores the bytes of `count` keys, at most 64, and zeros behind them up to 64.
     HWY_INLINE void Read(const unsigned char* keys, std::size_t count, unsigned char* bytes) const {
         const auto present = hn::FirstN(kBytes, count);
-        const Bytes key = hn::MaskedLoad(present, kBytes, keys);
+        hn::StoreU(hn::IfThenElseZero(present, Of(hn::MaskedLoad(present, kBytes, keys))), kBytes, bytes);
+    }
+
+    /// Stores the bytes of `width` keys of each of some narrow rows. What lies behind those is of no use.
+    HWY_INLINE void ReadRows(const PixelRows<const unsigned char>& keys, std::size_t width,
+                             unsigned char* bytes) const {
+        const hn::Half<TagBytes> half;
+        const hn::Half<decltype(half)> quarter;
+        const auto present = hn::FirstN(quarter, width);
+        const auto row = [&](std::size_t i) HWY_ATTR {
+            return hn::MaskedLoad(present, quarter, keys.Row(std::min(i, keys.count - 1)));
+        };
+        const auto low = hn::Combine(half, row(1), row(0)), high = hn::Combine(half, row(3), row(2));
+        hn::StoreU(Of(hn::Combine(kBytes, high, low)), kBytes, bytes);
+    }
+
+private:
+    HWY_INLINE Bytes Of(Bytes key) const {
         const auto odd = hn::TestBit(key, hn::Set(kBytes, 64));
         const auto upper = hn::TestBit(key, hn::Set(kBytes, 128));
         const Bytes below = hn::IfThenElse(odd, LookUp64(second_, key), LookUp64(first_, key));
         const Bytes above = hn::IfThenElse(odd, LookUp64(fourth_, key), LookUp64(third_, key));
-        hn::StoreU(hn::IfThenElseZero(present, hn::IfThenElse(upper, above, below)), kBytes, bytes);
+        return hn::IfThenElse(upper, above, below);
     }
 
-private:
     Bytes first_, second_, third_, fourth_;
 };
 
@@ -71,6 +92,13 @@ public:
         }
     }
 
+    /// Stores the bytes of `width` keys of each of some narrow rows.
+    void ReadRows(const PixelRows<const unsigned char>& keys, std::size_t width, unsigned char* bytes) const {
+        for (std::size_t row = 0; row < keys.count; ++row, bytes += PieceAlphas::kNarrow) {
+            for (std::size_t i = 0; i < width; ++i) bytes[i] = table_[keys.Row(row)[i]];
+        }
+    }
+
 private:
     const ByteTable& table_;
 };
@@ -82,6 +110,7 @@ class KeyAlphas {
 public:
     explicit HWY_INLINE KeyAlphas(const ByteTable& table) : lookUp_(table) {}
 
+    /// Those of `count` pixels of a row from x on; zeros behind them.
     HWY_INLINE void Read(const unsigned char* row, std::size_t x, std::size_t count, PieceAlphas& piece) const {
         lookUp_.Read(row + x, count, piece.alphas);
 #if IMAGEOP_HAS_BYTE_TABLES
@@ -93,10 +122,16 @@ public:
         for (std::size_t i = 0; i < PieceAlphas::kPixels; i += 8) {
             std::uint64_t eight = 0;
             std::memcpy(&eight, piece.alphas + i, sizeof eight);
-            if (eight == 0) piece.clear |= std::uint64_t{255} << i;
-            if (~eight == 0) piece.full |= std::uint64_t{255} << i;
+            // No branches: compilers may follow them up to each set of bits and there write all that comes behind.
+            piece.clear |= std::uint64_t{eight == 0} * 255 << i;
+            piece.full |= std::uint64_t{~eight == 0} * 255 << i;
         }
 #endif
+    }
+
+    /// Those of `width` pixels of each of some narrow rows.
+    HWY_INLINE void ReadRows(const PixelRows<const unsigned char>& rows, std::size_t width, PieceAlphas& piece) const {
+        lookUp_.ReadRows(rows, width, piece.alphas);
     }
 
 private:
@@ -108,22 +143,40 @@ class BitAlphas {
 public:
     BitAlphas(std::size_t first, std::uint32_t alpha) : first_(first), alpha_(static_cast<unsigned char>(alpha)) {}
 
+    /// Those of `count` pixels of a row from x on; zeros behind them.
     HWY_INLINE void Read(const unsigned char* row, std::size_t x, std::size_t count, PieceAlphas& piece) const {
-        const std::uint64_t painted = ~BitsFrom(row, first_ + x, count);
-        const std::uint64_t present = ~std::uint64_t{0} >> (64 - count);
-        piece.clear = ~(painted & present);
-        piece.full = alpha_ == 255 ? painted & present : 0;
+        const std::uint64_t painted = PaintedFrom(row, first_ + x, count);
+        piece.clear = ~painted;
+        piece.full = alpha_ == 255 ? painted : 0;
+        Spread(painted, piece);
+    }
+
+    /// Those of `width` pixels of each of some narrow rows.
+    HWY_INLINE void ReadRows(const PixelRows<const unsigned char>& rows, std::size_t width, PieceAlphas& piece) const {
+        std::uint64_t painted = 0;
+        for (std::size_t row = rows.count; row-- > 0;) {
+            painted = painted << PieceAlphas::kNarrow | PaintedFrom(rows.Row(row), first_, width);
+        }
+        Spread(painted, piece);
+    }
+
+private:
+    /// Gives the alpha to pixels whose bits are set.
+    HWY_INLINE void Spread(std::uint64_t painted, PieceAlphas& piece) const {
         const hn::CappedTag<std::uint8_t, PieceAlphas::kPixels> bytes;
-        const std::uint64_t bits = ~piece.clear;
-        unsigned char memory[sizeof bits];
-        std::memcpy(memory, &bits, sizeof bits);
+        unsigned char memory[sizeof painted];
+        std::memcpy(memory, &painted, sizeof painted);
         for (std::size_t i = 0; i < PieceAlphas::kPixels; i += hn::Lanes(bytes)) {
             const auto mask = hn::LoadMaskBits(bytes, memory + i / 8);
             hn::Store(hn::IfThenElseZero(mask, hn::Set(bytes, alpha_)), bytes, piece.alphas + i);
         }
     }
 
-private:
+    /// Which of `count` pixels of a row are painted: a bit for each, the first pixel's lowest.
+    static HWY_INLINE std::uint64_t PaintedFrom(const unsigned char* row, std::size_t first, std::size_t count) {
+        return ~BitsFrom(row, first, count) & ~std::uint64_t{0} >> (64 - count);
+    }
+
     /// `count` bits, the first one lowest; what lies above them is of no use.
     static HWY_INLINE std::uint64_t BitsFrom(const unsigned char* row, std::size_t first, std::size_t count) {
         const unsigned char* const bytes = row + first / 8;

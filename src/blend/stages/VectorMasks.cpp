@@ -21,52 +21,58 @@ HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 namespace {
 
-// The first pixels of a vector, fewer than it has, and back.
+/// The first pixels of a vector, or all.
+class FirstPixels {
+public:
+    explicit HWY_INLINE FirstPixels(std::size_t count) : count_(count), present_(hn::FirstN(kPixels, count)) {}
 
+    /// With zeros behind them.
+    HWY_INLINE Pixels Load(const unsigned char* packed) const {
 #if HWY_MAX_BYTES == 64
-
-HWY_INLINE Pixels LoadFirst(const unsigned char* packed, std::size_t count) {
-    return hn::MaskedLoad(hn::FirstN(kPixels, count), kPixels, reinterpret_cast<const std::uint32_t*>(packed));
-}
-HWY_INLINE void StoreFirst(Pixels v, unsigned char* packed, std::size_t count) {
-    hn::BlendedStore(v, hn::FirstN(kPixels, count), kPixels, reinterpret_cast<std::uint32_t*>(packed));
-}
-
+        return hn::MaskedLoad(present_, kPixels, reinterpret_cast<const std::uint32_t*>(packed));
 #else
-
-HWY_INLINE Pixels LoadFirst(const unsigned char* packed, std::size_t count) {
-    unsigned char buffer[HWY_MAX_BYTES] = {};
-    std::memcpy(buffer, packed, count * kPackedBytes);
-    return LoadPixels(buffer);
-}
-HWY_INLINE void StoreFirst(Pixels v, unsigned char* packed, std::size_t count) {
-    unsigned char buffer[HWY_MAX_BYTES];
-    StorePixels(v, buffer);
-    std::memcpy(packed, buffer, count * kPackedBytes);
-}
-
+        unsigned char buffer[HWY_MAX_BYTES] = {};
+        std::memcpy(buffer, packed, count_ * kPackedBytes);
+        return LoadPixels(buffer);
 #endif
+    }
+    HWY_INLINE void Store(Pixels v, unsigned char* packed) const {
+#if HWY_MAX_BYTES == 64
+        hn::BlendedStore(v, present_, kPixels, reinterpret_cast<std::uint32_t*>(packed));
+#else
+        unsigned char buffer[HWY_MAX_BYTES];
+        StorePixels(v, buffer);
+        std::memcpy(packed, buffer, count_ * kPackedBytes);
+#endif
+    }
+    /// Pixels with opaque ones behind the first.
+    HWY_INLINE Pixels OpaqueBehind(Pixels v) const {
+        return hn::Or(v, hn::IfThenZeroElse(present_, hn::Set(kPixels, kPackedAlpha)));
+    }
+
+private:
+    std::size_t count_;
+    PixelMask present_;
+};
 
 /// Whether pixels are opaque, in both images.
-HWY_INLINE bool AllOpaque(const unsigned char* target, const unsigned char* source, std::size_t count) {
+HWY_INLINE bool BothOpaque(const unsigned char* target, const unsigned char* source, std::size_t count) {
     const std::size_t lanes = hn::Lanes(kPixels);
-    const Pixels opaque = hn::Set(kPixels, 0xFF000000);
-    Pixels common = opaque;
-    std::size_t i = 0;
-    for (; i + lanes <= count; i += lanes) {
-        common = hn::And(common, hn::And(LoadPixels(target + i * kPackedBytes), LoadPixels(source + i * kPackedBytes)));
+    Pixels common = hn::Set(kPixels, kPackedAlpha);
+    for (; count >= lanes; count -= lanes) {
+        common = hn::And(common, hn::And(LoadPixels(target), LoadPixels(source)));
+        target += lanes * kPackedBytes;
+        source += lanes * kPackedBytes;
     }
-    if (!hn::AllTrue(kPixels, hn::Eq(common, opaque))) return false;
-    for (; i < count; ++i) {
-        if ((target[i * kPackedBytes + 3] & source[i * kPackedBytes + 3]) != 255) return false;
-    }
-    return true;
+    if (count == 0) return AllOpaque(common);
+    const FirstPixels last(count);
+    return AllOpaque(hn::And(common, last.OpaqueBehind(hn::And(last.Load(target), last.Load(source)))));
 }
 
 /// Mixes the first `count` pixels of a piece, whole vectors. What an alpha of 0 leaves is not touched, and what one of
 /// 255 replaces is not mixed.
 HWY_INLINE void MixVectors(unsigned char* target, const unsigned char* source, std::size_t count,
-                           const PieceAlphas& piece) {
+                           const PieceAlphas& piece, const Mixing& mix) {
     const std::size_t lanes = hn::Lanes(kPixels);
     const std::uint64_t all = (std::uint64_t{1} << lanes) - 1;
     for (std::size_t i = 0; i < count; i += lanes) {
@@ -74,40 +80,64 @@ HWY_INLINE void MixVectors(unsigned char* target, const unsigned char* source, s
         const Pixels s = LoadPixels(source + i * kPackedBytes);
         unsigned char* const pixels = target + i * kPackedBytes;
         const bool replaces = (piece.full >> i & all) == all;
-        StorePixels(replaces ? s : Mixed(s, LoadPixels(pixels), piece.alphas + i), pixels);
+        StorePixels(replaces ? s : mix(s, LoadPixels(pixels), piece.alphas + i), pixels);
     }
 }
 
 /// Mixes the pixels of a row. @return how many, from the first on.
 template <typename Alphas>
 HWY_INLINE std::size_t MixRow(unsigned char* target, const unsigned char* source, const unsigned char* mask,
-                              std::size_t width, const Alphas& alphas) {
+                              std::size_t width, const Alphas& alphas, const Mixing& mix) {
     PieceAlphas piece;
     std::size_t x = 0;
     for (; x + piece.kPixels <= width; x += piece.kPixels) {
-        if (!AllOpaque(target, source, piece.kPixels)) return x;
+        if (!BothOpaque(target, source, piece.kPixels)) return x;
         alphas.Read(mask, x, piece.kPixels, piece);
-        MixVectors(target, source, piece.kPixels, piece);
+        MixVectors(target, source, piece.kPixels, piece, mix);
         target += piece.kPixels * kPackedBytes;
         source += piece.kPixels * kPackedBytes;
     }
     const std::size_t count = width - x;
-    if (count == 0 || !AllOpaque(target, source, count)) return x;
+    if (count == 0 || !BothOpaque(target, source, count)) return x;
     alphas.Read(mask, x, count, piece);
     const std::size_t rest = count % hn::Lanes(kPixels);
     const std::size_t whole = count - rest;
-    MixVectors(target, source, whole, piece);
+    MixVectors(target, source, whole, piece, mix);
     if (rest == 0) return width;
     target += whole * kPackedBytes;
     source += whole * kPackedBytes;
-    StoreFirst(Mixed(LoadFirst(source, rest), LoadFirst(target, rest), piece.alphas + whole), target, rest);
+    const FirstPixels last(rest);
+    last.Store(mix(last.Load(source), last.Load(target), piece.alphas + whole), target);
     return width;
+}
+
+/// Mixes rows that fit a vector. @return how many pixels, row by row.
+template <typename Alphas>
+HWY_INLINE std::size_t MixNarrowRows(MixedRows rows, PixelRows<const unsigned char> mask, const Alphas& alphas,
+                                     const Mixing& mix) {
+    constexpr std::size_t kTogether = PieceAlphas::kNarrowRows;
+    const FirstPixels first(rows.width);
+    const std::size_t height = rows.target.count;
+    PieceAlphas piece;
+    for (std::size_t top = 0; top < height; top += kTogether) {
+        alphas.ReadRows({mask.Row(top), mask.step, std::min(kTogether, height - top)}, rows.width, piece);
+        for (std::size_t i = 0; i < kTogether && top + i < height; ++i) {
+            unsigned char* const target = rows.target.Row(top + i);
+            const Pixels s = first.Load(rows.source.Row(top + i)), t = first.Load(target);
+            if (!AllOpaque(first.OpaqueBehind(hn::And(s, t)))) return (top + i) * rows.width;
+            first.Store(mix(s, t, piece.alphas + i * PieceAlphas::kNarrow), target);
+        }
+    }
+    return height * rows.width;
 }
 
 template <typename Alphas>
 std::size_t MixRows(const MixedRows& rows, const PixelRows<const unsigned char>& mask, const Alphas& alphas) {
+    const Mixing mix;
+    if (rows.width <= PieceAlphas::kNarrow) return MixNarrowRows(rows, mask, alphas, mix);
     for (std::size_t row = 0; row < rows.target.count; ++row) {
-        const std::size_t mixed = MixRow(rows.target.Row(row), rows.source.Row(row), mask.Row(row), rows.width, alphas);
+        const std::size_t mixed =
+            MixRow(rows.target.Row(row), rows.source.Row(row), mask.Row(row), rows.width, alphas, mix);
         if (mixed < rows.width) return row * rows.width + mixed;
     }
     return rows.target.count * rows.width;

@@ -11,30 +11,79 @@
 
 #include "blend/stages/Stages.h"
 #include "blend/stages/VectorDivision-inl.h"
+#include "blend/stages/VectorNative-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
-/// (s*a + t*(255-a)) / 255 of each byte of pixels, with an alpha a pixel. In a high byte floor(n / 255) is
-/// (m + m/256) / 256 with m = n + 1.
-HWY_INLINE Pixels Mixed(Pixels source, Pixels target, const unsigned char* alphas) {
-    const Pixels alpha = hn::PromoteTo(kPixels, hn::LoadU(TagByte(), alphas));
-    const Words low = Constant(0x00FF);
-    const Words high = Constant(0xFF00);
-    const Words s = AsWords(source);
-    const Words t = AsWords(target);
-    const Words a = AsWords(hn::Or(alpha, hn::ShiftLeft<16>(alpha)));
-    const Words rest = hn::Sub(low, a);
-    const Words even = Div255(hn::Add(hn::Mul(hn::And(s, low), a), hn::Mul(hn::And(t, low), rest)));
-    const Words n = hn::Add(hn::Mul(hn::ShiftRight<8>(s), a), hn::Mul(hn::ShiftRight<8>(t), rest));
-    const Words m = hn::Add(n, Constant(1));
-    return AsPixels(hn::OrAnd(even, hn::Add(m, hn::ShiftRight<8>(m)), high));
+#if HWY_ARCH_X86
+
+/// A word in every lane that the compiler does not know: one that it knows it would make again wherever it is used.
+HWY_INLINE Words Kept(unsigned int value) {
+    const volatile auto word = static_cast<std::uint16_t>(value);
+    return hn::Set(kWords, word);
 }
 
+/// Mixes pixels by an alpha a pixel: (s*a + t*(255-a)) / 255 of each byte.
+///
+/// With n = s*a + t*(255-a), (s-128)*a + (t-128)*(255-a) is n - 255*128. Of m = n + 1 floor(n / 255) is 257*m / 65536,
+/// and in a high byte (m + m/256) / 256.
+class Mixing {
+public:
+    HWY_INLINE Mixing()
+        : low_(Kept(0x00FF)),
+          high_(Kept(0xFF00)),
+          signs_(Kept(0x8080)),
+          bias_(Kept(255 * 128 + 1)),
+          factor_(Kept(257)) {}
+
+    HWY_INLINE Pixels operator()(Pixels source, Pixels target, const unsigned char* alphas) const {
+        const Words weights = hn::Xor(InEachByte(hn::PromoteTo(kPixels, hn::LoadU(TagByte(), alphas))), high_);
+        const Words s = hn::Xor(AsWords(source), signs_);
+        const Words t = hn::Xor(AsWords(target), signs_);
+        const Words even = PairSums(weights, hn::OrAnd(hn::ShiftLeft<8>(t), s, low_));
+        const Words odd = PairSums(weights, hn::OrAnd(hn::ShiftRight<8>(s), t, high_));
+        const Words quotients = hn::MulHigh(hn::Add(even, bias_), factor_);
+        const Words m = hn::Add(odd, bias_);
+        return AsPixels(hn::OrAnd(quotients, hn::Add(m, hn::ShiftRight<8>(m)), high_));
+    }
+
+private:
+    /// The low bytes of pixels in all of their bytes.
+    static HWY_INLINE Words InEachByte(Pixels v) {
+        alignas(16) static constexpr std::uint8_t kPlaces[16] = {0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12};
+        const hn::Repartition<std::uint8_t, Tag32> bytes;
+        return hn::BitCast(kWords, hn::TableLookupBytes(hn::BitCast(bytes, v), hn::LoadDup128(bytes, kPlaces)));
+    }
+
+    Words low_, high_, signs_, bias_, factor_;
+};
+
+#else
+
+/// Mixes pixels by an alpha a pixel: (s*a + t*(255-a)) / 255 of each byte. In a high byte floor(n / 255) is
+/// (m + m/256) / 256 with m = n + 1.
+struct Mixing {
+    HWY_INLINE Pixels operator()(Pixels source, Pixels target, const unsigned char* alphas) const {
+        const Pixels alpha = hn::PromoteTo(kPixels, hn::LoadU(TagByte(), alphas));
+        const Words low = Constant(0x00FF);
+        const Words high = Constant(0xFF00);
+        const Words s = AsWords(source);
+        const Words t = AsWords(target);
+        const Words a = AsWords(hn::Or(alpha, hn::ShiftLeft<16>(alpha)));
+        const Words rest = hn::Sub(low, a);
+        const Words even = Div255(hn::Add(hn::Mul(hn::And(s, low), a), hn::Mul(hn::And(t, low), rest)));
+        const Words n = hn::Add(hn::Mul(hn::ShiftRight<8>(s), a), hn::Mul(hn::ShiftRight<8>(t), rest));
+        const Words m = hn::Add(n, Constant(1));
+        return AsPixels(hn::OrAnd(even, hn::Add(m, hn::ShiftRight<8>(m)), high));
+    }
+};
+
+#endif
+
 HWY_INLINE bool AllOpaque(Pixels v) {
-    const Pixels opaque = hn::Set(kPixels, 0xFF000000);
-    return hn::AllTrue(kPixels, hn::Eq(hn::And(v, opaque), opaque));
+    return hn::AllTrue(kPixels, hn::Gt(v, hn::Set(kPixels, 0xFEFFFFFF)));
 }
 
 /// Paints a block through opacities where that leaves or mixes bytes: a target that is opaque stays as it is where all
@@ -51,8 +100,9 @@ HWY_INLINE bool PaintOpaqueThroughOpacities(const CompositeSpan& span, std::size
     if (Mode != BlendMode::Normal) return false;
     const Pixels s0 = LoadPixels(source), s1 = LoadPixels(source + half);
     if (!AllOpaque(hn::And(s0, s1))) return false;
-    StorePixels(Mixed(s0, t0, opacity), target);
-    StorePixels(Mixed(s1, t1, opacity + hn::Lanes(kPixels)), target + half);
+    const Mixing mix;
+    StorePixels(mix(s0, t0, opacity), target);
+    StorePixels(mix(s1, t1, opacity + hn::Lanes(kPixels)), target + half);
     return true;
 }
 

@@ -30,6 +30,22 @@ HWY_INLINE Pixels Truncated(hn::Vec<TagFloat> v) {
 #endif
 }
 
+#if HWY_ARCH_X86
+
+/// The sums of the products of two neighbouring bytes, of which the first factors are unsigned and the second signed,
+/// as far as these sums fit a signed word.
+HWY_INLINE Words PairSums(Words factors, Words signedFactors) {
+#if HWY_MAX_BYTES == 16
+    return Words{_mm_maddubs_epi16(factors.raw, signedFactors.raw)};
+#elif HWY_MAX_BYTES == 32
+    return Words{_mm256_maddubs_epi16(factors.raw, signedFactors.raw)};
+#else
+    return Words{_mm512_maddubs_epi16(factors.raw, signedFactors.raw)};
+#endif
+}
+
+#endif
+
 /// The bits of a mask, the first pixel's lowest.
 HWY_INLINE unsigned int Bits(PixelMask mask) {
     std::uint8_t bytes[8] = {};
