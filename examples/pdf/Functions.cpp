@@ -102,9 +102,9 @@ Function ReadSampled(QPDFObjectHandle stream, const Intervals& domain, const Int
 Function ReadExponential(QPDFObjectHandle dictionary) {
     std::vector<double> c0 = ToNumbers(Entry(dictionary, "/C0"));
     std::vector<double> c1 = ToNumbers(Entry(dictionary, "/C1"));
-    if (c0.empty()) c0.resize(std::max<std::size_t>(c1.size(), 1), 0);
-    if (c1.empty()) c1.resize(c0.size(), 1);
-    c0.resize(std::min({c0.size(), c1.size(), kMost}));
+    if (c0.empty()) c0 = {0};
+    if (c1.empty()) c1 = {1};
+    if (c0.size() != c1.size() || c0.size() > kMost) return nullptr;
     return [c0, c1, n = ToNumber(Entry(dictionary, "/N"), 1)](std::span<const double> in) {
         const double power = n == 1 ? in[0] : std::pow(in[0], n);
         std::vector<double> out = c0;

@@ -203,7 +203,7 @@ void Interpreter::SetParameters(QPDFObjectHandle dictionary) {
         if (key == "/TK") state_.text.knockout = ToBool(value, true);
         if (key == "/SMask") {
             state_.softMask.reset();
-            if (value.isDictionary())
+            if (Entry(value, "/G").isStream())
                 state_.softMask = std::make_shared<SoftMask>(SoftMask{value, state_.toDevice, {}});
         }
     }

@@ -30,12 +30,12 @@ QPDFObjectHandle AppearanceOf(QPDFObjectHandle annotation, const Document& docum
     return Entry(normal, ToName(Entry(annotation, "/AS")));
 }
 
-// A page that says it is a group is isolated, whatever it says of that: it blends with no paper. It is the same painted
-// on white at once, unless it knocks out or has modes that make something else of white than the source.
+// A page is an isolated group, whatever it says of that: it blends with no paper. It is the same painted on white at
+// once, unless it knocks out or has modes that make something else of white than the source.
 bool NeedsGroup(QPDFObjectHandle group, BlendModes modes) {
     for (const vantu::BlendMode same : {vantu::BlendMode::Multiply, vantu::BlendMode::Darken})
         modes.reset(static_cast<std::size_t>(same));
-    return group.isDictionary() && (modes.any() || ToBool(Entry(group, "/K"), false));
+    return modes.any() || ToBool(Entry(group, "/K"), false);
 }
 
 }  // namespace

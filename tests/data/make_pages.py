@@ -110,6 +110,11 @@ def page_group():
     return 6, 4, stripes(3, 2) + three_rects("Screen"), {"Group": {"S": "/Transparency", "I": False}}
 
 
+def page_without_group():
+    """Nor does it blend with the paper if the page says nothing."""
+    return page_group()[:3]
+
+
 def page_knockout_group():
     """Each element of the page replaces those before it, also one of which nothing is seen."""
     clear = SoftMask("Luminosity", [Rect(3, 1, 4, 2, WHITE)], (0, 0, 6, 4))
@@ -133,11 +138,11 @@ def luminosity_mask_backdrop_transfer():
 
 
 def alpha_mask_transfer():
-    """A mask by alpha has no backdrop: outside its group it is TR(0)."""
+    """A mask by alpha has no backdrop: outside its group it is TR(0). One without a group is none."""
     squared = ("{ 0.75 mul 0.25 add }", lambda x: 0.75 * x + 0.25)
     light = SoftMask("Alpha", [Rect(1, 1, 3, 3, BLACK), Rect(2, 2, 4, 4, WHITE, alpha=0.5)], (1, 1, 5, 4), WHITE,
                      squared)
-    return 6, 5, [paper(6, 5), Rect(0, 0, 6, 5, PLUM, mask=light)]
+    return 6, 5, [paper(6, 5), Rect(0, 0, 6, 5, PLUM, mask=light), Rect(5, 0, 6, 1, RED, state={"SMask": {"S": "/Alpha"}})]
 
 
 def mask_in_mask():
@@ -518,7 +523,7 @@ def turned_page():
 
 PAGES = [alpha, modes, modes_in_translucent_group, mode_list, isolated_groups, non_isolated_groups,
          opaque_blends_in_groups, nested_groups, groups_in_knockout_group, group_in_isolated_knockout_group,
-         group_alpha_and_mode, page_group, page_knockout_group, luminosity_mask, luminosity_mask_backdrop_transfer, alpha_mask_transfer, mask_in_mask, masked_group, mask_of_two_groups,
+         group_alpha_and_mode, page_group, page_without_group, page_knockout_group, luminosity_mask, luminosity_mask_backdrop_transfer, alpha_mask_transfer, mask_in_mask, masked_group, mask_of_two_groups,
          masked_element_of_knockout_group, alpha_is_shape, fill_and_stroke, crossing_stroke, text_knockout, text_of_codes, text_of_pictures,
          soft_masked_pictures, masked_pictures, sample_depths, colour_spaces, shadings, tilings, blending_tiles, forms_and_clips,
          optional_content, turned_page]

@@ -125,8 +125,7 @@ TEST(Function, GivesTheWorkedFigures) {
         "\x05\xAF");
     for (const auto& [what, object, in, out] : {
              Case{"exponential", ramp, {0.5}, {0.75, 0.25}},
-             Case{
-                 "without its end", Object("<< /FunctionType 2 /Domain [0 1] /C0 [0.5 0] /N 1 >>"), {0.5}, {0.75, 0.5}},
+             Case{"without its end", Object("<< /FunctionType 2 /Domain [0 1] /C0 [0.5] /N 1 >>"), {0.5}, {0.75}},
              Case{"beyond the domain and the range", ramp, {7}, {0, 0.5}},
              Case{"first of two", stitched, {0.25}, {0.25}},
              Case{"at the bound", stitched, {0.5}, {1}},
@@ -152,6 +151,7 @@ TEST(Function, GivesTheWorkedFigures) {
 TEST(Function, RefusesWhatIsDamaged) {
     for (const std::string text :
          {"null", "[]", "<< /FunctionType 7 /Domain [0 1] >>", "<< /FunctionType 2 /N 1 >>",
+          "<< /FunctionType 2 /Domain [0 1] /C0 [0 0 0] /N 1 >>",
           "<< /FunctionType 3 /Domain [0 1] /Bounds [] /Encode [0 1] /Functions [] >>",
           "<< /FunctionType 3 /Domain [0 1] /Bounds [0.5] /Encode [0 1] /Functions [null null] >>"}) {
         EXPECT_FALSE(ParseFunction(Object(text))) << text;
