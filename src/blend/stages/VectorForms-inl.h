@@ -129,6 +129,13 @@ struct PlainStage {
     }
 };
 
+/// Whether all of a block is painted by Normal with pixels that are opaque.
+template <BlendMode Mode>
+HWY_INLINE bool Replaces(const CompositeSpan& span, const Source& source) {
+    return Mode == BlendMode::Normal && span.select == nullptr &&
+           All(hn::Eq(hn::And(source.alpha, source.opacity), Constant(255)));
+}
+
 template <BlendMode Mode, PackedColors Colors>
 struct GroupStage {
     static HWY_INLINE bool Paint(const CompositeSpan& span, std::size_t i, const Blend<Mode>& blend) {
@@ -138,16 +145,24 @@ struct GroupStage {
         if (All(keep)) return false;
         const Source source(span, i);
         const Words as = source.opacity;
-        const Words before = LoadEntries(span.groupAlpha + i);
-        const Words g = hn::IfThenElse(keep, before, UniteAlpha(before, span.stencil ? source.alpha : as));
-        StoreEntries(g, span.groupAlpha + i);
-
         unsigned char* const packed = span.target + i * kPackedBytes;
+        if (Replaces<Mode>(span, source)) {
+            StoreEntries(full, span.groupAlpha + i);
+            StoreBlock(source.block, packed);
+            return false;
+        }
+        const Words raise = span.stencil ? source.alpha : as;
+        const Words before = LoadEntries(span.groupAlpha + i);
+        const Words g = hn::IfThenElse(keep, before, UniteAlpha(before, raise));
         const Block target = LoadBlock(packed);
         const Words a0 = LoadBlock(span.snapshot + i * kPackedBytes).Alpha();
         const Words ab = target.Alpha();
+        const WordMask opaque = hn::Eq(hn::And(ab, hn::Max(a0, g)), full);  // and ai is 255
+        // A clear source leaves opaque pixels as they are, and those that stay clear.
+        if (All(hn::Eq(raise, zero)) && All(hn::Or(opaque, hn::Eq(hn::Or(a0, g), zero)))) return false;
+        StoreEntries(g, span.groupAlpha + i);
         const Channels cs = source.Colors();
-        if (All(hn::Eq(hn::And(ab, a0), full))) {
+        if (All(opaque)) {
             const Channels result = EachChannel(StoredChannels(target), cs, OnOpaque<Mode>{as, blend});
             StoreWhereNot(keep, target, MakeBlock(result, full), packed);
             return false;
