@@ -27,21 +27,21 @@ std::optional<Picture> ReadPixels(QPDFObjectHandle stream, const ColorSpace& spa
 
     Picture out{samples->width, samples->height, channels, {}};
     out.pixels.reserve(out.width * out.height * channels);
-    std::vector<unsigned int> row;
+    std::vector<unsigned int> pixel(count);
     std::vector<unsigned int> last;  // the samples that `color` was made of
     std::vector<double> components(count);
     vantu::Color color;
     for (std::size_t y = 0; y < out.height; ++y) {
-        samples->ReadRow(y, row);
-        for (const unsigned int* pixel = row.data(); pixel != row.data() + row.size(); pixel += count) {
-            if (last.empty() || !std::equal(last.begin(), last.end(), pixel)) {
-                last.assign(pixel, pixel + count);
+        for (std::size_t x = 0; x < out.width; ++x) {
+            for (std::size_t i = 0; i < count; ++i) pixel[i] = samples->At(x, y, i);
+            if (pixel != last) {
+                last = pixel;
                 // low + sample / greatest (high - low)
                 for (std::size_t i = 0; i < count; ++i)
                     components[i] = decode[i].low + pixel[i] * (decode[i].high - decode[i].low) / samples->Greatest();
                 color = space.ToColor(components);
             }
-            append(out.pixels, last, color);
+            append(out.pixels, pixel, color);
         }
     }
     return out;

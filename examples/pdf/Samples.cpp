@@ -32,13 +32,14 @@ std::string BytesBeforeLastFilter(QPDFObjectHandle stream) {
 
 // The library reads gray and RGB; other JPEG files are left to qpdf, which gives their components as they are.
 bool ReadJpeg(QPDFObjectHandle stream, Samples& samples) {
-    const std::string bytes = BytesBeforeLastFilter(stream);
-    int file = 0;
-    if (samples.components == 4 || vantu::QorOpenMemory(bytes.data(), bytes.size(), &file) == 0) {
+    if (samples.components != 1 && samples.components != 3) {
         const auto raw = stream.getStreamData(qpdf_dl_all);
         samples.bytes.assign(reinterpret_cast<const char*>(raw->getBuffer()), raw->getSize());
         return samples.bytes.size() == samples.width * samples.height * samples.components;
     }
+    const std::string bytes = BytesBeforeLastFilter(stream);
+    int file = 0;
+    if (vantu::QorOpenMemory(bytes.data(), bytes.size(), &file) == 0) return false;
     const auto image = vantu::CJPEGLoader().Load(file, nullptr);
     vantu::QorCloseFile(file);
     if (!image) return false;
@@ -50,7 +51,7 @@ bool ReadJpeg(QPDFObjectHandle stream, Samples& samples) {
         for (std::size_t x = 0; x < samples.width; ++x, pixel += 3)
             for (std::size_t i = 0; i < samples.components; ++i) samples.bytes += static_cast<char>(pixel[2 - i]);
     }
-    return samples.components == 1 || samples.components == 3;
+    return true;
 }
 
 }  // namespace
@@ -63,10 +64,9 @@ unsigned int BitsAt(const std::string& bytes, std::size_t bit, unsigned int coun
     return static_cast<unsigned int>(value >> (byte * 8 - bit - count) & ((1ULL << count) - 1));
 }
 
-void Samples::ReadRow(std::size_t y, std::vector<unsigned int>& row) const {
-    row.resize(width * components);
-    const std::size_t rowBits = (row.size() * bits + 7) / 8 * 8;
-    for (std::size_t i = 0; i < row.size(); ++i) row[i] = BitsAt(bytes, y * rowBits + i * bits, bits);
+unsigned int Samples::At(std::size_t x, std::size_t y, std::size_t component) const {
+    const std::size_t rowBits = (width * components * bits + 7) / 8 * 8;
+    return BitsAt(bytes, y * rowBits + (x * components + component) * bits, bits);
 }
 
 std::optional<Samples> ReadSamples(QPDFObjectHandle picture, std::size_t components, Notes& notes) {
@@ -77,12 +77,9 @@ std::optional<Samples> ReadSamples(QPDFObjectHandle picture, std::size_t compone
     const bool isJpeg = last == "/DCTDecode" || last == "/DCT";
     const bool isStencil = ToBool(Entry(picture, "/ImageMask"), false);
     const int bits = isJpeg ? 8 : isStencil ? 1 : ToInteger(Entry(picture, "/BitsPerComponent"), 8);
-    if (width == 0 || height == 0 || width > kMostPicturePixels / height) {
-        notes.Add("picture of no size or of more than 2^26 pixels: left out");
-        return std::nullopt;
-    }
-    if (!std::set{1, 2, 4, 8, 16}.contains(bits)) {
-        notes.Add("picture with samples of a size that is none: left out");
+    const bool hasDepth = std::set{1, 2, 4, 8, 16}.contains(bits);
+    if (width == 0 || height == 0 || width > kMostPicturePixels / height || !hasDepth) {
+        notes.Add("picture of no size or depth, or of more than 2^26 pixels: left out");
         return std::nullopt;
     }
     Samples samples{width, height, components, static_cast<unsigned int>(bits), {}};

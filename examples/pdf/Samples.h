@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "Notes.h"
 #include "Qpdf.h"
@@ -22,8 +21,8 @@ struct Samples {
     unsigned int bits = 0;       // of a component: 1, 2, 4, 8 or 16
     std::string bytes;           // rows from the top, each begins with a byte
 
-    // The components of the pixels of a row; 0 where bytes are missing.
-    void ReadRow(std::size_t y, std::vector<unsigned int>& row) const;
+    // A component of a pixel; 0 where bytes are missing.
+    [[nodiscard]] unsigned int At(std::size_t x, std::size_t y, std::size_t component) const;
     [[nodiscard]] unsigned int Greatest() const { return (1U << bits) - 1; }
 };
 
