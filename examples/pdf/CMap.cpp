@@ -25,11 +25,9 @@ bool IsEachByteBetween(unsigned int first, unsigned int value, unsigned int last
     return true;
 }
 
-}  // namespace
-
 // The operands of a section are rows of a first code, a last one, and an identifier.
-void CMap::AddSpans(std::vector<Span>& spans, const std::vector<QPDFObjectHandle>& operands, bool hasLast,
-                    bool hasCid) {
+void AddSpans(std::vector<CMap::Span>& spans, const std::vector<QPDFObjectHandle>& operands, bool hasLast,
+              bool hasCid) {
     const std::size_t columns = 1U + (hasLast ? 1U : 0U) + (hasCid ? 1U : 0U);
     for (std::size_t i = 0; i + columns <= operands.size(); i += columns) {
         QPDFObjectHandle first = operands[i];
@@ -41,41 +39,41 @@ void CMap::AddSpans(std::vector<Span>& spans, const std::vector<QPDFObjectHandle
     }
 }
 
+}  // namespace
+
 std::optional<CMap> CMap::Parse(QPDFObjectHandle encoding, Notes& notes) {
     CMap map;
     const std::string name = ToName(encoding.isStream() ? Entry(encoding, "/CMapName") : encoding);
-    map.isVertical_ = ToInteger(Entry(encoding, "/WMode"), 0) == 1 || name.ends_with("-V");
+    map.isVertical = ToInteger(Entry(encoding, "/WMode"), 0) == 1 || name.ends_with("-V");
     if (encoding.isStream()) {
         Budget budget;
         ReadContent(encoding, budget, [&](const std::string& name, const Operands& operands) {
-            if (name == "endcodespacerange") AddSpans(map.codeSpaces_, operands, true, false);
-            if (name == "endcidrange") AddSpans(map.cids_, operands, true, true);
-            if (name == "endcidchar") AddSpans(map.cids_, operands, false, true);
+            if (name == "endcodespacerange") AddSpans(map.codeSpaces, operands, true, false);
+            if (name == "endcidrange") AddSpans(map.cids, operands, true, true);
+            if (name == "endcidchar") AddSpans(map.cids, operands, false, true);
         });
     }
-    if (map.codeSpaces_.empty()) map.codeSpaces_.push_back({2, 0, 0xFFFF, 0});
-    map.isIdentity_ = map.cids_.empty();
+    if (map.codeSpaces.empty()) map.codeSpaces.push_back({2, 0, 0xFFFF, 0});
     if (encoding.isStream() || name == "/Identity-H" || name == "/Identity-V") return map;
     notes.Add("the predefined encoding " + name + " is not known: its text is left out");
     return std::nullopt;
 }
 
 CMap::Code CMap::Next(const std::string& text, std::size_t position) const {
-    Code code;
     const auto read = [&](std::size_t length) {
-        code.length = std::min(length, text.size() - position);
-        code.value = ValueOf(text.substr(position, code.length));
+        const std::string bytes = text.substr(position, length);
+        return Code{ValueOf(bytes), bytes.size()};
     };
-    bool isFound = false;
-    for (std::size_t length = 1; length <= kLongestCode && !isFound; ++length) {
-        read(length);
-        isFound = std::any_of(codeSpaces_.begin(), codeSpaces_.end(), [&](const Span& s) {
+    const auto isInSpace = [&](const Code& code) {
+        return std::ranges::any_of(codeSpaces, [&](const Span& s) {
             return s.length == code.length && IsEachByteBetween(s.first, code.value, s.last);
         });
-    }
-    if (!isFound) read(codeSpaces_.front().length);
-    if (isIdentity_) code.cid = code.value;
-    for (const Span& s : cids_) {
+    };
+    Code code = read(codeSpaces.front().length);  // if none fits
+    for (std::size_t length = kLongestCode; length > 0; --length)
+        if (isInSpace(read(length))) code = read(length);  // the shortest that fits
+    if (cids.empty()) code.cid = code.value;
+    for (const Span& s : cids) {
         if (s.length == code.length && s.first <= code.value && code.value <= s.last)
             code.cid = s.cid + (code.value - s.first);
     }

@@ -68,7 +68,7 @@ std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary, const
         const auto width = widths.find(cid);
         const double across = width == widths.end() ? defaultWidth : width->second[0];
         Glyph glyph{.outline = &file->Outline(glyphOf(code.cid)), .advance = {across / kThousandths, 0}};
-        if (map->IsVertical()) {
+        if (map->isVertical) {
             const auto vertical = verticals.find(cid);
             const auto [down, x, y] =
                 vertical == verticals.end() ? std::array{defaultDown, across / 2, defaultTop} : vertical->second;
@@ -78,7 +78,7 @@ std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary, const
         glyph.isSpace = code.length == 1 && code.value == ' ';
         return glyph;
     };
-    return std::make_shared<Font>(Font{next, map->IsVertical()});
+    return std::make_shared<Font>(Font{next, map->isVertical});
 }
 
 }  // namespace pdf

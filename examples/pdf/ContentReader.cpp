@@ -42,13 +42,9 @@ std::string BytesOf(QPDFObjectHandle content) {
 
 class Reader : public QPDFObjectHandle::ParserCallbacks {
 public:
-    Reader(Budget& budget, const OperatorHandler& handle) : budget_(budget), handle_(handle) {
-        owner_->setSuppressWarnings(true);
-    }
-
-    void Read(QPDFObjectHandle content) {
-        QPDFObjectHandle::parseContentStream(QPDFObjectHandle::newStream(owner_.get(), BytesOf(content)), this);
-    }
+    // @param picture a stream that inline pictures are handed on in.
+    Reader(Budget& budget, const OperatorHandler& handle, const QPDFObjectHandle& picture)
+        : budget_(budget), handle_(handle), picture_(picture) {}
 
     void handleObject(QPDFObjectHandle object) override {
         if (object.isInlineImage()) {
@@ -93,21 +89,20 @@ private:
     Budget& budget_;
     const OperatorHandler& handle_;
     Operands operands_;
-    std::shared_ptr<QPDF> owner_ = QPDF::create();  // of streams that are in no document
-    QPDFObjectHandle picture_ = QPDFObjectHandle::newStream(owner_.get(), std::string());
+    QPDFObjectHandle picture_;
     bool isSpent_ = false;
 };
 
 }  // namespace
 
 bool ReadContent(QPDFObjectHandle content, Budget& budget, const OperatorHandler& handle) {
-    Reader reader(budget, handle);
+    const auto owner = QPDF::create();  // of streams that are in no document
+    owner->setSuppressWarnings(true);
+    Reader reader(budget, handle, QPDFObjectHandle::newStream(owner.get(), std::string()));
     try {
-        reader.Read(content);
-    } catch (const QPDFExc&) {
-        // What came before the damage has been handled.
-    } catch (const std::range_error&) {
-        // The same of a number that qpdf cannot hold.
+        QPDFObjectHandle::parseContentStream(QPDFObjectHandle::newStream(owner.get(), BytesOf(content)), &reader);
+    } catch (const std::runtime_error&) {
+        // Damaged, or a number that qpdf cannot hold. What came before has been handled.
     }
     return !reader.IsSpent();
 }

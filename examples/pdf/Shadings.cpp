@@ -15,7 +15,7 @@ namespace pdf {
 
 namespace {
 
-constexpr double kSteps = 4096;  // colours along a shading
+constexpr unsigned int kSteps = 4096;  // colours along a shading
 constexpr vantu::Color kClear{0U};
 constexpr unsigned char kHalf = 128;  // of a pixel's coverage
 
@@ -49,43 +49,26 @@ ColorAt FunctionBased(const Shading& shading) {
 }
 
 // The colours along an axis that goes from 0 to 1; each is computed once.
-class Ramp {
-public:
-    explicit Ramp(const Shading& shading)
-        : shading_(shading),
-          domain_(shading.Numbers("/Domain", {0, 1})),
-          colors_(static_cast<std::size_t>(kSteps) + 1) {
-        QPDFObjectHandle extend = Entry(shading.dictionary, "/Extend");
-        extendStart_ = ToBool(Item(extend, 0), false);
-        extendEnd_ = ToBool(Item(extend, 1), false);
-    }
-
-    [[nodiscard]] bool Has(double s) const {
-        return std::isfinite(s) && (s >= 0 || extendStart_) && (s <= 1 || extendEnd_);
-    }
-    vantu::Color At(double s) {
+std::function<vantu::Color(double)> ColorsOf(const Shading& shading) {
+    const std::vector<double> domain = shading.Numbers("/Domain", {0, 1});
+    QPDFObjectHandle extend = Entry(shading.dictionary, "/Extend");
+    const bool extendsStart = ToBool(Item(extend, 0), false);
+    const bool extendsEnd = ToBool(Item(extend, 1), false);
+    return [=, colors = std::vector<std::optional<vantu::Color>>(kSteps + 1)](double s) mutable {
+        if (!std::isfinite(s) || (s < 0 && !extendsStart) || (s > 1 && !extendsEnd)) return kClear;
         const double step = std::round(std::clamp(s, 0.0, 1.0) * kSteps);
-        std::optional<vantu::Color>& color = colors_[static_cast<std::size_t>(step)];
-        if (!color) color = shading_.ColorOf(std::array{domain_[0] + step / kSteps * (domain_[1] - domain_[0])});
+        std::optional<vantu::Color>& color = colors[static_cast<std::size_t>(step)];
+        if (!color) color = shading.ColorOf(std::array{domain[0] + step / kSteps * (domain[1] - domain[0])});
         return *color;
-    }
-
-private:
-    Shading shading_;
-    std::vector<double> domain_;
-    std::vector<std::optional<vantu::Color>> colors_;
-    bool extendStart_;
-    bool extendEnd_;
-};
+    };
+}
 
 // Type 2: along a line from p0 to p1, s = (p - p0) (p1 - p0) / |p1 - p0|^2
 ColorAt Axial(const Shading& shading) {
     const std::vector<double> c = shading.Numbers("/Coords", {0, 0, 0, 0});
-    return
-        [ramp = Ramp(shading), p0 = PointD{c[0], c[1]}, dx = c[2] - c[0], dy = c[3] - c[1]](const PointD& p) mutable {
-            const double s = ((p.x - p0.x) * dx + (p.y - p0.y) * dy) / (dx * dx + dy * dy);
-            return ramp.Has(s) ? ramp.At(s) : kClear;
-        };
+    return [colorOf = ColorsOf(shading), x0 = c[0], y0 = c[1], dx = c[2] - c[0], dy = c[3] - c[1]](const PointD& p) {
+        return colorOf(((p.x - x0) * dx + (p.y - y0) * dy) / (dx * dx + dy * dy));
+    };
 }
 
 // Type 3: circles of middle c0 + s (c1 - c0) and radius r0 + s (r1 - r0). Through a point p, seen from c0, go those
@@ -93,8 +76,8 @@ ColorAt Axial(const Shading& shading) {
 // is on top.
 ColorAt Radial(const Shading& shading) {
     const std::vector<double> n = shading.Numbers("/Coords", {0, 0, 0, 0, 0, 0});
-    return [ramp = Ramp(shading), c0 = PointD{n[0], n[1]}, r0 = n[2], dx = n[3] - n[0], dy = n[4] - n[1],
-            dr = n[5] - n[2]](const PointD& at) mutable {
+    return [colorOf = ColorsOf(shading), c0 = PointD{n[0], n[1]}, r0 = n[2], dx = n[3] - n[0], dy = n[4] - n[1],
+            dr = n[5] - n[2]](const PointD& at) {
         const PointD p{at.x - c0.x, at.y - c0.y};
         const double a = dx * dx + dy * dy - dr * dr;
         const double b = p.x * dx + p.y * dy + r0 * dr;
@@ -103,9 +86,8 @@ ColorAt Radial(const Shading& shading) {
         const bool isLinear = std::abs(a) <= 1e-12 * (dx * dx + dy * dy + dr * dr);
         const auto [least, most] =
             isLinear ? std::pair(c / (2 * b), c / (2 * b)) : std::minmax({(b - root) / a, (b + root) / a});
-        for (const double s : {most, least})
-            if (r0 + s * dr >= 0 && ramp.Has(s)) return ramp.At(s);
-        return kClear;
+        const vantu::Color color = r0 + most * dr >= 0 ? colorOf(most) : kClear;
+        return color.GetAlpha() == 0 && r0 + least * dr >= 0 ? colorOf(least) : color;
     };
 }
 

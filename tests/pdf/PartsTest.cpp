@@ -225,7 +225,7 @@ TEST(CMap, DividesTextsIntoCodes) {
         1 begincidchar <8140> 633 endcidchar)"),
                                    notes);
     ASSERT_TRUE(mixed);
-    EXPECT_TRUE(mixed->IsVertical());
+    EXPECT_TRUE(mixed->isVertical);
     struct Case {
         std::string text;
         std::size_t position, length;
