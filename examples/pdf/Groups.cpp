@@ -15,10 +15,6 @@ constexpr double kTimesForGroup = 8;  // of the time that painting a pixel takes
 constexpr unsigned int kBytesPerPixel = 4;
 const Box kEverywhere{-1e6, -1e6, 1e6, 1e6};
 
-bool IsTransparencyGroup(QPDFObjectHandle form) {
-    return ToName(Entry(Entry(form, "/Group"), "/S")) == "/Transparency";
-}
-
 Box BoxOf(QPDFObjectHandle form) {
     return ToBox(Entry(form, "/BBox"), kEverywhere);
 }
@@ -35,9 +31,9 @@ std::array<unsigned char, 256> TransferTable(QPDFObjectHandle transfer) {
     return table;
 }
 
-// Luminosity of a pixel of bytes blue, green, red: 0.3 R + 0.59 G + 0.11 B.
-unsigned char Luminosity(const unsigned char* pixel) {
-    return static_cast<unsigned char>((30U * pixel[2] + 59U * pixel[1] + 11U * pixel[0] + 50U) / 100U);
+// 0.3 R + 0.59 G + 0.11 B
+unsigned char Luminosity(unsigned int red, unsigned int green, unsigned int blue) {
+    return static_cast<unsigned char>((30 * red + 59 * green + 11 * blue + 50) / 100);
 }
 
 }  // namespace
@@ -50,10 +46,10 @@ void Interpreter::PaintObject(QPDFObjectHandle object) {
 }
 
 void Interpreter::PaintForm(QPDFObjectHandle form) {
-    if (!form.isStream() || IsHidden()) return;
+    if (!form.isStream()) return;
     GraphicsState inside = state_;
     inside.toDevice = Concat(ToMatrix(Entry(form, "/Matrix")), state_.toDevice);
-    if (IsTransparencyGroup(form))
+    if (ToName(Entry(Entry(form, "/Group"), "/S")) == "/Transparency")
         PaintGroup(form, inside);
     else
         PaintContentOf(form, inside);
@@ -117,15 +113,14 @@ const Mask& Interpreter::MaskOf(SoftMask& softMask) {
             space = ColorSpace::Parse(named, Entry(form, "/Resources"), page_.notes);
         backdrop = space->ToColor(components);
     }
-    const unsigned char bgr[] = {backdrop.GetBlue(), backdrop.GetGreen(), backdrop.GetRed()};
     const auto table = TransferTable(Entry(softMask.dictionary, "/TR"));
-    const unsigned char outside = table[byLuminosity ? Luminosity(bgr) : 0];
+    const unsigned char outside =
+        table[byLuminosity ? Luminosity(backdrop.GetRed(), backdrop.GetGreen(), backdrop.GetBlue()) : 0];
 
     const Matrix toDevice = Concat(ToMatrix(Entry(form, "/Matrix")), softMask.toDevice);
-    const Pixels all = canvas_.Visible();
+    Pixels bounds = canvas_.Visible();
     // In a knockout group an element is also there where a mask makes it clear.
-    const bool needsAll = outside != 0 || canvas_.IsKnockout();
-    const Pixels bounds = !needsAll ? Intersect(all, Around(MapBox(toDevice, BoxOf(form)))) : all;
+    if (outside == 0 && !canvas_.IsKnockout()) bounds = Intersect(bounds, Around(MapBox(toDevice, BoxOf(form))));
     if (IsEmpty(bounds)) return *softMask.mask;
     Spend(bounds, kTimesForGroup);
     const auto image = MakeImage({0, 0, bounds.x1, bounds.y1});
@@ -145,7 +140,7 @@ const Mask& Interpreter::MaskOf(SoftMask& softMask) {
             static_cast<std::size_t>(y) * image->GetWidth() + static_cast<unsigned int>(bounds.x0);
         const unsigned char* pixel = image->GetPixelData() + first * kBytesPerPixel;
         for (int x = 0; x < Width(bounds); ++x, pixel += kBytesPerPixel)
-            row[x] = table[byLuminosity ? Luminosity(pixel) : pixel[3]];
+            row[x] = table[byLuminosity ? Luminosity(pixel[2], pixel[1], pixel[0]) : pixel[3]];
     }
     softMask.mask = std::move(mask);
     return *softMask.mask;

@@ -112,18 +112,13 @@ void PaintPages(const Arguments& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    Arguments arguments;
     try {
-        arguments = ParseArguments(argc, argv);
+        PaintPages(ParseArguments(argc, argv));
+        return EXIT_SUCCESS;
     } catch (const std::invalid_argument& error) {
         std::cerr << "pdf: " << error.what() << '\n' << kUsage;
-        return EXIT_FAILURE;
-    }
-    try {
-        PaintPages(arguments);
     } catch (const std::exception& error) {
-        std::cerr << "pdf: " << arguments.file << ": " << error.what() << '\n';
-        return EXIT_FAILURE;
+        std::cerr << "pdf: " << error.what() << '\n';
     }
-    return EXIT_SUCCESS;
+    return EXIT_FAILURE;
 }
