@@ -14,7 +14,8 @@ namespace pdf {
 
 namespace {
 
-constexpr double kFarthest = 32000;  // pixels; what AGG's cells can count, with room to spare
+constexpr double kFarthest = 32000;             // pixels; what AGG's cells can count, with room to spare
+constexpr unsigned int kMostCellBlocks = 4096;  // of 4096 pixels that edges cross; AGG drops what goes beyond
 constexpr double kMostDashes = 100000;
 constexpr std::size_t kMostDashLengths = 32;  // what AGG holds
 constexpr double kDot = 1e-3;                 // pixels; a dash of no length still has caps
@@ -83,7 +84,7 @@ private:
 
     Pixels clip_;
     Box bounds_{kFarthest, kFarthest, -kFarthest, -kFarthest};  // of the edges
-    agg::rasterizer_scanline_aa<agg::rasterizer_sl_clip_dbl> cells_;
+    agg::rasterizer_scanline_aa<agg::rasterizer_sl_clip_dbl> cells_{kMostCellBlocks};
     PointD start_;
     PointD at_;
 };
