@@ -2,6 +2,7 @@
 
 #include <agg_conv_dash.h>
 #include <agg_conv_stroke.h>
+#include <agg_path_length.h>
 #include <agg_path_storage.h>
 #include <agg_rasterizer_scanline_aa.h>
 
@@ -120,15 +121,6 @@ void AddStroke(Source& source, const StrokeStyle& style, const Matrix& toDevice,
     AddOutline(stroke, toDevice, rasterizer);
 }
 
-double LengthOf(const std::vector<Polyline>& lines) {
-    double length = 0;
-    for (const Polyline& line : lines) {
-        for (std::size_t i = 1; i < line.points.size(); ++i)
-            length += std::hypot(line.points[i].x - line.points[i - 1].x, line.points[i].y - line.points[i - 1].y);
-    }
-    return length;
-}
-
 // Lengths of dashes and gaps in turn, in pixels; none for a solid line.
 std::vector<double> DashesInPixels(const StrokeStyle& style, double scale, double lineLength) {
     std::vector<double> dashes;
@@ -191,7 +183,7 @@ Mask StrokeCoverage(const Path& path, const Matrix& toDevice, const StrokeStyle&
     for (Polyline& line : lines) OpenIfFlat(line);
     agg::path_storage storage = ToAgg(lines);
     Rasterizer rasterizer(clip);
-    const std::vector<double> dashes = DashesInPixels(style, scale, LengthOf(lines));
+    const std::vector<double> dashes = DashesInPixels(style, scale, agg::path_length(storage));
     if (dashes.empty()) {
         AddStroke(storage, inPixels, rest, rasterizer);
     } else {

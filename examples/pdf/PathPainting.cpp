@@ -1,8 +1,6 @@
 #include "Interpreter.h"
 #include "Objects.h"
-#include "Pictures.h"
 #include "Samples.h"
-#include "Shadings.h"
 
 namespace pdf {
 

@@ -1,11 +1,9 @@
-#include "Pictures.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 
+#include "Images.h"
 #include "Outlines.h"
-#include "PictureReader.h"
 
 namespace pdf {
 

@@ -1,5 +1,3 @@
-#include "Shadings.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -8,6 +6,7 @@
 
 #include "ColorSpaces.h"
 #include "Functions.h"
+#include "Images.h"
 #include "Objects.h"
 #include "Outlines.h"
 
