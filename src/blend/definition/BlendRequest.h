@@ -65,12 +65,15 @@ struct BlendRequest<PDFBlend::GroupBlendingTraits> : BlendRequestBase {
     IPDFImageBlender::Coverage* blended;
 };
 
-/// Whether the request's mask is a stencil, read bit by bit: 0 paints, 1 protects. Any other mask is a soft mask.
-inline bool HasStencil(const BlendRequestBase& request) {
-    const IPDFTransferFunction* const transfer = request.maskTransfer->get();
-    return (*request.mask)->GetPixelFormat() == PixelFormat::Index1 &&
+/// Whether a mask is a stencil, read bit by bit: 0 paints, 1 protects. Any other mask is a soft mask.
+inline bool IsStencil(PixelFormat format, const IPDFTransferFunction* transfer) {
+    return format == PixelFormat::Index1 &&
            (transfer == nullptr || (transfer->GetType() == IPDFTransferFunction::Type::Identity &&
                                     transfer->GetSourceType() == IPDFTransferFunction::SourceType::Alpha));
+}
+/// Whether the request's mask is one.
+inline bool HasStencil(const BlendRequestBase& request) {
+    return IsStencil((*request.mask)->GetPixelFormat(), request.maskTransfer->get());
 }
 
 }  // namespace vantu

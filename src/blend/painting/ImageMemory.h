@@ -22,6 +22,16 @@ inline bool Overlap(const PixelRows<unsigned char>& a, const PixelRows<const uns
            before(rb.first, ra.Row(ra.count));
 }
 
+/// What is asked of a mask, once a call: the answers are a host's.
+struct MaskPixels {
+    explicit MaskPixels(const IQorImage& mask)
+        : format(mask.GetPixelFormat()), palette(mask.GetPalette()), rows(RowsFromTop(mask, format)) {}
+
+    PixelFormat format;
+    const ColorMap* palette;
+    PixelRows<const unsigned char> rows;  ///< from the top
+};
+
 /// Whether a rectangle of an image, taken to be of format `format`, lies inside the image's block.
 bool InsideMemory(const IQorImage& image, PixelFormat format, int x, int y, const PaintArea& area);
 

@@ -14,11 +14,9 @@
 namespace vantu {
 namespace {
 
-MaskKind KindOfMask(const BlendRequestBase& request) {
-    const IQorImage& mask = **request.mask;
-    if (mask.GetPixelData() == nullptr || BitsPerPixel(mask.GetPixelFormat()) == 0) return MaskKind::Other;
-    if (HasStencil(request)) return MaskKind::Stencil;
-    const IPDFTransferFunction* const transfer = request.maskTransfer->get();
+MaskKind KindOfMask(const MaskPixels& mask, const IPDFTransferFunction* transfer) {
+    if (mask.rows.InMemoryOrder().first == nullptr || BitsPerPixel(mask.format) == 0) return MaskKind::Other;
+    if (IsStencil(mask.format, transfer)) return MaskKind::Stencil;
     return transfer != nullptr && IsOwnTransferFunction(*transfer) ? MaskKind::Soft : MaskKind::Other;
 }
 
@@ -52,10 +50,10 @@ public:
           destination_(destination),
           source_(source),
           painter_(kernel, destination, source, request) {
-        const IQorImage* const mask = request.mask->get();
+        if (*request.mask) mask_.emplace(**request.mask);
         inOrder_ = request.foreign || (Traits::kGroup && !painter_.HasSnapshot()) ||
-                   Overlap(painter_.Target(), painter_.Source()) ||
-                   (mask != nullptr && Overlap(painter_.Target(), RowsInMemory(*mask)));
+                   Overlap(painter_.Target(), painter_.Source()) || (mask_ && Overlap(painter_.Target(), mask_->rows));
+        if (mask_ && !inOrder_) maskKind_ = KindOfMask(*mask_, request.maskTransfer->get());
     }
 
     void Rect(const PaintArea& area) {
@@ -65,11 +63,10 @@ public:
     }
 
     void Masked(const PaintArea& area, unsigned int maskX, unsigned int maskY) {
-        const MaskKind kind = inOrder_ ? MaskKind::Other : KindOfMask(request_);
-        switch (kind) {
+        switch (maskKind_) {
             case MaskKind::Stencil: return ThroughStencil(area, maskX, maskY);
             case MaskKind::Soft: return ThroughSoftMask(area, maskX, maskY);
-            default: return Paint(area, kind, Unmasked, MaskedInOrder(maskX, maskY));
+            default: return Paint(area, MaskKind::Other, Unmasked, MaskedInOrder(maskX, maskY));
         }
     }
 
@@ -78,7 +75,7 @@ private:
     static_assert(kSpanPixels <= SoftMaskReader::kMostPixels);
 
     void ThroughStencil(const PaintArea& area, unsigned int maskX, unsigned int maskY) {
-        const auto bits = RowsFromTop(std::as_const(**request_.mask), PixelFormat::Index1);
+        const PixelRows<const unsigned char>& bits = mask_->rows;
         const auto from = [&](unsigned int y, unsigned int height) {
             return PixelRows<const unsigned char>{bits.Row(y), bits.step, height};
         };
@@ -100,8 +97,9 @@ private:
     }
 
     void ThroughSoftMask(const PaintArea& area, unsigned int maskX, unsigned int maskY) {
-        SoftMaskReader reader(**request_.mask, **request_.maskTransfer, *request_.alpha, Traits::kGroup,
-                              std::size_t{area.width} * area.height);
+        if (!reader_) reader_.emplace(*mask_, **request_.maskTransfer, *request_.alpha, Traits::kGroup);
+        SoftMaskReader& reader = *reader_;
+        reader.Expect(std::size_t{area.width} * area.height);
         const std::size_t mixed = Mix(area, [&](const MixedRows& rows) -> std::size_t {
             const auto keys = reader.ReadKeys(maskX, maskY, area.width, area.height);
             return keys ? ActiveMaskStages().byKeys(rows, *keys, reader.AlphaOfKey()) : 0;
@@ -190,7 +188,10 @@ private:
     IQorImage& destination_;
     const IQorImage& source_;
     SpanPainter<Traits> painter_;
-    bool inOrder_;  ///< the order of the pixels can be seen, or the formats may be foreign
+    std::optional<MaskPixels> mask_;
+    MaskKind maskKind_ = MaskKind::Other;
+    std::optional<SoftMaskReader> reader_;  ///< of a soft mask, made when first needed
+    bool inOrder_;                          ///< the order of the pixels can be seen, or the formats may be foreign
     std::unique_ptr<DynamicAccessor> targetColors_;
     std::unique_ptr<DynamicAccessor> sourceColors_;
     std::unique_ptr<DynamicAccessor> snapshotColors_;  ///< in groups

@@ -66,14 +66,9 @@ bool IsOwnTransferFunction(const IPDFTransferFunction& transfer) {
            typeid(transfer) == typeid(CPostscriptPDFTransferFunction);
 }
 
-KeyOpacities::KeyOpacities(const IQorImage& mask, MaskKey kind, const IPDFTransferFunction& transfer,
+KeyOpacities::KeyOpacities(const MaskPixels& mask, MaskKey kind, const IPDFTransferFunction& transfer,
                            std::uint32_t alpha, bool group)
-    : transfer_(transfer),
-      palette_(mask.GetPalette()),
-      format_(mask.GetPixelFormat()),
-      kind_(kind),
-      alpha_(alpha),
-      group_(group) {
+    : transfer_(transfer), palette_(mask.palette), format_(mask.format), kind_(kind), alpha_(alpha), group_(group) {
     // An alpha byte is a key only to a function of alphas.
     const bool bySource =
         kind == MaskKey::Alpha || (kind == MaskKey::Index && BitsPerPixel(format_) == 8 &&

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "blend/painting/ImageMemory.h"
 #include "blend/stages/MaskStages.h"
 
 namespace vantu {
@@ -49,7 +50,7 @@ class KeyOpacities {
 public:
     /// @param mask not known by its colours. @param alpha the constant alpha. @param group whether the opacities are
     /// those of a group.
-    KeyOpacities(const IQorImage& mask, MaskKey kind, const IPDFTransferFunction& transfer, std::uint32_t alpha,
+    KeyOpacities(const MaskPixels& mask, MaskKey kind, const IPDFTransferFunction& transfer, std::uint32_t alpha,
                  bool group);
 
     /// Learns the keys that are not known yet. @return false if the opacity of one leaves 0 to 1.

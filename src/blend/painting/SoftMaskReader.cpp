@@ -22,26 +22,27 @@ std::uint32_t PackedRgb(const unsigned char* bgr) {
     return bgr[0] | std::uint32_t{bgr[1]} << 8 | std::uint32_t{bgr[2]} << 16;
 }
 
-MaskKey KeyOf(const IQorImage& mask, const IPDFTransferFunction& transfer) {
-    const PixelFormat format = mask.GetPixelFormat();
+MaskKey KeyOf(const MaskPixels& mask, const IPDFTransferFunction& transfer) {
     // Every index of a format with more than 8 bits is 0.
-    if (mask.GetPalette() != nullptr) return BitsPerPixel(format) <= 8 ? MaskKey::Index : MaskKey::Nothing;
-    if (!HasColors(format)) return MaskKey::Nothing;
+    if (mask.palette != nullptr) return BitsPerPixel(mask.format) <= 8 ? MaskKey::Index : MaskKey::Nothing;
+    if (!HasColors(mask.format)) return MaskKey::Nothing;
     if (transfer.GetSourceType() != IPDFTransferFunction::SourceType::Alpha) return MaskKey::Color;
-    return HasAlpha(format) ? MaskKey::Alpha : MaskKey::Nothing;
+    return HasAlpha(mask.format) ? MaskKey::Alpha : MaskKey::Nothing;
 }
 
 }  // namespace
 
-SoftMaskReader::SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction& transfer, std::uint32_t alpha,
-                               bool group, std::size_t pixels)
+SoftMaskReader::SoftMaskReader(const MaskPixels& mask, const IPDFTransferFunction& transfer, std::uint32_t alpha,
+                               bool group)
     : transfer_(transfer),
-      format_(mask.GetPixelFormat()),
-      rows_(RowsFromTop(mask, format_)),
+      format_(mask.format),
+      rows_(mask.rows),
       alpha_(alpha),
       group_(group),
       key_(KeyOf(mask, transfer)),
-      opacities_(mask, key_, transfer, alpha, group) {
+      opacities_(mask, key_, transfer, alpha, group) {}
+
+void SoftMaskReader::Expect(std::size_t pixels) {
     if (key_ != MaskKey::Color && pixels >= kManyPixels) opacities_.LearnAll();
 }
 

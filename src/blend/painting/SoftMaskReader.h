@@ -22,9 +22,11 @@ public:
     static constexpr std::size_t kMostPixels = 512;
 
     /// @param mask has memory and one of the nine formats. @param alpha the constant alpha. @param group whether the
-    /// opacities are those of a group. @param pixels how many will be read, about.
-    SoftMaskReader(const IQorImage& mask, const IPDFTransferFunction& transfer, std::uint32_t alpha, bool group,
-                   std::size_t pixels);
+    /// opacities are those of a group.
+    SoftMaskReader(const MaskPixels& mask, const IPDFTransferFunction& transfer, std::uint32_t alpha, bool group);
+
+    /// Says how many pixels will be read, about.
+    void Expect(std::size_t pixels);
 
     /// Stores the effective source alphas of packed source pixels under `height` rows of `width` mask pixels, whose
     /// first is (x, y). @return false if an opacity leaves 0 to 1; `effective` is then of no use.
