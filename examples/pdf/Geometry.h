@@ -91,6 +91,27 @@ inline Box MapBox(const Matrix& matrix, const Box& box) {
     return out;
 }
 
+// Whether upright rectangles stay so.
+inline bool IsUpright(const Matrix& matrix) {
+    return (matrix.b == 0 && matrix.c == 0) || (matrix.a == 0 && matrix.d == 0);
+}
+
+// The whole numbers next to both ends of an interval; of one that has no two of them, those around it.
+inline void Snap(double& low, double& high) {
+    const double before = std::floor(low);
+    low = std::round(low);
+    high = std::round(high);
+    if (low < high) return;
+    low = before;
+    high = before + 1;
+}
+
+inline Box Snapped(Box box) {
+    Snap(box.x0, box.x1);
+    Snap(box.y0, box.y1);
+    return box;
+}
+
 // What takes an upright rectangle to another one.
 inline Matrix Between(const Box& from, const Box& to) {
     const double scaleX = (to.x1 - to.x0) / (from.x1 - from.x0);

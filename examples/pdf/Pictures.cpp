@@ -13,20 +13,6 @@ constexpr double kMostInRow = 64;  // samples to look at for one pixel, along ea
 
 constexpr Box kUnitSquare{0, 0, 1, 1};
 
-bool IsUpright(const Matrix& matrix) {
-    return (matrix.b == 0 && matrix.c == 0) || (matrix.a == 0 && matrix.d == 0);
-}
-
-// The whole numbers next to both ends of an interval; of one that has no two of them, those around it.
-void Snap(double& low, double& high) {
-    const double before = std::floor(low);
-    low = std::round(low);
-    high = std::round(high);
-    if (low < high) return;
-    low = before;
-    high = before + 1;
-}
-
 // The samples along one axis whose middles lie within `reach` of a place, or the nearest one.
 struct Run {
     std::size_t first;
@@ -86,9 +72,7 @@ PlacedImage PlacePicture(QPDFObjectHandle stream, QPDFObjectHandle resources, co
     Matrix matrix = toDevice;
     if (IsUpright(toDevice)) {
         const Box exact = MapBox(toDevice, kUnitSquare);
-        Box snapped = exact;
-        Snap(snapped.x0, snapped.x1);
-        Snap(snapped.y0, snapped.y1);
+        const Box snapped = Snapped(exact);
         matrix = Concat(toDevice, Between(exact, snapped));
         placed.coverage.box = Intersect(clip, Around(snapped));
     } else {

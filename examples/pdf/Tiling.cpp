@@ -8,9 +8,9 @@ namespace pdf {
 
 namespace {
 
-// Large tiles and those that blend are painted one by one if they are not too many, others as copies of one.
+// Tiles of so many pixels are painted one by one, others as copies of one.
 constexpr double kLeastPaintedArea = 48 * 48;
-constexpr double kMostPaintedTiles = 10000;
+constexpr double kLeastBlendingArea = 4 * 4;
 constexpr double kMostOverlappingTiles = 400;
 constexpr double kMostPixelsOfTile = 1 << 22;
 constexpr unsigned int kBytesPerPixel = 4;
@@ -50,16 +50,23 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
         return;
     }
     const Pixels& area = mask.box;
-    const Box tiles = lattice.TilesIn(
-        MapBox(toDevice.Inverse(), {double(area.x0), double(area.y0), double(area.x1), double(area.y1)}));
+    // A pixel more on each side: tiles are moved by less.
+    const Box around{area.x0 - 1.0, area.y0 - 1.0, area.x1 + 1.0, area.y1 + 1.0};
+    const Box tiles = lattice.TilesIn(MapBox(toDevice.Inverse(), around));
     const bool colorless = ToInteger(Entry(ink.pattern, "/PaintType"), 1) == 2;
     const auto paintTiles = [&](Canvas& canvas, const Box& numbers, const Matrix& matrix, const Pixels& visible) {
         GraphicsState state{{}, {visible, nullptr}};
         if (colorless && ink.space->underlying) state.fill = state.stroke = Ink{ink.space->underlying, ink.components};
         Interpreter tile(page_, canvas, resources_, state, colorless);
+        // Where tiles touch each other their edges are laid between pixels, so that there are no seams.
+        const Box& box = lattice.box;
+        const Box cell{box.x0, box.y0, box.x0 + lattice.step.x, box.y0 + lattice.step.y};
+        const bool touch = IsUpright(matrix) && (cell.x1 <= box.x1 || cell.y1 <= box.y1);
         for (double row = numbers.y0; row < numbers.y1; ++row) {
             for (double column = numbers.x0; column < numbers.x1; ++column) {
                 state.toDevice = Concat({1, 0, 0, 1, column * lattice.step.x, row * lattice.step.y}, matrix);
+                const Box exact = MapBox(state.toDevice, cell);
+                if (touch) state.toDevice = Concat(state.toDevice, Between(exact, Snapped(exact)));
                 tile.PaintContentOf(ink.pattern, state);
             }
         }
@@ -68,7 +75,7 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const double down = lattice.step.y * std::hypot(toDevice.c, toDevice.d);
     // Tiles blend with what lies below them, too.
     const bool blends = page_.blendModes.In(ink.pattern).any();
-    if ((blends || across * down >= kLeastPaintedArea) && Count(tiles) <= kMostPaintedTiles) {
+    if (across * down >= (blends ? kLeastBlendingArea : kLeastPaintedArea)) {
         const Placing asAWhole = PlacingOf(ink);
         canvas_.BeginGroup(mask, {!blends, false, false, state_.mode == vantu::BlendMode::Normal});
         paintTiles(canvas_, tiles, toDevice, area);

@@ -426,7 +426,7 @@ def shadings():
 
 def tilings():
     """Coloured and not; a step that is larger than the tile; with alpha, and transparent inside; in the place of the page
-    whose colour a form paints with."""
+    whose colour a form paints with; without seams between pixels."""
     def tiles(paint, elements, step):
         def pattern(content):
             inner = Content(content.file)
@@ -440,7 +440,12 @@ def tilings():
     def form(content):
         return content.name("XObject", content.file.stream(
             {"Subtype": "/Form", "BBox": [-10, 0, 50, 40], "Matrix": [1, 0, 0, 1, 10, 0]}, "-10 0 60 40 re f"))
-    return 12, 4, [paper(12, 4),
+
+    def full(content):
+        return content.file.stream({"PatternType": 1, "PaintType": 1, "TilingType": 1, "BBox": [0, 0, 50.3, 50.3],
+                                    "XStep": 50.3, "YStep": 50.3}, "0.2 0.6 0.9 rg 0 0 50.3 50.3 re f")
+    return 18, 4, [paper(18, 4),
+                   Raw(lambda c: f"/Pattern cs {c.name('Pattern', full(c))} scn 120 0 60 40 re f", at_place(12, 0, 6, 4, [[SKY]])),
                    Raw(lambda c: f"/Pattern cs {c.name('Pattern', colored(c))} scn {form(c)} Do",
                        at_place(0, 0, 6, 4, [[None, (BLUE, 0.5)] * 3, [RED, None] * 3] * 2), alpha=0.5),
                    Raw(lambda c: f"{c.name('ColorSpace', ['/Pattern', '/DeviceRGB'])} cs 0.6 0.2 0.5 "
