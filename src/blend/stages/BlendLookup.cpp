@@ -26,19 +26,20 @@ std::uint16_t Slope(int first, std::int64_t least, Step step) {
 }
 
 SoftLightSlopes MakeSoftLightSlopes() {
-    SoftLightSlopes slopes{};
+    WordTable above{}, below{};
     for (int cb = 0; cb < 256; ++cb) {
         const auto b = [cb](int cs) {
             return static_cast<int>(SoftLight(static_cast<std::uint32_t>(cb), static_cast<std::uint32_t>(cs)));
         };
         const auto backdrop = static_cast<std::size_t>(cb);
-        slopes.above[backdrop] = Slope(128, 0, [&](int cs) { return b(cs) - cb; });
-        if (cb != 0 && cb != 255) slopes.below[backdrop] = Slope(0, 1, [&](int cs) { return cb - 1 - b(cs); });
+        above[backdrop] = Slope(128, 0, [&](int cs) { return b(cs) - cb; });
+        if (cb != 0 && cb != 255) below[backdrop] = Slope(0, 1, [&](int cs) { return cb - 1 - b(cs); });
     }
+    SoftLightSlopes slopes{SplitTable(above), SplitTable(below), {}};
     for (const unsigned int cb : SoftLightSlopes::kUneven) {
         for (unsigned int cs = 0; cs < 128; ++cs) {
             const auto w = static_cast<std::uint32_t>(Weight(static_cast<int>(cs)));
-            if (cb - 1 - (w * slopes.below[cb] >> 16) == SoftLight(cb, cs)) continue;
+            if (cb - 1 - (w * below[cb] >> 16) == SoftLight(cb, cs)) continue;
             std::uint16_t& word = slopes.lower[8 * (cb / 32) + w / 32];
             word = static_cast<std::uint16_t>(word | 1U << w / 2 % 16);
         }

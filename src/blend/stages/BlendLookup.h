@@ -21,8 +21,8 @@ const PairTable& GetPairTable();
 /// SoftLight in slopes. With w = |2*cs - 255|: B = cb + w*above[cb] / 65536 from cs = 128 on, and below that
 /// B = cb - 1 - w*below[cb] / 65536, or cb where below[cb] is 0.
 struct SoftLightSlopes {
-    alignas(64) WordTable above;
-    alignas(64) WordTable below;
+    SplitTable above;
+    SplitTable below;
 
     /// Backdrops for which the double that defines the mode sometimes rounds down where the quotient is whole, so that
     /// no slope fits all sources. At most one lies in each 32.

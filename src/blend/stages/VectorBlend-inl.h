@@ -24,10 +24,15 @@ HWY_INLINE Words HardMix(Words t, Words o) {
     return hn::Add(hn::And(o, h), Div255(hn::Mul(hn::Xor(o, h), hn::Sub(hn::Add(t, t), h))));
 }
 
-/// B(cb, cs) of a mode.
+/// B(cb, cs) of a mode, for a channel of the blocks of a step.
 template <BlendMode Mode>
 struct Blend {
-    HWY_INLINE Words operator()(Words cb, Words cs) const {
+    HWY_INLINE Blocks<Words> operator()(const Blocks<Words>& cb, const Blocks<Words>& cs) const {
+        return EachBlock([&](std::size_t j) { return OfBlock(cb[j], cs[j]); });
+    }
+
+private:
+    static HWY_INLINE Words OfBlock(Words cb, Words cs) {
         const Words full = Constant(255);
         if constexpr (Mode == BlendMode::Normal) return cs;
         if constexpr (Mode == BlendMode::Multiply) return Div255(hn::Mul(cs, cb));
@@ -48,9 +53,12 @@ struct Blend {
 /// min(255, 255*cb / (255-cs)), and 255 for cs = 255.
 template <>
 struct Blend<BlendMode::ColorDodge> {
-    HWY_INLINE Words operator()(Words cb, Words cs) const {
-        const Words quotient = Scale(cb, UnpremultiplyFactor(hn::Sub(Constant(255), cs)));
-        return hn::IfThenElse(hn::Eq(cs, Constant(255)), cs, hn::Min(quotient, Constant(255)));
+    HWY_INLINE Blocks<Words> operator()(const Blocks<Words>& cb, const Blocks<Words>& cs) const {
+        const Words full = Constant(255);
+        const auto factor = UnpremultiplyFactors(EachBlock([&](std::size_t j) { return hn::Sub(full, cs[j]); }));
+        return EachBlock([&](std::size_t j) {
+            return hn::IfThenElse(hn::Eq(cs[j], full), full, hn::Min(Scale(cb[j], factor[j]), full));
+        });
     }
 };
 
@@ -66,12 +74,18 @@ HWY_INLINE Words LookUp16(const std::uint8_t* table, Words index) {
 /// defines the mode rounds down at k; at least 0, and 0 for cs = 0.
 template <>
 struct Blend<BlendMode::ColorBurn> {
-    HWY_INLINE Words operator()(Words cb, Words cs) const {
+    HWY_INLINE Blocks<Words> operator()(const Blocks<Words>& cb, const Blocks<Words>& cs) const {
+        const Blocks<Factor> factor = UnpremultiplyFactors(cs);
+        return EachBlock([&](std::size_t j) { return OfBlock(cb[j], cs[j], factor[j]); });
+    }
+
+private:
+    static HWY_INLINE Words OfBlock(Words cb, Words cs, const Factor& factor) {
         alignas(16) static constexpr std::uint8_t kBits[16] = {1, 2, 4, 8, 16, 32, 64, 128,
                                                                1, 2, 4, 8, 16, 32, 64, 128};
         const Words full = Constant(255);
         const Words x = hn::Sub(full, cb);
-        const Words k = Scale(x, UnpremultiplyFactor(cs));
+        const Words k = Scale(x, factor);
         const Words remainder = hn::Sub(hn::Mul(full, x), hn::Mul(k, cs));
         const Words byteIndex = hn::And(hn::ShiftRight<3>(k), Constant(15));
         const Words byte = hn::IfThenElse(hn::TestBit(k, Constant(128)), LookUp16(kRoundsDown.data() + 16, byteIndex),
@@ -86,20 +100,29 @@ struct Blend<BlendMode::ColorBurn> {
 
 template <>
 struct Blend<BlendMode::SoftLight> {
-    HWY_INLINE Words operator()(Words cb, Words cs) const {
+    HWY_INLINE Blocks<Words> operator()(const Blocks<Words>& cb, const Blocks<Words>& cs) const {
+        const Blocks<Words> above = LookUp(slopes.above, cb);
+        const Blocks<Words> below = LookUp(slopes.below, cb);
+        return EachBlock([&](std::size_t j) { return OfBlock(cb[j], cs[j], above[j], below[j]); });
+    }
+
+    const SoftLightSlopes& slopes = GetSoftLightSlopes();
+
+private:
+    HWY_INLINE Words OfBlock(Words cb, Words cs, Words slopeAbove, Words slopeBelow) const {
         const Words zero = hn::Zero(kWords);
         const Words twice = hn::Add(cs, cs);
         const Words above = hn::SaturatedSub(twice, Constant(255));
         const Words below = hn::SaturatedSub(Constant(255), twice);
-        const Words raised = hn::Add(cb, hn::MulHigh(above, LookUp(slopes.above, cb)));
+        const Words raised = hn::Add(cb, hn::MulHigh(above, slopeAbove));
 
-        const Words slope = LookUp(slopes.below, cb);
         const Words word = LookUp64(slopes.lower.data(),
                                     hn::Or(hn::And(hn::ShiftRight<2>(cb), Constant(56)), hn::ShiftRight<5>(below)));
         const Words bit = hn::And(hn::Shr(word, hn::And(hn::ShiftRight<1>(below), Constant(15))), Constant(1));
         const WordMask uneven = hn::Or(hn::Or(Is<0>(cb), Is<1>(cb)), hn::Or(Is<2>(cb), Is<3>(cb)));
-        const Words step = hn::Add(hn::Add(hn::MulHigh(below, slope), Constant(1)), hn::IfThenElseZero(uneven, bit));
-        const Words lowered = hn::Sub(cb, hn::IfThenZeroElse(hn::Eq(slope, zero), step));
+        const Words step =
+            hn::Add(hn::Add(hn::MulHigh(below, slopeBelow), Constant(1)), hn::IfThenElseZero(uneven, bit));
+        const Words lowered = hn::Sub(cb, hn::IfThenZeroElse(hn::Eq(slopeBelow, zero), step));
         return hn::IfThenElse(hn::Ne(below, zero), lowered, raised);
     }
 
@@ -107,8 +130,6 @@ struct Blend<BlendMode::SoftLight> {
     static HWY_INLINE WordMask Is(Words cb) {
         return hn::Eq(cb, Constant(SoftLightSlopes::kUneven[I]));
     }
-
-    const SoftLightSlopes& slopes = GetSoftLightSlopes();
 };
 
 #else  // single look-ups are faster than the same by divisions, or than a gather
@@ -149,8 +170,9 @@ HWY_INLINE hn::Vec<Tag> LookUpAll(Tag tag, const unsigned char* table, hn::Vec<T
 /// A mode from the table of all its values.
 template <BlendMode Mode>
 struct BlendByTable {
-    HWY_INLINE Words operator()(Words cb, Words cs) const {
-        return LookUpAll(kWords, table, hn::Or(hn::ShiftLeft<8>(cb), cs));
+    HWY_INLINE Blocks<Words> operator()(const Blocks<Words>& cb, const Blocks<Words>& cs) const {
+        return EachBlock(
+            [&](std::size_t j) { return LookUpAll(kWords, table, hn::Or(hn::ShiftLeft<8>(cb[j]), cs[j])); });
     }
 
     const unsigned char* table = GetPairTable<Mode>().data();
@@ -162,6 +184,21 @@ template <>
 struct Blend<BlendMode::SoftLight> : BlendByTable<BlendMode::SoftLight> {};
 
 #endif
+
+/// One channel of the colours of a step's blocks.
+HWY_INLINE Blocks<Words> ChannelOf(const Blocks<Channels>& colors, Words Channels::*channel) {
+    return EachBlock([&](std::size_t j) { return colors[j].*channel; });
+}
+
+/// B(cb, cs) of each channel of the blocks of a step.
+template <BlendMode Mode>
+HWY_INLINE Blocks<Channels> Blended(const Blend<Mode>& blend, const Blocks<Channels>& cb, const Blocks<Channels>& cs) {
+    if constexpr (Mode == BlendMode::Normal) return cs;
+    const auto blue = blend(ChannelOf(cb, &Channels::blue), ChannelOf(cs, &Channels::blue));
+    const auto green = blend(ChannelOf(cb, &Channels::green), ChannelOf(cs, &Channels::green));
+    const auto red = blend(ChannelOf(cb, &Channels::red), ChannelOf(cs, &Channels::red));
+    return EachBlock([&](std::size_t j) { return Channels{blue[j], green[j], red[j]}; });
+}
 
 }  // namespace vantu::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -20,46 +20,90 @@
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
-/// What all forms need of a block: the source, its effective alpha, and which pixels are left as they are.
+/// What all forms need of the blocks of a step: the source, its alpha and its effective alpha.
 struct Source {
     HWY_INLINE Source(const CompositeSpan& span, std::size_t i)
-        : block(LoadBlock(span.source + i * kPackedBytes)),
-          alpha(block.Alpha()),
-          opacity(span.opacity != nullptr ? LoadBytes(span.opacity + i)
-                                          : Div255(hn::Mul(alpha, Constant(span.alpha)))) {}
+        : block(LoadBlocks(span.source + i * kPackedBytes)),
+          alpha(Alphas(block)),
+          opacity(EachBlock([&](std::size_t j) { return Opacity(span, i + j * BlockPixels(), alpha[j]); })),
+          isOpaque(All(hn::Eq(AndOfBlocks(alpha), Constant(255)))) {}
 
-    [[nodiscard]] HWY_INLINE Channels Colors() const {
-        const Words full = Constant(255);
-        if (All(hn::Eq(alpha, full))) return StoredChannels(block);
-        if (!AllExtreme()) return UnpremultipliedWhereSeen(block, alpha);
-        const auto channel = [&](Words c) { return hn::IfThenElseZero(hn::Eq(c, alpha), full); };
-        return {channel(block.Blue()), channel(block.Green()), channel(block.Red())};
+    /// Whether all pixels are opaque and stay so.
+    [[nodiscard]] HWY_INLINE bool PaintsOpaque() const {
+        return isOpaque && All(hn::Eq(AndOfBlocks(opacity), Constant(255)));
     }
 
-    Block block;
-    Words alpha;
-    Words opacity;
+    [[nodiscard]] HWY_INLINE Blocks<Channels> Colors() const {
+        if (isOpaque) return StoredChannels(block);
+        if (!AreExtreme()) return UnpremultipliedWhereSeen(block, alpha);
+        return EachBlock([&](std::size_t j) {
+            const auto channel = [&](Words c) { return hn::IfThenElseZero(hn::Eq(c, alpha[j]), Constant(255)); };
+            return Channels{channel(block[j].Blue()), channel(block[j].Green()), channel(block[j].Red())};
+        });
+    }
+
+    Blocks<Block> block;
+    Blocks<Words> alpha;
+    Blocks<Words> opacity;
+    bool isOpaque;
 
 private:
+    static HWY_INLINE Words Opacity(const CompositeSpan& span, std::size_t i, Words alpha) {
+        if (span.opacity != nullptr) return LoadBytes(span.opacity + i);
+        return span.alpha == 255 ? alpha : Div255(hn::Mul(alpha, Constant(span.alpha)));
+    }
+
     /// Whether every channel is 0 or its pixel's alpha, which stand for 0 and 255 without a division: those of shadows,
     /// and of all else in black, white or a primary colour. min(c, alpha - c) is 0 there; a difference below 0 wraps.
-    [[nodiscard]] HWY_INLINE bool AllExtreme() const {
-        const hn::Repartition<std::uint8_t, Tag16> bytes;
-        const auto most = hn::BitCast(bytes, hn::Or(alpha, hn::ShiftLeft<8>(alpha)));
-        const auto distance = [&](Words two) {
-            const auto channels = hn::BitCast(bytes, two);
-            return hn::Min(channels, hn::Sub(most, channels));
-        };
-        const auto farthest = hn::Or(distance(block.blueGreen), distance(block.redAlpha));
-        return hn::AllTrue(bytes, hn::Eq(farthest, hn::Zero(bytes)));
+    [[nodiscard]] HWY_INLINE bool AreExtreme() const {
+        return EveryBlock([&](std::size_t j) {
+            const hn::Repartition<std::uint8_t, Tag16> bytes;
+            const auto most = hn::BitCast(bytes, hn::Or(alpha[j], hn::ShiftLeft<8>(alpha[j])));
+            const auto distance = [&](Words two) {
+                const auto channels = hn::BitCast(bytes, two);
+                return hn::Min(channels, hn::Sub(most, channels));
+            };
+            const auto farthest = hn::Or(distance(block[j].blueGreen), distance(block[j].redAlpha));
+            return hn::AllTrue(bytes, hn::Eq(farthest, hn::Zero(bytes)));
+        });
     }
 };
 
-HWY_INLINE WordMask Unselected(const CompositeSpan& span, std::size_t i) {
+HWY_INLINE Blocks<WordMask> Unselected(const CompositeSpan& span, std::size_t i) {
     const Words zero = hn::Zero(kWords);
-    if (span.select == nullptr) return hn::Ne(zero, zero);
-    return hn::Eq(LoadBytes(span.select + i), zero);
+    return EachBlock([&](std::size_t j) {
+        if (span.select == nullptr) return hn::Ne(zero, zero);
+        return hn::Eq(LoadBytes(span.select + i + j * BlockPixels()), zero);
+    });
 }
+
+/// Words of pixels that are selected, and 0 of others.
+HWY_INLINE Blocks<Words> OfSelected(const CompositeSpan& span, std::size_t i, const Blocks<Words>& words) {
+    return EachBlock([&](std::size_t j) {
+        if (span.select == nullptr) return words[j];
+        const Words selected = LoadBytes(span.select + i + j * BlockPixels());
+        return hn::IfThenElseZero(hn::Ne(selected, hn::Zero(kWords)), words[j]);
+    });
+}
+
+/// Which pixels stay as they are outside groups: those that are not selected, and those that the source is clear at.
+HWY_INLINE Blocks<WordMask> Unpainted(const CompositeSpan& span, std::size_t i, const Blocks<Words>& sourceAlpha) {
+    const Blocks<WordMask> unselected = Unselected(span, i);
+    return EachBlock([&](std::size_t j) { return hn::Or(hn::Eq(sourceAlpha[j], hn::Zero(kWords)), unselected[j]); });
+}
+
+/// Whether it pays to gather the pixels of a span, from a step on of which many are kept: not through opacities, nor
+/// for a few pixels.
+HWY_INLINE bool PaysToGather(const CompositeSpan& span, std::size_t i, const Blocks<WordMask>& keep) {
+    if (span.opacity != nullptr || i + 2 * StepPixels() > span.count) return false;
+    std::size_t kept = 0;
+    ForEachBlock([&](std::size_t j) { kept += hn::CountTrue(kWords, keep[j]); });
+    return kept > StepPixels() / 4;
+}
+
+/// Whether a mode costs so much that it pays to gather pixels also on an opaque target.
+template <BlendMode Mode>
+constexpr bool kCostly = Mode == BlendMode::ColorDodge || Mode == BlendMode::ColorBurn || Mode == BlendMode::SoftLight;
 
 HWY_INLINE void StoreWhereNot(WordMask keep, const Block& before, const Block& after, unsigned char* packed) {
     StoreBlock({hn::IfThenElse(keep, before.blueGreen, after.blueGreen),
@@ -68,16 +112,17 @@ HWY_INLINE void StoreWhereNot(WordMask keep, const Block& before, const Block& a
 }
 
 template <PackedColors Colors>
-HWY_INLINE Channels StraightChannels(const Block& block, Words alpha) {
-    return Colors == PackedColors::Straight ? StoredChannels(block) : Unpremultiplied(block, alpha);
+HWY_INLINE Blocks<Channels> StraightChannels(const Blocks<Block>& block, const Blocks<Words>& alpha) {
+    if constexpr (Colors == PackedColors::Premultiplied) return Unpremultiplied(block, alpha);
+    return StoredChannels(block);
 }
 
 /// floor(M / a) with R = floor(65535 / a). A premultiplied channel is floor(a * quotient / 255), and a * quotient is M
 /// less its remainder; 0 for a = 0.
 template <PackedColors Colors, typename Numerator>
 struct Divided {
-    HWY_INLINE Words operator()(Words cb, Words cs) const {
-        const Words m = numerator(cb, cs);
+    HWY_INLINE Words operator()(Words cb, Words cs, Words b) const {
+        const Words m = numerator(cb, cs, b);
         const Division division(m, a, r);
         if constexpr (Colors == PackedColors::Premultiplied) return Div255(hn::Sub(m, division.remainder));
         return division.Quotient();
@@ -92,8 +137,12 @@ struct Divided {
 /// 510 where B may be as small as |cs-cb|: there 255*v0 is taken out of v0*S first.
 template <BlendMode Mode>
 struct PlainNumerator {
-    HWY_INLINE Words operator()(Words cb, Words cs) const {
-        const Words s = hn::Sub(hn::Add(cs, cb), blend(cb, cs));
+    HWY_INLINE Words operator()(Words cb, Words cs, Words b) const {
+        if constexpr (Mode == BlendMode::Normal) {  // S is cb
+            const Words base = hn::Add(hn::Mul(cs, as), hn::Mul(cb, hn::Sub(ab, v1)));
+            return hn::Sub(base, CeilDiv255(hn::Mul(v0, cb)));
+        }
+        const Words s = hn::Sub(hn::Add(cs, cb), b);
         const Words base = hn::Sub(hn::Add(hn::Mul(cs, as), hn::Mul(cb, ab)), hn::Mul(v1, s));
         if constexpr (Mode == BlendMode::Difference || Mode == BlendMode::Exclusion) {
             const Words full = Constant(255);
@@ -105,7 +154,6 @@ struct PlainNumerator {
     }
 
     Words as, ab, v1, v0;
-    const Blend<Mode>& blend;
 };
 
 /// as*ab as 255*v1 + v0.
@@ -120,17 +168,14 @@ struct Product {
 
 /// M = floor(N/255) of N = ((255-ab)*cs + B*ab)*as + (ai-as)*cb*255. With as*ab = 255*v1 + v0:
 /// M = cs*as + cb*(ai-as) - v1*(cs-B) - ceil(v0*(cs-B)/255), where the last is -floor(v0*(B-cs)/255) for B above cs.
-template <BlendMode Mode>
 struct GroupNumerator {
-    HWY_INLINE Words operator()(Words cb, Words cs) const {
-        const Words b = blend(cb, cs);
+    HWY_INLINE Words operator()(Words cb, Words cs, Words b) const {
         const Words base = hn::Add(hn::Mul(cs, as), hn::Mul(cb, rest));
         const Words down = hn::Add(hn::Mul(v1, hn::Sub(cs, b)), CeilDiv255(hn::Mul(v0, hn::SaturatedSub(cs, b))));
         return hn::Add(hn::Sub(base, down), Div255(hn::Mul(v0, hn::SaturatedSub(b, cs))));
     }
 
     Words as, rest, v1, v0;
-    const Blend<Mode>& blend;
 };
 
 }  // namespace vantu::HWY_NAMESPACE

@@ -9,6 +9,8 @@
 
 #include <hwy/highway.h>
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "blend/stages/Quotients.h"
@@ -57,10 +59,10 @@ HWY_INLINE Factor TruncatedQuotient(float numerator, Words d) {
 #if IMAGEOP_HAS_WORD_TABLES
 
 /// The entries of a table at words below 256: its four quarters, of which bits 6 and 7 choose one.
-HWY_INLINE Words LookUp(const WordTable& table, Words index) {
+HWY_INLINE Words LookUp(const SplitTable& table, Words index) {
     const WordMask odd = hn::TestBit(index, Constant(64));
     const WordMask upper = hn::TestBit(index, Constant(128));
-    const std::uint16_t* const entries = table.data();
+    const std::uint16_t* const entries = table.words.data();
     return hn::IfThenElse(upper, hn::IfThenElse(odd, LookUp64(entries + 192, index), LookUp64(entries + 128, index)),
                           hn::IfThenElse(odd, LookUp64(entries + 64, index), LookUp64(entries, index)));
 }
@@ -91,6 +93,80 @@ HWY_INLINE Words Reciprocal(Words d) {
 #endif
 }
 
+#if IMAGEOP_HAS_BYTE_TABLES
+
+/// Words of two bytes, each looked up in tables of 256: bits 6 and 7 of a byte choose one of a table's four quarters.
+class BytesLookUp {
+public:
+    explicit HWY_INLINE BytesLookUp(Words two)
+        : index_(hn::BitCast(kBytes, two)),
+          odd_(hn::TestBit(index_, hn::Set(kBytes, 64))),
+          upper_(hn::TestBit(index_, hn::Set(kBytes, 128))) {}
+
+    HWY_INLINE Words operator()(const std::array<std::uint8_t, 256>& table) const {
+        const auto quarter = [&](std::size_t i) { return LookUp64(hn::Load(kBytes, table.data() + 64 * i), index_); };
+        const Bytes below = hn::IfThenElse(odd_, quarter(1), quarter(0));
+        const Bytes above = hn::IfThenElse(odd_, quarter(3), quarter(2));
+        return hn::BitCast(kWords, hn::IfThenElse(upper_, above, below));
+    }
+
+private:
+    Bytes index_;
+    hn::Mask<TagBytes> odd_, upper_;
+};
+
+/// The words of a step's blocks, below 256, as bytes of one vector of words: those of the first block low.
+HWY_INLINE Words JoinBytes(const Blocks<Words>& bytes) {
+    return hn::Or(bytes[0], hn::ShiftLeft<8>(bytes[1]));
+}
+
+/// The words of block j of such bytes, and of 256*upper + lower of two vectors of them.
+HWY_INLINE Words BytesOf(Words two, std::size_t j) {
+    return j == 0 ? hn::And(two, Constant(255)) : hn::ShiftRight<8>(two);
+}
+HWY_INLINE Words WordsOf(Words upper, Words lower, std::size_t j) {
+    return j == 0 ? hn::OrAnd(hn::ShiftLeft<8>(upper), lower, Constant(0x00FF))
+                  : hn::OrAnd(hn::ShiftRight<8>(lower), upper, Constant(0xFF00));
+}
+
+/// The entries of a table for each block of a step, at words below 256.
+HWY_INLINE Blocks<Words> LookUp(const SplitTable& table, const Blocks<Words>& index) {
+    const BytesLookUp lookUp(JoinBytes(index));
+    const Words low = lookUp(table.low);
+    const Words high = lookUp(table.high);
+    return EachBlock([&](std::size_t j) { return WordsOf(high, low, j); });
+}
+
+/// UnpremultiplyFactor of each block of a step, but 0 for an a of 0.
+HWY_INLINE Blocks<Factor> UnpremultiplyFactors(const Blocks<Words>& a) {
+    const BytesLookUp lookUp(JoinBytes(a));
+    const Words low = lookUp(kUnpremultiplyLow.low);
+    const Words middle = lookUp(kUnpremultiplyLow.high);
+    const Words high = lookUp(kUnpremultiplyHigh.low);
+    return EachBlock([&](std::size_t j) { return Factor{BytesOf(high, j), WordsOf(middle, low, j)}; });
+}
+
+/// Reciprocal of each block of a step.
+HWY_INLINE Blocks<Words> Reciprocals(const Blocks<Words>& d) {
+    return LookUp(kReciprocal, d);
+}
+
+#else
+
+#if IMAGEOP_HAS_WORD_TABLES
+HWY_INLINE Blocks<Words> LookUp(const SplitTable& table, const Blocks<Words>& index) {
+    return {LookUp(table, index[0])};
+}
+#endif
+HWY_INLINE Blocks<Factor> UnpremultiplyFactors(const Blocks<Words>& a) {
+    return {UnpremultiplyFactor(a[0])};
+}
+HWY_INLINE Blocks<Words> Reciprocals(const Blocks<Words>& d) {
+    return {Reciprocal(d[0])};
+}
+
+#endif
+
 /// floor(m / d) and m mod d, with r = Reciprocal(d): m*r / 65536 is the quotient or one less.
 struct Division {
     HWY_INLINE Division(Words m, Words d, Words r)
@@ -111,19 +187,27 @@ HWY_INLINE Channels Scaled(const Block& block, const Factor& factor) {
     return {channel(block.Blue()), channel(block.Green()), channel(block.Red())};
 }
 
-/// The straight channels of premultiplied ones: floor(255 * c / alpha) cut to 8 bits, 0 at alpha 0.
-HWY_INLINE Channels Unpremultiplied(const Block& block, Words alpha) {
-    Factor factor = UnpremultiplyFactor(alpha);
-#if !IMAGEOP_HAS_WORD_TABLES
-    const WordMask clear = hn::Eq(alpha, hn::Zero(kWords));
-    factor = {hn::IfThenZeroElse(clear, factor.hi), hn::IfThenZeroElse(clear, factor.lo)};
-#endif
-    return Scaled(block, factor);
-}
-
-/// The same, but any bytes at alpha 0: for colours that do not count there.
+/// The straight channels of premultiplied ones: floor(255 * c / alpha) cut to 8 bits, but any bytes at alpha 0, for
+/// colours that do not count there.
 HWY_INLINE Channels UnpremultipliedWhereSeen(const Block& block, Words alpha) {
     return Scaled(block, UnpremultiplyFactor(alpha));
+}
+HWY_INLINE Blocks<Channels> UnpremultipliedWhereSeen(const Blocks<Block>& block, const Blocks<Words>& alpha) {
+    const Blocks<Factor> factor = UnpremultiplyFactors(alpha);
+    return EachBlock([&](std::size_t j) { return Scaled(block[j], factor[j]); });
+}
+
+/// The same, but 0 at alpha 0.
+HWY_INLINE Blocks<Channels> Unpremultiplied(const Blocks<Block>& block, const Blocks<Words>& alpha) {
+    const Blocks<Factor> factor = UnpremultiplyFactors(alpha);
+    return EachBlock([&](std::size_t j) {
+#if IMAGEOP_HAS_WORD_TABLES
+        return Scaled(block[j], factor[j]);
+#else
+        const WordMask clear = hn::Eq(alpha[j], hn::Zero(kWords));
+        return Scaled(block[j], {hn::IfThenZeroElse(clear, factor[j].hi), hn::IfThenZeroElse(clear, factor[j].lo)});
+#endif
+    });
 }
 
 }  // namespace vantu::HWY_NAMESPACE

@@ -10,6 +10,7 @@
 #include <vantu/BlendMode.h>
 
 #include <cstddef>
+#include <cstdint>
 
 #include "blend/stages/Stages.h"
 #include "blend/stages/VectorBlend-inl.h"
@@ -22,25 +23,21 @@ HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
 /// (B*as + cb*(255-as)) / 255: the result on an opaque backdrop.
-template <BlendMode Mode>
 struct OnOpaque {
-    HWY_INLINE Words operator()(Words cb, Words cs) const {
-        return Div255(hn::Add(hn::Mul(blend(cb, cs), as), hn::Mul(cb, hn::Sub(Constant(255), as))));
+    HWY_INLINE Words operator()(Words cb, Words b) const {
+        return Div255(hn::Add(hn::Mul(b, as), hn::Mul(cb, hn::Sub(Constant(255), as))));
     }
 
     Words as;
-    const Blend<Mode>& blend;
 };
 
 /// (B*ab + cs*(255-ab)) / 255: the result of an opaque source.
-template <BlendMode Mode>
 struct OfOpaque {
-    HWY_INLINE Words operator()(Words cb, Words cs) const {
-        return Div255(hn::Add(hn::Mul(blend(cb, cs), ab), hn::Mul(cs, hn::Sub(Constant(255), ab))));
+    HWY_INLINE Words operator()(Words cs, Words b) const {
+        return Div255(hn::Add(hn::Mul(b, ab), hn::Mul(cs, hn::Sub(Constant(255), ab))));
     }
 
     Words ab;
-    const Blend<Mode>& blend;
 };
 
 /// Normal of opaque pixels on opaque ones at a constant alpha below 255: every byte, the alpha's too, is
@@ -58,169 +55,216 @@ HWY_INLINE Pixels MixedBytes(Pixels source, Pixels target, std::uint32_t alpha) 
     return AsPixels(hn::OrAnd(even, hn::Add(m, hn::ShiftRight<8>(m)), high));
 }
 
-/// Paints a block of which all pixels are opaque that way.
+/// Paints a step of which all pixels are opaque that way.
 /// @return false if they are not.
 HWY_INLINE bool PaintOpaqueBytes(const CompositeSpan& span, std::size_t i) {
     const unsigned char* const source = span.source + i * kPackedBytes;
     unsigned char* const target = span.target + i * kPackedBytes;
-    const std::size_t half = kPackedBytes * hn::Lanes(kPixels);
-    const Pixels s0 = LoadPixels(source), s1 = LoadPixels(source + half);
-    const Pixels t0 = LoadPixels(target), t1 = LoadPixels(target + half);
-    if (!AllOpaque(hn::And(hn::And(s0, s1), hn::And(t0, t1)))) return false;
-    StorePixels(MixedBytes(s0, t0, span.alpha), target);
-    StorePixels(MixedBytes(s1, t1, span.alpha), target + half);
+    if (!IsOpaque(source) || !IsOpaque(target)) return false;
+    for (std::size_t at = 0; at < kStepVectors * VectorBytes(); at += VectorBytes()) {
+        StorePixels(MixedBytes(LoadPixels(source + at), LoadPixels(target + at), span.alpha), target + at);
+    }
     return true;
 }
 
-// Each form paints a block of a span from pixel i on, and says whether it would pay to gather the pixels that need
-// painting: whether many, but not all, stay as they are.
+/// Whether Normal replaces all pixels of a step by opaque ones.
+template <BlendMode Mode>
+HWY_INLINE bool Replaces(const CompositeSpan& span, const Source& source) {
+    return Mode == BlendMode::Normal && span.select == nullptr && source.PaintsOpaque();
+}
+
+// Each form paints the blocks of a step, from pixel i of a span on. Where it pays to gather the pixels that need
+// painting from there on it paints nothing and returns false.
 
 template <BlendMode Mode, PackedColors Colors>
 struct PlainStage {
     static HWY_INLINE bool Paint(const CompositeSpan& span, std::size_t i, const Blend<Mode>& blend) {
         if (Mode == BlendMode::Normal && span.alpha != 255 && span.opacity == nullptr && span.select == nullptr &&
             PaintOpaqueBytes(span, i)) {
-            return false;
+            return true;
         }
         if (span.opacity != nullptr && span.select == nullptr && PaintOpaqueThroughOpacities<Mode>(span, i))
-            return false;
+            return true;
         const Words zero = hn::Zero(kWords);
         const Words full = Constant(255);
         const Source source(span, i);
-        WordMask keep = hn::Eq(source.alpha, zero);
-        if (All(keep)) return false;
+        if (All(hn::Eq(OrOfBlocks(source.alpha), zero))) return true;
+        const Blocks<Words>& as = source.opacity;
         unsigned char* const packed = span.target + i * kPackedBytes;
-        const Words as = source.opacity;
-        const bool opaqueSource = All(hn::Eq(hn::And(source.alpha, as), full));
-        const bool replaces = Mode == BlendMode::Normal && opaqueSource;
-        if (replaces && span.select == nullptr) {
-            StoreBlock(source.block, packed);
-            return false;
+        if (Replaces<Mode>(span, source)) {
+            ForEachBlock([&](std::size_t j) { StoreBlock(source.block[j], BlockAt(packed, j)); });
+            return true;
         }
-        keep = hn::Or(keep, Unselected(span, i));
-        const bool sparse = hn::CountTrue(kWords, keep) > BlockPixels() / 4;
-        const Block target = LoadBlock(packed);
-        if (replaces) {
-            StoreWhereNot(keep, target, source.block, packed);
-            return sparse;
+        const Blocks<Block> target = LoadBlocks(packed);
+        const Blocks<Words> ab = Alphas(target);
+        const auto store = [&](std::size_t j, WordMask unchanged, const Block& result) {
+            StoreWhereNot(unchanged, target[j], result, BlockAt(packed, j));
+        };
+        const bool opaqueSource = source.PaintsOpaque();
+        if (Mode == BlendMode::Normal && opaqueSource) {
+            const Blocks<WordMask> keep = Unselected(span, i);
+            if (PaysToGather(span, i, keep)) return false;
+            ForEachBlock([&](std::size_t j) { store(j, keep[j], source.block[j]); });
+            return true;
         }
-        const Words ab = target.Alpha();
-        const Channels cs = source.Colors();
-        if (All(hn::Eq(ab, full))) {
-            const Channels result = EachChannel(StoredChannels(target), cs, OnOpaque<Mode>{as, blend});
-            StoreWhereNot(keep, target, MakeBlock(result, full), packed);
-            return sparse;
+        const bool onOpaque = All(hn::Eq(AndOfBlocks(ab), full));
+        const Blocks<WordMask> keep = Unpainted(span, i, source.alpha);
+        const bool mayGather = !onOpaque || kCostly<Mode>;
+        if (mayGather && PaysToGather(span, i, keep)) return false;
+        const Blocks<Channels> cs = source.Colors();
+        if (onOpaque) {
+            // Where as is 0, as it is where the source is clear, the result is the target.
+            const Blocks<Words> seen = OfSelected(span, i, as);
+            const Blocks<Channels> cb = StoredChannels(target);
+            const Blocks<Channels> b = Blended(blend, cb, cs);
+            ForEachBlock([&](std::size_t j) {
+                StoreBlock(MakeBlock(EachChannel(cb[j], b[j], OnOpaque{seen[j]}), full), BlockAt(packed, j));
+            });
+            return true;
         }
-        const Channels cb =
+        const Blocks<Channels> cb =
             Colors == PackedColors::Straight ? StoredChannels(target) : UnpremultipliedWhereSeen(target, ab);
+        const Blocks<Channels> b = Blended(blend, cb, cs);
         if (opaqueSource) {
-            StoreWhereNot(keep, target, MakeBlock(EachChannel(cb, cs, OfOpaque<Mode>{ab, blend}), full), packed);
-            return sparse;
+            ForEachBlock(
+                [&](std::size_t j) { store(j, keep[j], MakeBlock(EachChannel(cs[j], b[j], OfOpaque{ab[j]}), full)); });
+            return true;
         }
-        const Product v(as, ab);
-        const Words ar = hn::Add(hn::Sub(ab, v.v1), as);
-        const PlainNumerator<Mode> numerator{as, ab, v.v1, v.v0, blend};
-        const Channels result =
-            EachChannel(cb, cs, Divided<Colors, PlainNumerator<Mode>>{numerator, ar, Reciprocal(ar)});
-        // A straight pixel of result alpha 0 keeps its colour; a premultiplied one is cleared unless told otherwise.
-        if (Colors == PackedColors::Straight || span.keepClear) keep = hn::Or(keep, hn::Eq(ar, zero));
-        StoreWhereNot(keep, target, MakeBlock(result, ar), packed);
-        return sparse;
+        const auto v = EachBlock([&](std::size_t j) { return Product(as[j], ab[j]); });
+        const auto ar = EachBlock([&](std::size_t j) { return hn::Add(hn::Sub(ab[j], v[j].v1), as[j]); });
+        const Blocks<Words> r = Reciprocals(ar);
+        ForEachBlock([&](std::size_t j) {
+            using Numerator = PlainNumerator<Mode>;
+            const Numerator numerator{as[j], ab[j], v[j].v1, v[j].v0};
+            const Channels result = EachChannel(cb[j], cs[j], b[j], Divided<Colors, Numerator>{numerator, ar[j], r[j]});
+            // A straight pixel of result alpha 0 keeps its colour; a premultiplied one is cleared unless told
+            // otherwise.
+            const bool keepsClear = Colors == PackedColors::Straight || span.keepClear;
+            store(j, keepsClear ? hn::Or(keep[j], hn::Eq(ar[j], zero)) : keep[j], MakeBlock(result, ar[j]));
+        });
+        return true;
     }
 };
-
-/// Whether all of a block is painted by Normal with pixels that are opaque.
-template <BlendMode Mode>
-HWY_INLINE bool Replaces(const CompositeSpan& span, const Source& source) {
-    return Mode == BlendMode::Normal && span.select == nullptr &&
-           All(hn::Eq(hn::And(source.alpha, source.opacity), Constant(255)));
-}
 
 template <BlendMode Mode, PackedColors Colors>
 struct GroupStage {
     static HWY_INLINE bool Paint(const CompositeSpan& span, std::size_t i, const Blend<Mode>& blend) {
         const Words zero = hn::Zero(kWords);
         const Words full = Constant(255);
-        WordMask keep = Unselected(span, i);
-        if (All(keep)) return false;
+        const Blocks<WordMask> keep = Unselected(span, i);
+        if (All(AndOfBlocks(keep))) return true;
         const Source source(span, i);
-        const Words as = source.opacity;
+        const Blocks<Words>& as = source.opacity;
         unsigned char* const packed = span.target + i * kPackedBytes;
+        std::uint32_t* const entries = span.groupAlpha + i;
         if (Replaces<Mode>(span, source)) {
-            StoreEntries(full, span.groupAlpha + i);
-            StoreBlock(source.block, packed);
-            return false;
+            ForEachBlock([&](std::size_t j) {
+                StoreEntries(full, entries + j * BlockPixels());
+                StoreBlock(source.block[j], BlockAt(packed, j));
+            });
+            return true;
         }
-        const Words raise = span.stencil ? source.alpha : as;
-        const Words before = LoadEntries(span.groupAlpha + i);
-        const Words g = hn::IfThenElse(keep, before, UniteAlpha(before, raise));
-        const Block target = LoadBlock(packed);
-        const Words a0 = LoadBlock(span.snapshot + i * kPackedBytes).Alpha();
-        const Words ab = target.Alpha();
-        const WordMask opaque = hn::Eq(hn::And(ab, hn::Max(a0, g)), full);  // and ai is 255
-        // A clear source leaves opaque pixels as they are, and those that stay clear.
-        if (All(hn::Eq(raise, zero)) && All(hn::Or(opaque, hn::Eq(hn::Or(a0, g), zero)))) return false;
-        StoreEntries(g, span.groupAlpha + i);
-        const Channels cs = source.Colors();
-        if (All(opaque)) {
-            const Channels result = EachChannel(StoredChannels(target), cs, OnOpaque<Mode>{as, blend});
-            StoreWhereNot(keep, target, MakeBlock(result, full), packed);
-            return false;
+        const Blocks<Words>& raise = span.stencil ? source.alpha : as;
+        const auto g = EachBlock([&](std::size_t j) {
+            const Words before = LoadEntries(entries + j * BlockPixels());
+            return hn::IfThenElse(keep[j], before, UniteAlpha(before, raise[j]));
+        });
+        const Blocks<Block> target = LoadBlocks(packed);
+        const Blocks<Words> a0 = Alphas(LoadBlocks(span.snapshot + i * kPackedBytes));
+        const Blocks<Words> ab = Alphas(target);
+        // Where these are opaque ai is 255, too. A clear source leaves opaque pixels as they are, and those that stay
+        // clear.
+        const auto opaque =
+            EachBlock([&](std::size_t j) { return hn::Eq(hn::And(ab[j], hn::Max(a0[j], g[j])), full); });
+        const auto stays =
+            EachBlock([&](std::size_t j) { return hn::Or(opaque[j], hn::Eq(hn::Or(a0[j], g[j]), zero)); });
+        if (All(hn::Eq(OrOfBlocks(raise), zero)) && All(AndOfBlocks(stays))) return true;
+        ForEachBlock([&](std::size_t j) { StoreEntries(g[j], entries + j * BlockPixels()); });
+        const Blocks<Channels> cs = source.Colors();
+        const auto store = [&](std::size_t j, WordMask unchanged, const Channels& result, Words alpha) {
+            StoreWhereNot(unchanged, target[j], MakeBlock(result, alpha), BlockAt(packed, j));
+        };
+        if (All(AndOfBlocks(opaque))) {
+            const Blocks<Channels> cb = StoredChannels(target);
+            const Blocks<Channels> b = Blended(blend, cb, cs);
+            ForEachBlock([&](std::size_t j) { store(j, keep[j], EachChannel(cb[j], b[j], OnOpaque{as[j]}), full); });
+            return true;
         }
-        const Words ai = UniteAlpha(a0, g);
-        const Product v(as, ab);
-        const Words r = Reciprocal(ai);
-        const GroupNumerator<Mode> numerator{as, hn::Sub(ai, as), v.v1, v.v0, blend};
-        const Channels result = EachChannel(StraightChannels<Colors>(target, ab), cs,
-                                            Divided<Colors, GroupNumerator<Mode>>{numerator, ai, r});
-        keep = hn::Or(keep, hn::Eq(ai, zero));
-        StoreWhereNot(keep, target, MakeBlock(result, ai), packed);
-        return false;
+        const auto ai = EachBlock([&](std::size_t j) { return UniteAlpha(a0[j], g[j]); });
+        const Blocks<Words> r = Reciprocals(ai);
+        const Blocks<Channels> cb = StraightChannels<Colors>(target, ab);
+        const Blocks<Channels> b = Blended(blend, cb, cs);
+        ForEachBlock([&](std::size_t j) {
+            const Product v(as[j], ab[j]);
+            const GroupNumerator numerator{as[j], hn::Sub(ai[j], as[j]), v.v1, v.v0};
+            const Divided<Colors, GroupNumerator> divided{numerator, ai[j], r[j]};
+            const Channels result = EachChannel(cb[j], cs[j], b[j], divided);
+            store(j, hn::Or(keep[j], hn::Eq(ai[j], zero)), result, ai[j]);
+        });
+        return true;
     }
 };
 
 template <BlendMode Mode, PackedColors Colors>
 struct KnockoutStage {
     static HWY_INLINE bool Paint(const CompositeSpan& span, std::size_t i, const Blend<Mode>& blend) {
-        const WordMask keep = Unselected(span, i);
-        if (All(keep)) return false;
+        const Blocks<WordMask> keep = Unselected(span, i);
+        if (All(AndOfBlocks(keep))) return true;
         const Source source(span, i);
-        const Words as = source.opacity;
+        const Blocks<Words>& as = source.opacity;
         if (!span.stencil) {
-            const Words before = LoadEntries(span.groupAlpha + i);
-            StoreEntries(hn::IfThenElse(keep, before, UniteAlpha(before, as)), span.groupAlpha + i);
+            ForEachBlock([&](std::size_t j) {
+                std::uint32_t* const entries = span.groupAlpha + i + j * BlockPixels();
+                const Words before = LoadEntries(entries);
+                StoreEntries(hn::IfThenElse(keep[j], before, UniteAlpha(before, as[j])), entries);
+            });
         }
 
         unsigned char* const packed = span.target + i * kPackedBytes;
-        const Block target = LoadBlock(packed);
-        const Block snapshot = LoadBlock(span.snapshot + i * kPackedBytes);
-        const Words ad = target.Alpha();
-        const Words a0 = snapshot.Alpha();
+        const Blocks<Block> target = LoadBlocks(packed);
+        const Blocks<Block> snapshot = LoadBlocks(span.snapshot + i * kPackedBytes);
+        const Blocks<Words> ad = Alphas(target);
+        const Blocks<Words> a0 = Alphas(snapshot);
+        const Blocks<Channels> cs = source.Colors();
         // Where as is 0 the group's own colour stays; the alpha is new all the same, but under a stencil.
-        const WordMask unpainted = hn::Eq(as, hn::Zero(kWords));
+        const auto paintedOr = [&](std::size_t j, Words old, Words fresh) {
+            return hn::IfThenElse(hn::Eq(as[j], hn::Zero(kWords)), old, fresh);
+        };
+        const auto store = [&](std::size_t j, const Channels& result, Words alpha) {
+            StoreWhereNot(keep[j], target[j], MakeBlock(result, alpha), BlockAt(packed, j));
+        };
         const Words full = Constant(255);
-        if (All(hn::Eq(hn::And(ad, a0), full))) {
-            const Channels painted = EachChannel(StoredChannels(snapshot), source.Colors(), OnOpaque<Mode>{as, blend});
-            const Channels result = EachChannel(StoredChannels(target), painted, [&](Words old, Words fresh) {
-                return hn::IfThenElse(unpainted, old, fresh);
+        if (All(hn::Eq(hn::And(AndOfBlocks(ad), AndOfBlocks(a0)), full))) {
+            const Blocks<Channels> c0 = StoredChannels(snapshot);
+            const Blocks<Channels> b = Blended(blend, c0, cs);
+            ForEachBlock([&](std::size_t j) {
+                const Channels painted = EachChannel(c0[j], b[j], OnOpaque{as[j]});
+                store(j,
+                      EachChannel(StoredChannels(target[j]), painted,
+                                  [&](Words old, Words fresh) { return paintedOr(j, old, fresh); }),
+                      full);
             });
-            StoreWhereNot(keep, target, MakeBlock(result, full), packed);
-            return false;
+            return true;
         }
-        const Product v(as, a0);
-        const Words ar = hn::Add(hn::Sub(a0, v.v1), as);
-        const Words r = Reciprocal(ar);
-        const PlainNumerator<Mode> numerator{as, a0, v.v1, v.v0, blend};
-        const Channels painted = EachChannel(StraightChannels<Colors>(snapshot, a0), source.Colors(),
-                                             Divided<PackedColors::Straight, PlainNumerator<Mode>>{numerator, ar, r});
-
-        const Words alpha = span.stencil ? ad : ar;
-        const Channels result = EachChannel(StraightChannels<Colors>(target, ad), painted, [&](Words old, Words fresh) {
-            const Words channel = hn::IfThenElse(unpainted, old, fresh);
-            return Colors == PackedColors::Premultiplied ? Div255(hn::Mul(channel, alpha)) : channel;
+        const auto v = EachBlock([&](std::size_t j) { return Product(as[j], a0[j]); });
+        const auto ar = EachBlock([&](std::size_t j) { return hn::Add(hn::Sub(a0[j], v[j].v1), as[j]); });
+        const Blocks<Words> r = Reciprocals(ar);
+        const Blocks<Channels> c0 = StraightChannels<Colors>(snapshot, a0);
+        const Blocks<Channels> cd = StraightChannels<Colors>(target, ad);
+        const Blocks<Channels> b = Blended(blend, c0, cs);
+        ForEachBlock([&](std::size_t j) {
+            using Numerator = PlainNumerator<Mode>;
+            const Numerator numerator{as[j], a0[j], v[j].v1, v[j].v0};
+            const Divided<PackedColors::Straight, Numerator> divided{numerator, ar[j], r[j]};
+            const Channels painted = EachChannel(c0[j], cs[j], b[j], divided);
+            const Words alpha = span.stencil ? ad[j] : ar[j];
+            const Channels result = EachChannel(cd[j], painted, [&](Words old, Words fresh) {
+                const Words channel = paintedOr(j, old, fresh);
+                return Colors == PackedColors::Premultiplied ? Div255(hn::Mul(channel, alpha)) : channel;
+            });
+            store(j, result, alpha);
         });
-        StoreWhereNot(keep, target, MakeBlock(result, alpha), packed);
-        return false;
+        return true;
     }
 };
 

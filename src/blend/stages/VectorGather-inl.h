@@ -24,13 +24,13 @@
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
-/// Paints whole blocks of a span from pixel `first` to `end`, or to one behind which it pays to gather.
+/// Paints whole steps of a span from pixel `first` to `end`, or to one from which on it pays to gather.
 /// @return the pixel to go on with.
 template <typename Stage, typename BlendFunction>
-HWY_NOINLINE std::size_t PaintBlocks(const CompositeSpan& span, std::size_t first, std::size_t end,
-                                     const BlendFunction& blend) {
-    for (; first < end; first += BlockPixels()) {
-        if (Stage::Paint(span, first, blend)) return first + BlockPixels();
+HWY_NOINLINE std::size_t PaintSteps(const CompositeSpan& span, std::size_t first, std::size_t end,
+                                    const BlendFunction& blend) {
+    for (; first < end; first += StepPixels()) {
+        if (!Stage::Paint(span, first, blend)) return first;
     }
     return first;
 }
@@ -46,6 +46,7 @@ public:
     static constexpr std::size_t kMostPixels = 1024;
 
     explicit GatheredPixels(const CompositeSpan& span) : span_(span), gathered_(span) {
+        gathered_.count = 0;  // nothing to be gathered again
         gathered_.source = source_;
         gathered_.target = target_;
         gathered_.select = nullptr;
@@ -56,12 +57,10 @@ public:
     std::size_t Paint(std::size_t first, std::size_t count, const Blend<Mode>& blend) {
         const std::size_t gathered = Gather(first, count);
         if (gathered == 0) return 0;
-        // What fills up the last block is transparent.
-        std::memset(source_ + gathered * kPackedBytes, 0, BlockPixels() * kPackedBytes);
-        std::memset(target_ + gathered * kPackedBytes, 0, BlockPixels() * kPackedBytes);
-        for (std::size_t done = 0; done < gathered;) {
-            done = PaintBlocks<PlainStage<Mode, Colors>>(gathered_, done, gathered, blend);
-        }
+        // What fills up the last step is transparent.
+        std::memset(source_ + gathered * kPackedBytes, 0, StepPixels() * kPackedBytes);
+        std::memset(target_ + gathered * kPackedBytes, 0, StepPixels() * kPackedBytes);
+        PaintSteps<PlainStage<Mode, Colors>>(gathered_, 0, gathered, blend);
         PutBack(first, count);
         return gathered;
     }
@@ -116,12 +115,12 @@ private:
         }
     }
 
-    static constexpr std::size_t kMostBlock = HWY_MAX_BYTES / 2;
+    static constexpr std::size_t kMostStep = kBlocks * HWY_MAX_BYTES / 2;
 
     const CompositeSpan& span_;
     CompositeSpan gathered_;
-    alignas(64) unsigned char source_[(kMostPixels + kMostBlock) * kPackedBytes];
-    alignas(64) unsigned char target_[(kMostPixels + kMostBlock) * kPackedBytes];
+    alignas(64) unsigned char source_[(kMostPixels + kMostStep) * kPackedBytes];
+    alignas(64) unsigned char target_[(kMostPixels + kMostStep) * kPackedBytes];
     std::uint16_t live_[kMostPixels / 4];
 };
 

@@ -86,23 +86,36 @@ HWY_INLINE bool AllOpaque(Pixels v) {
     return hn::AllTrue(kPixels, hn::Gt(v, hn::Set(kPixels, 0xFEFFFFFF)));
 }
 
-/// Paints a block through opacities where that leaves or mixes bytes: a target that is opaque stays as it is where all
-/// opacities are 0, and is mixed with an opaque source in Normal. @return whether the block is painted.
+/// Vectors of pixels of a step, and their bytes.
+constexpr std::size_t kStepVectors = 2 * kBlocks;
+inline std::size_t VectorBytes() {
+    return kPackedBytes * hn::Lanes(kPixels);
+}
+
+/// Whether all pixels of a step are opaque.
+HWY_INLINE bool IsOpaque(const unsigned char* packed) {
+    Pixels all = LoadPixels(packed);
+    for (std::size_t v = 1; v < kStepVectors; ++v) all = hn::And(all, LoadPixels(packed + v * VectorBytes()));
+    return AllOpaque(all);
+}
+
+/// Paints a step through opacities where that leaves or mixes bytes: a target that is opaque stays as it is where all
+/// opacities are 0, and is mixed with an opaque source in Normal. @return whether the step is painted.
 template <BlendMode Mode>
 HWY_INLINE bool PaintOpaqueThroughOpacities(const CompositeSpan& span, std::size_t i) {
-    const std::size_t half = kPackedBytes * hn::Lanes(kPixels);
     unsigned char* const target = span.target + i * kPackedBytes;
-    const Pixels t0 = LoadPixels(target), t1 = LoadPixels(target + half);
-    if (!AllOpaque(hn::And(t0, t1))) return false;
+    if (!IsOpaque(target)) return false;
     const unsigned char* const opacity = span.opacity + i;
-    if (All(hn::Eq(LoadBytes(opacity), hn::Zero(kWords)))) return true;
+    const auto opacities = EachBlock([&](std::size_t j) { return LoadBytes(opacity + j * BlockPixels()); });
+    if (All(hn::Eq(OrOfBlocks(opacities), hn::Zero(kWords)))) return true;
     const unsigned char* const source = span.source + i * kPackedBytes;
-    if (Mode != BlendMode::Normal) return false;
-    const Pixels s0 = LoadPixels(source), s1 = LoadPixels(source + half);
-    if (!AllOpaque(hn::And(s0, s1))) return false;
+    if (Mode != BlendMode::Normal || !IsOpaque(source)) return false;
     const Mixing mix;
-    StorePixels(mix(s0, t0, opacity), target);
-    StorePixels(mix(s1, t1, opacity + hn::Lanes(kPixels)), target + half);
+    for (std::size_t v = 0; v < kStepVectors; ++v) {
+        const std::size_t at = v * VectorBytes();
+        StorePixels(mix(LoadPixels(source + at), LoadPixels(target + at), opacity + v * hn::Lanes(kPixels)),
+                    target + at);
+    }
     return true;
 }
 

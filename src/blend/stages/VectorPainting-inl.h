@@ -1,4 +1,4 @@
-// Spans painted in blocks. Included once per target.
+// Spans painted in steps. Included once per target.
 
 #if defined(IMAGEOP_VECTOR_PAINTING_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef IMAGEOP_VECTOR_PAINTING_INL_H
@@ -19,12 +19,13 @@
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
-/// The pixels of a span behind its last whole block, in buffers of a whole block. The first of them fills what is left,
-/// so that what holds for all of them holds for the block.
+/// The pixels of a span behind its last whole step, in buffers of a whole step. The first of them fills what is left,
+/// so that what holds for all of them holds for the step.
 template <bool Group>
 class Tail {
 public:
     Tail(const CompositeSpan& span, std::size_t first) : span_(span), first_(first), padded_(span) {
+        padded_.count = StepPixels();
         padded_.source = Pad<kPackedBytes>(span.source, source_);
         padded_.target = Pad<kPackedBytes>(span.target, target_);
         padded_.opacity = Pad<1>(span.opacity, opacity_);
@@ -44,7 +45,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kMostPixels = HWY_MAX_BYTES / 2;
+    static constexpr std::size_t kMostPixels = kBlocks * HWY_MAX_BYTES / 2;
 
     template <std::size_t PerPixel, typename T, std::size_t size>
     T* Pad(const T* from, T (&to)[size]) const {
@@ -68,21 +69,21 @@ private:
     std::uint32_t groupAlpha_[Group ? kMostPixels : 1];
 };
 
-/// Paints a span in blocks by a stage. There is one place that paints a block, whatever it is of: the code is large.
+/// Paints a span in steps by a stage. There is one place that paints a step, whatever it is of: the code is large.
 template <BlendMode Mode, typename Stage, bool Group>
 void PaintSpan(const CompositeSpan& span) {
     const Blend<Mode> blend;
-    const std::size_t whole = span.count - span.count % BlockPixels();
+    const std::size_t whole = span.count - span.count % StepPixels();
     std::size_t done = 0;
     while (done < whole) {
-        done = PaintBlocks<Stage>(span, done, whole, blend);
+        done = PaintSteps<Stage>(span, done, whole, blend);
         if constexpr (!Group) {
-            if (done < whole && span.opacity == nullptr) done = PaintGathered<Stage>(span, done, whole, blend);
+            if (done < whole) done = PaintGathered<Stage>(span, done, whole, blend);
         }
     }
     if (done < span.count) {
         Tail<Group> tail(span, done);
-        PaintBlocks<Stage>(tail.Padded(), 0, BlockPixels(), blend);
+        PaintSteps<Stage>(tail.Padded(), 0, StepPixels(), blend);
         tail.Store();
     }
 }

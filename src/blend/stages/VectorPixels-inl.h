@@ -9,6 +9,7 @@
 
 #include <hwy/highway.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -37,6 +38,53 @@ constexpr Tag32 kPixels;
 /// the second, so that words are made from pixels by blends and shifts alone.
 inline std::size_t BlockPixels() {
     return hn::Lanes(kWords);
+}
+
+/// Blocks that are painted in one step. Where bytes are looked up in tables these are two: a look-up of the words of
+/// one block, which are below 256, takes those of another in their high bytes for nothing.
+constexpr std::size_t kBlocks = IMAGEOP_HAS_BYTE_TABLES ? 2 : 1;
+
+template <typename T>
+using Blocks = std::array<T, kBlocks>;
+
+inline std::size_t StepPixels() {
+    return kBlocks * BlockPixels();
+}
+
+/// `make(j)` for each block of a step.
+template <typename Make>
+HWY_INLINE auto EachBlock(Make make) {
+    if constexpr (kBlocks == 2) {
+        return std::array{make(std::size_t{0}), make(std::size_t{1})};
+    } else {
+        return std::array{make(std::size_t{0})};
+    }
+}
+
+/// Calls `paint(j)` for each block of a step.
+template <typename Paint>
+HWY_INLINE void ForEachBlock(Paint paint) {
+    paint(std::size_t{0});
+    if constexpr (kBlocks == 2) paint(std::size_t{1});
+}
+
+/// Whether `test(j)` holds for each block of a step.
+template <typename Test>
+HWY_INLINE bool EveryBlock(Test test) {
+    if constexpr (kBlocks == 2) return test(std::size_t{0}) && test(std::size_t{1});
+    return test(std::size_t{0});
+}
+
+/// The words, or the masks, of the blocks of a step joined by "and", and by "or".
+template <typename T>
+HWY_INLINE T AndOfBlocks(const Blocks<T>& v) {
+    if constexpr (kBlocks == 2) return hn::And(v[0], v[1]);
+    return v[0];
+}
+template <typename T>
+HWY_INLINE T OrOfBlocks(const Blocks<T>& v) {
+    if constexpr (kBlocks == 2) return hn::Or(v[0], v[1]);
+    return v[0];
 }
 
 HWY_INLINE Words AsWords(Pixels v) {
@@ -93,6 +141,17 @@ HWY_INLINE Block LoadBlock(const unsigned char* packed) {
     const Pixels second = LoadPixels(packed + kPackedBytes * hn::Lanes(kPixels));
     return {LowHalves(first, second), HighHalves(first, second)};
 }
+/// The packed pixels of block j of a step.
+template <typename Byte>
+HWY_INLINE Byte* BlockAt(Byte* packed, std::size_t j) {
+    return packed + j * BlockPixels() * kPackedBytes;
+}
+HWY_INLINE Blocks<Block> LoadBlocks(const unsigned char* packed) {
+    return EachBlock([&](std::size_t j) { return LoadBlock(BlockAt(packed, j)); });
+}
+HWY_INLINE Blocks<Words> Alphas(const Blocks<Block>& block) {
+    return EachBlock([&](std::size_t j) { return block[j].Alpha(); });
+}
 HWY_INLINE void StoreBlock(const Block& block, unsigned char* packed) {
     StorePixels(FirstLanes(block.blueGreen, block.redAlpha), packed);
     StorePixels(SecondLanes(block.blueGreen, block.redAlpha), packed + kPackedBytes * hn::Lanes(kPixels));
@@ -126,16 +185,23 @@ struct Channels {
 HWY_INLINE Channels StoredChannels(const Block& block) {
     return {block.Blue(), block.Green(), block.Red()};
 }
+HWY_INLINE Blocks<Channels> StoredChannels(const Blocks<Block>& block) {
+    return EachBlock([&](std::size_t j) { return StoredChannels(block[j]); });
+}
 
 /// A block of three channels and an alpha, each below 256.
 HWY_INLINE Block MakeBlock(const Channels& c, Words alpha) {
     return {hn::Or(c.blue, hn::ShiftLeft<8>(c.green)), hn::Or(c.red, hn::ShiftLeft<8>(alpha))};
 }
 
-/// `formula(cb, cs)` on each channel of two colours.
+/// `formula` on each channel of two or three colours.
 template <typename Formula>
-HWY_INLINE Channels EachChannel(const Channels& cb, const Channels& cs, Formula formula) {
-    return {formula(cb.blue, cs.blue), formula(cb.green, cs.green), formula(cb.red, cs.red)};
+HWY_INLINE Channels EachChannel(const Channels& x, const Channels& y, Formula formula) {
+    return {formula(x.blue, y.blue), formula(x.green, y.green), formula(x.red, y.red)};
+}
+template <typename Formula>
+HWY_INLINE Channels EachChannel(const Channels& x, const Channels& y, const Channels& z, Formula formula) {
+    return {formula(x.blue, y.blue, z.blue), formula(x.green, y.green, z.green), formula(x.red, y.red, z.red)};
 }
 
 }  // namespace vantu::HWY_NAMESPACE
