@@ -35,6 +35,8 @@ void FillRow(unsigned char* row, std::size_t size, Pattern pattern) {
 bool FillRows(const PixelRows<unsigned char>& rows, const RowExtent& extent, Pattern pattern) {
     if (extent.byteCount == 0 || extent.rowCount == 0) return true;
     if (rows.first == nullptr) return false;
+    if (std::ranges::all_of(pattern, [&](unsigned char byte) { return byte == pattern[0]; }))
+        pattern = pattern.first(1);
     unsigned char* const first = rows.Row(extent.firstRow) + extent.byteStart;
     if (pattern.size() == 1 && extent.byteCount == rows.Stride()) {
         std::memset(first, pattern[0], extent.byteCount * extent.rowCount);
