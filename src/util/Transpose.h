@@ -8,9 +8,16 @@
 
 namespace vantu {
 
-/// Copies up to `kSquareBytes` bytes; so many, the usual number, without a call.
+/// Copies up to `kSquareBytes` bytes without a call: half of them forward from the start, half up to the end, which may
+/// overlap.
 inline void CopyRun(const unsigned char* source, unsigned char* target, std::size_t bytes) {
-    bytes == kSquareBytes ? std::memcpy(target, source, kSquareBytes) : std::memcpy(target, source, bytes);
+    constexpr std::size_t half = kSquareBytes / 2;
+    if (bytes >= half) {
+        std::memcpy(target, source, half);
+        std::memcpy(target + bytes - half, source + bytes - half, half);
+    } else {
+        for (std::size_t i = 0; i < bytes; ++i) target[i] = source[i];
+    }
 }
 
 /// Copies bits of one row of a square; the other bits of the last target byte are kept.
