@@ -223,16 +223,21 @@ bool Painter::Implementation::Blend(const std::shared_ptr<IQorImage>& source, co
     return blender_->Blend(source, coverage_, offset, mask, maskTransfer, maskOffset, alpha, mode, painted_);
 }
 
-/// Cuts ranges to what of a source is not clear, where a clear pixel changes nothing: outside groups, in every mode. In
-/// a group it may round a pixel's colour anew.
+/// Cuts ranges to what of a source is not clear, where a clear pixel changes nothing: outside groups, and where nothing
+/// was painted in an isolated one. Elsewhere in a group it may round a colour anew, and what knocks out is cut by
+/// pixels.
 /// @return false, with the ranges as they were, if nothing would be left.
 bool Painter::Implementation::LeaveOutClear(const Source& source) {
-    if (source.content == nullptr || levels_.back().image) return true;
+    const Level& level = levels_.back();
+    const bool mayRound = level.inGroup && (!level.kind.isolated || level.kind.knockout);
+    if (source.content == nullptr || mayRound) return true;
+    Rectangle kept = *source.content;
+    if (level.inGroup && !IsEmpty(level.painted)) kept = BoundingBox(std::array{kept, level.painted});
     std::vector<Rectangle>& ranges = ranges_->ranges;
-    const auto isClear = [&](const Rectangle& r) { return IsEmpty(Intersection(r, *source.content)); };
-    if (std::ranges::all_of(ranges, isClear)) return false;
-    std::erase_if(ranges, isClear);
-    for (Rectangle& r : ranges) r = Intersection(r, *source.content);
+    const auto isLeftOut = [&](const Rectangle& r) { return IsEmpty(Intersection(r, kept)); };
+    if (std::ranges::all_of(ranges, isLeftOut)) return false;
+    std::erase_if(ranges, isLeftOut);
+    for (Rectangle& r : ranges) r = Intersection(r, kept);
     return true;
 }
 
