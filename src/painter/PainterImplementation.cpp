@@ -196,11 +196,6 @@ PaintResult Painter::Implementation::PaintShape(const Source& source, const Band
     return PaintResult::Painted;
 }
 
-void Painter::Implementation::NotePainted(const Rectangle& box) {
-    Rectangle& painted = levels_.back().painted;
-    painted = IsEmpty(painted) ? box : BoundingBox(std::array{painted, box});
-}
-
 /// Adds what can be seen of a shape in a box to the ranges. @param shape null for all of the box.
 void Painter::Implementation::AddVisible(const Bands* shape, const Rectangle& box) {
     std::vector<Rectangle>& parts = clip_ ? visible_ : ranges_->ranges;
@@ -232,7 +227,7 @@ bool Painter::Implementation::LeaveOutClear(const Source& source) {
     const bool mayRound = level.inGroup && (!level.kind.isolated || level.kind.knockout);
     if (source.content == nullptr || mayRound) return true;
     Rectangle kept = *source.content;
-    if (level.inGroup && !IsEmpty(level.painted)) kept = BoundingBox(std::array{kept, level.painted});
+    if (level.inGroup) kept = Union(kept, level.painted);
     std::vector<Rectangle>& ranges = ranges_->ranges;
     const auto isLeftOut = [&](const Rectangle& r) { return IsEmpty(Intersection(r, kept)); };
     if (std::ranges::all_of(ranges, isLeftOut)) return false;

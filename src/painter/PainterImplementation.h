@@ -73,7 +73,7 @@ private:
     PaintResult Replace(const Rectangle& box, const Color& color);
     PaintResult PaintShape(const Source& source, const Bands* shape, const Rectangle& box, const Paint& paint,
                            const std::optional<ImageFacts>& mask);
-    void NotePainted(const Rectangle& box);
+    void NotePainted(const Rectangle& box) { levels_.back().painted = Union(levels_.back().painted, box); }
     void AddVisible(const Bands* shape, const Rectangle& box);
     bool Blend(const std::shared_ptr<IQorImage>& source, const Point<int, 2>& offset,
                const std::shared_ptr<IQorImage>& mask, const std::shared_ptr<IPDFTransferFunction>& maskTransfer,

@@ -32,11 +32,8 @@ std::size_t AppendBand(Bands& bands, std::size_t last, int top, int bottom, std:
 }  // namespace
 
 Rectangle BoundingBox(std::span<const Rectangle> rectangles) {
-    if (rectangles.empty()) return {};
-    Rectangle box = rectangles.front();
-    for (const Rectangle& r : rectangles) {
-        box = {std::min(box.x0, r.x0), std::min(box.y0, r.y0), std::max(box.x1, r.x1), std::max(box.y1, r.y1)};
-    }
+    Rectangle box{};
+    for (const Rectangle& r : rectangles) box = Union(box, r);
     return box;
 }
 

@@ -21,6 +21,12 @@ inline Rectangle Intersection(const Rectangle& a, const Rectangle& b) {
     return {std::max(a.x0, b.x0), std::max(a.y0, b.y0), std::min(a.x1, b.x1), std::min(a.y1, b.y1)};
 }
 
+/// The smallest rectangle around two; that of the other one if one is empty.
+inline Rectangle Union(const Rectangle& a, const Rectangle& b) {
+    if (IsEmpty(a) || IsEmpty(b)) return IsEmpty(a) ? b : a;
+    return {std::min(a.x0, b.x0), std::min(a.y0, b.y0), std::max(a.x1, b.x1), std::max(a.y1, b.y1)};
+}
+
 /// A picture's rectangle, as far as positions count.
 inline Rectangle RectangleAt(const Point<int, 2>& at, unsigned int width, unsigned int height) {
     const auto end = [](int start, unsigned int length) {
