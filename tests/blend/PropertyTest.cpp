@@ -21,6 +21,33 @@ TEST_P(Painting, IsThePixelByPixelResultOnEveryVectorTarget) {
     }
 }
 
+/// Opaque pixels in long rows and in several to a span, but for one pixel.
+TEST_P(Painting, ThroughAMaskOfColorsIsThePixelByPixelResult) {
+    constexpr auto kColors = PixelFormat::Bgra32Premultiplied;
+    Random random(GetParam());
+    const auto identity = std::make_shared<CIdentityPDFTransferFunction>(TransferSource::Luminosity);
+    const std::vector<VectorTarget> targets = VectorTargets();
+    for (const auto& [width, height] : {std::pair{700U, 3U}, {512U, 2U}, {33U, 40U}, {7U, 160U}, {1U, 1100U}}) {
+        std::optional<ForcedTarget> forced;
+        if (!targets.empty()) forced.emplace(targets[GetParam() % targets.size()]);
+        const auto source = std::make_shared<TestImage>(Shape{width, height, kColors}, random);
+        const auto painted = std::make_shared<TestImage>(Shape{width, height, kColors}, random);
+        for (unsigned int i = 3; i < painted->Size(); i += 4) {
+            source->GetPixelData()[i] = painted->GetPixelData()[i] = 255;
+        }
+        source->GetPixelData()[4 * Between(random, width * height / 4, width * height - 1) + 3] = 9;
+        TestImage model(painted->GetShape());
+        std::copy_n(painted->GetPixelData(), painted->Size(), model.GetPixelData());
+        Call call{source, Cover({{0, 0, static_cast<int>(width), static_cast<int>(height)}})};
+        const bool hasAlpha = GetParam() % 2 != 0;
+        call.mask = std::make_shared<TestImage>(Shape{width, height, hasAlpha ? kColors : PixelFormat::Bgr24}, random);
+        call.transfer = identity;
+        EXPECT_TRUE(Paint(*BlenderOn(painted), call));
+        PaintModel(call, model);
+        EXPECT_EQ(model.Bytes(), painted->Bytes()) << width << 'x' << height;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Seeds, Painting, testing::Range(1U, 5U));
 
 }  // namespace

@@ -100,10 +100,7 @@ private:
         if (!reader_) reader_.emplace(*mask_, **request_.maskTransfer, *request_.alpha, Traits::kGroup);
         SoftMaskReader& reader = *reader_;
         reader.Expect(std::size_t{area.width} * area.height);
-        const std::size_t mixed = Mix(area, [&](const MixedRows& rows) -> std::size_t {
-            const auto keys = reader.ReadKeys(maskX, maskY, area.width, area.height);
-            return keys ? ActiveMaskStages().byKeys(rows, *keys, reader.AlphaOfKey()) : 0;
-        });
+        const std::size_t mixed = Mix(area, [&](const MixedRows& rows) { return reader.Mix(rows, maskX, maskY); });
         EachPartBehind(mixed, area, [&](const PaintArea& part, unsigned int x, unsigned int y) {
             const auto readMask = [&](const PaintArea& piece, unsigned int i, unsigned int j, Span& span) {
                 span.composite.opacity = span.opacity;

@@ -1,5 +1,6 @@
 #include "blend/painting/SoftMaskReader.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "blend/definition/CompositeSteps.h"
@@ -67,6 +68,8 @@ void SoftMaskReader::ReadKeysOfRow(const unsigned char* row, unsigned int x, std
     }
 }
 
+/// The pixels from (x, y) on of a mask of which each is a byte that its opacity follows from.
+/// @return nothing for other masks, or if an opacity leaves 0 to 1.
 std::optional<PixelRows<const unsigned char>> SoftMaskReader::ReadKeys(unsigned int x, unsigned int y,
                                                                        std::size_t width, std::size_t height) {
     if (key_ != MaskKey::Index || BitsPerPixel(format_) != 8) return std::nullopt;
@@ -75,6 +78,40 @@ std::optional<PixelRows<const unsigned char>> SoftMaskReader::ReadKeys(unsigned 
         if (!opacities_.Learn(keys.Row(row), width)) return std::nullopt;
     }
     return keys;
+}
+
+std::size_t SoftMaskReader::Mix(const MixedRows& rows, unsigned int x, unsigned int y) {
+    if (const auto keys = ReadKeys(x, y, rows.width, rows.target.count)) {
+        return ActiveMaskStages().byKeys(rows, *keys, opacities_.OfOpaque());
+    }
+    const bool byColors = key_ == MaskKey::Color && alpha_ == 255 && IsIdentity(transfer_);
+    return byColors ? MixByColors(rows, x, y) : 0;
+}
+
+/// Mixes by the luminosities of a mask's colours, at full constant alpha.
+std::size_t SoftMaskReader::MixByColors(const MixedRows& rows, unsigned int x, unsigned int y) {
+    static constexpr ByteTable same = [] {
+        ByteTable table{};
+        for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<unsigned char>(i);
+        return table;
+    }();
+    const std::size_t together = std::max<std::size_t>(kMostPixels / rows.width, 1);
+    for (std::size_t row = 0; row < rows.target.count; row += together) {
+        const std::size_t height = std::min(together, rows.target.count - row);
+        for (std::size_t i = 0; i < rows.width; i += kMostPixels) {
+            const std::size_t width = std::min(kMostPixels, rows.width - i);
+            ReadPixels(x + static_cast<unsigned int>(i), y + static_cast<unsigned int>(row), width, height);
+            ReadLuminosities(width * height, IdentityOf(transfer_.GetSourceType()).ofOpaque, bytes_.data());
+            const std::size_t offset = i * kPackedBytes;
+            const std::size_t mixed =
+                ActiveMaskStages().byKeys({{rows.target.Row(row) + offset, rows.target.step, height},
+                                           {rows.source.Row(row) + offset, rows.source.step, height},
+                                           width},
+                                          {bytes_.data(), static_cast<std::int64_t>(width), height}, same);
+            if (mixed < width * height) return row * rows.width + i + mixed;
+        }
+    }
+    return rows.target.count * rows.width;
 }
 
 double SoftMaskReader::OpacityOfColor(const unsigned char* bgr) {
@@ -94,25 +131,29 @@ void SoftMaskReader::ReadColorsOfRow(const unsigned char* row, unsigned int x, s
                                      unsigned char* packed) const {
     const SpanCodec& codec = ActiveSpanCodecs().Of(format_);
     codec.read({row + std::size_t{x} * codec.bytesPerPixel, 0, 1}, count, packed);
-    if (codec.colors != PackedColors::Premultiplied || AllOpaque(packed, count)) return;
+    if (!HasAlpha(format_) || codec.colors != PackedColors::Premultiplied || AllOpaque(packed, count)) return;
     for (std::size_t i = 0; i < count; ++i, packed += kPackedBytes) {
         for (int c = 0; c < 3; ++c) packed[c] = Unpremultiply(packed[c], packed[3]);
     }
 }
 
-bool SoftMaskReader::Read(unsigned int x, unsigned int y, std::size_t width, std::size_t height,
-                          const unsigned char* source, unsigned char* effective) {
-    const std::size_t count = width * height;
-    const bool byColor = key_ == MaskKey::Color;
+/// The colours or keys of `height` rows of `width` pixels, whose first is (x, y).
+void SoftMaskReader::ReadPixels(unsigned int x, unsigned int y, std::size_t width, std::size_t height) {
     for (std::size_t row = 0; row < height; ++row) {
         const unsigned char* const pixels = rows_.Row(y + row);
-        if (byColor) {
+        if (key_ == MaskKey::Color) {
             ReadColorsOfRow(pixels, x, width, packed_.data() + row * width * kPackedBytes);
         } else {
             ReadKeysOfRow(pixels, x, width, keys_.data() + row * width);
         }
     }
-    return byColor ? ReadByColors(source, count, effective) : ReadByKeys(source, count, effective);
+}
+
+bool SoftMaskReader::Read(unsigned int x, unsigned int y, std::size_t width, std::size_t height,
+                          const unsigned char* source, unsigned char* effective) {
+    ReadPixels(x, y, width, height);
+    const std::size_t count = width * height;
+    return key_ == MaskKey::Color ? ReadByColors(source, count, effective) : ReadByKeys(source, count, effective);
 }
 
 bool SoftMaskReader::ReadByColors(const unsigned char* source, std::size_t count, unsigned char* effective) {

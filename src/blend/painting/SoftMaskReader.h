@@ -33,12 +33,9 @@ public:
     bool Read(unsigned int x, unsigned int y, std::size_t width, std::size_t height, const unsigned char* source,
               unsigned char* effective);
 
-    /// The pixels from (x, y) on of a mask of which each is a byte that its opacity follows from.
-    /// @return nothing for other masks, or if an opacity leaves 0 to 1.
-    std::optional<PixelRows<const unsigned char>> ReadKeys(unsigned int x, unsigned int y, std::size_t width,
-                                                           std::size_t height);
-    /// The effective alphas of an opaque source by bytes that were read that way.
-    [[nodiscard]] const ByteTable& AlphaOfKey() const { return opacities_.OfOpaque(); }
+    /// Mixes the first pixels of rows under the mask's pixels from (x, y) on, as far as they are opaque and the stages
+    /// for that can read the mask: outside groups. @return how many, row by row.
+    std::size_t Mix(const MixedRows& rows, unsigned int x, unsigned int y);
 
 private:
     /// The opacity of a colour, remembered by a few of its bits.
@@ -51,6 +48,10 @@ private:
     /// From here on all keys are learnt at once, which saves looking for unknown ones.
     static constexpr std::size_t kManyPixels = 8192;
 
+    std::optional<PixelRows<const unsigned char>> ReadKeys(unsigned int x, unsigned int y, std::size_t width,
+                                                           std::size_t height);
+    std::size_t MixByColors(const MixedRows& rows, unsigned int x, unsigned int y);
+    void ReadPixels(unsigned int x, unsigned int y, std::size_t width, std::size_t height);
     void ReadKeysOfRow(const unsigned char* row, unsigned int x, std::size_t count, unsigned char* keys) const;
     void ReadColorsOfRow(const unsigned char* row, unsigned int x, std::size_t count, unsigned char* packed) const;
     bool ReadByColors(const unsigned char* source, std::size_t count, unsigned char* effective);
