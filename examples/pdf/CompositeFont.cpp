@@ -41,9 +41,9 @@ GlyphNumbers<Count> ReadGlyphNumbers(QPDFObjectHandle array) {
 
 }  // namespace
 
-std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary, const FontLibrary& library, Notes& notes) {
+std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary, Notes& notes) {
     const QPDFObjectHandle descendant = Item(Entry(dictionary, "/DescendantFonts"), 0);
-    const std::shared_ptr<FontFile> file = OpenEmbedded(descendant, library, notes);
+    const std::shared_ptr<FontFile> file = OpenEmbedded(descendant, notes);
     const std::optional<CMap> map = CMap::Parse(Entry(dictionary, "/Encoding"), notes);
     if (!file) notes.Add("a composite font without a program that can be read is left out");
     if (!file || !map) return nullptr;

@@ -42,19 +42,15 @@ const FT_Outline_Funcs kAppend{
 
 }  // namespace
 
-FontLibrary OpenFreeType() {
-    FT_Library library = nullptr;
-    if (FT_Init_FreeType(&library) != 0) throw std::bad_alloc();
-    return {library, [](FT_Library l) { FT_Done_FreeType(l); }};
-}
-
-std::unique_ptr<FontFile> FontFile::Open(const FontLibrary& library, std::string bytes) {
+std::unique_ptr<FontFile> FontFile::Open(std::string bytes) {
     std::unique_ptr<FontFile> file(new FontFile(std::move(bytes)));
+    FT_Library library = nullptr;
+    if (FT_Init_FreeType(&library) != 0) return nullptr;
+    file->library_ = {library, FT_Done_FreeType};
     const auto* const data = reinterpret_cast<const FT_Byte*>(file->bytes_.data());
     FT_Face face = nullptr;
-    if (FT_New_Memory_Face(library.get(), data, static_cast<FT_Long>(file->bytes_.size()), 0, &face) != 0)
-        return nullptr;
-    file->face_ = {face, [library](FT_Face f) { FT_Done_Face(f); }};
+    if (FT_New_Memory_Face(library, data, static_cast<FT_Long>(file->bytes_.size()), 0, &face) != 0) return nullptr;
+    file->face_ = {face, FT_Done_Face};
     if (!FT_IS_SCALABLE(face)) return nullptr;
     file->em_ = std::max<int>(face->units_per_EM, 1);
     file->ReadCids();

@@ -11,15 +11,11 @@ struct FT_FaceRec_;
 
 namespace pdf {
 
-// The FreeType library, held by all its fonts. One thread at a time.
-using FontLibrary = std::shared_ptr<FT_LibraryRec_>;
-FontLibrary OpenFreeType();
-
 // A font program: TrueType, CFF, OpenType or Type 1. Glyph 0 stands for none. One thread at a time.
 class FontFile {
 public:
     // @return empty if FreeType cannot read it, or if its glyphs have no outlines.
-    static std::unique_ptr<FontFile> Open(const FontLibrary& library, std::string bytes);
+    static std::unique_ptr<FontFile> Open(std::string bytes);
 
     [[nodiscard]] unsigned int GlyphOfName(const std::string& name) const;
     // By a table of Unicode, or else of Mac codes.
@@ -40,6 +36,7 @@ private:
     void ReadCids();
 
     std::string bytes_;  // the face reads them as long as it lives
+    std::shared_ptr<FT_LibraryRec_> library_;
     std::shared_ptr<FT_FaceRec_> face_;
     double em_ = 1;                                      // in the units of outlines
     std::map<unsigned int, unsigned int> glyphsOfCids_;  // of fonts whose glyphs are in another order

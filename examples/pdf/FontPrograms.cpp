@@ -46,21 +46,21 @@ std::string ReadFile(const std::string& path) {
 
 }  // namespace
 
-std::unique_ptr<FontFile> OpenEmbedded(QPDFObjectHandle font, const FontLibrary& library, Notes& notes) {
+std::unique_ptr<FontFile> OpenEmbedded(QPDFObjectHandle font, Notes& notes) {
     const QPDFObjectHandle descriptor = Entry(font, "/FontDescriptor");
     for (const char* key : {"/FontFile", "/FontFile2", "/FontFile3"}) {
         const QPDFObjectHandle program = Entry(descriptor, key);
         if (QPDFObjectHandle(program).isNull()) continue;
-        if (auto file = FontFile::Open(library, ToBytes(program))) return file;
+        if (auto file = FontFile::Open(ToBytes(program))) return file;
         notes.Add("the program of font " + NameOf(font) + " cannot be read");
     }
     return nullptr;
 }
 
-std::unique_ptr<FontFile> OpenReplacement(QPDFObjectHandle font, const FontLibrary& library, Notes& notes) {
+std::unique_ptr<FontFile> OpenReplacement(QPDFObjectHandle font, Notes& notes) {
     const std::string name = NameOf(font);
     const std::string other = ReplacementFor(name, ToInteger(Entry(Entry(font, "/FontDescriptor"), "/Flags"), 0));
-    auto file = FontFile::Open(library, ReadFile(kFolder + other));
+    auto file = FontFile::Open(ReadFile(kFolder + other));
     notes.Add("font " + name + (file ? " is replaced by " + other : " is not there: its text is left out"));
     return file;
 }

@@ -75,13 +75,13 @@ std::shared_ptr<const Font> MakeType3Font(QPDFObjectHandle dictionary) {
     return WithGlyphs(glyphs, nullptr, font);
 }
 
-std::shared_ptr<const Font> MakeFont(QPDFObjectHandle dictionary, const FontLibrary& library, Notes& notes) {
+std::shared_ptr<const Font> MakeFont(QPDFObjectHandle dictionary, Notes& notes) {
     const std::string kind = ToName(Entry(dictionary, "/Subtype"));
-    if (kind == "/Type0") return MakeCompositeFont(dictionary, library, notes);
+    if (kind == "/Type0") return MakeCompositeFont(dictionary, notes);
     if (kind == "/Type3") return MakeType3Font(dictionary);
-    std::shared_ptr<FontFile> file = OpenEmbedded(dictionary, library, notes);
+    std::shared_ptr<FontFile> file = OpenEmbedded(dictionary, notes);
     const bool isReplacement = !file;
-    if (isReplacement) file = OpenReplacement(dictionary, library, notes);
+    if (isReplacement) file = OpenReplacement(dictionary, notes);
     return file ? MakeSimpleFont(dictionary, file, isReplacement) : nullptr;
 }
 
@@ -89,7 +89,7 @@ std::shared_ptr<const Font> MakeFont(QPDFObjectHandle dictionary, const FontLibr
 
 std::shared_ptr<const Font> FontCache::Get(QPDFObjectHandle dictionary, Notes& notes) {
     const auto [entry, isNew] = fonts_.try_emplace(dictionary.unparse());
-    if (isNew) entry->second = MakeFont(dictionary, library_, notes);
+    if (isNew) entry->second = MakeFont(dictionary, notes);
     return entry->second;
 }
 

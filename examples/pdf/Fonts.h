@@ -39,18 +39,17 @@ public:
     std::shared_ptr<const Font> Get(QPDFObjectHandle dictionary, Notes& notes);
 
 private:
-    FontLibrary library_ = OpenFreeType();
     std::map<std::string, std::shared_ptr<const Font>> fonts_;  // by the reference or the text of the dictionary
 };
 
 // The program of a font that is in the file; empty if there is none or, with a note, if it cannot be read.
 // @param font a simple font's dictionary, or that of a composite font's descendant.
-std::unique_ptr<FontFile> OpenEmbedded(QPDFObjectHandle font, const FontLibrary& library, Notes& notes);
+std::unique_ptr<FontFile> OpenEmbedded(QPDFObjectHandle font, Notes& notes);
 
 // A font of the system that has the widths of a standard font, or looks alike, with a note; empty if it is not there.
-std::unique_ptr<FontFile> OpenReplacement(QPDFObjectHandle font, const FontLibrary& library, Notes& notes);
+std::unique_ptr<FontFile> OpenReplacement(QPDFObjectHandle font, Notes& notes);
 
 // The font of a composite font's dictionary; empty, with a note, if it has no program or codes that are not known.
-std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary, const FontLibrary& library, Notes& notes);
+std::shared_ptr<const Font> MakeCompositeFont(QPDFObjectHandle dictionary, Notes& notes);
 
 }  // namespace pdf

@@ -12,32 +12,17 @@ namespace pdf {
 
 namespace {
 
-// An entry that is one object or an array of them, as an array of its own.
-QPDFObjectHandle ToArray(QPDFObjectHandle object) {
-    if (object.isArray()) return object.shallowCopy();
-    return QPDFObjectHandle::newArray(object.isNull() ? std::vector<QPDFObjectHandle>() : std::vector{object});
+std::string ToString(const std::shared_ptr<Buffer>& buffer) {
+    return {reinterpret_cast<const char*>(buffer->getBuffer()), buffer->getSize()};
 }
 
-// The bytes of a stream with all filters undone but the last.
-std::string BytesBeforeLastFilter(QPDFObjectHandle stream) {
-    QPDFObjectHandle filters = ToArray(Entry(stream, "/Filter"));
-    QPDFObjectHandle parameters = ToArray(Entry(stream, "/DecodeParms"));
-    filters.eraseItem(filters.getArrayNItems() - 1);
-    if (parameters.getArrayNItems() > filters.getArrayNItems()) parameters.eraseItem(filters.getArrayNItems());
-    const auto owner = QPDF::create();
-    QPDFObjectHandle inner = QPDFObjectHandle::newStream(owner.get());
-    inner.replaceStreamData(stream.getRawStreamData(), filters, parameters);
-    return ToBytes(inner);
-}
-
-// The library reads gray and RGB; other JPEG files are left to qpdf, which gives their components as they are.
-bool ReadJpeg(QPDFObjectHandle stream, Samples& samples) {
-    if (samples.components != 1 && samples.components != 3) {
-        const auto raw = stream.getStreamData(qpdf_dl_all);
-        samples.bytes.assign(reinterpret_cast<const char*>(raw->getBuffer()), raw->getSize());
+// The library reads gray and RGB; JPEG files of other components or inside other filters are left to qpdf.
+bool ReadJpeg(QPDFObjectHandle stream, bool isAlone, Samples& samples) {
+    if (!isAlone || (samples.components != 1 && samples.components != 3)) {
+        samples.bytes = ToString(stream.getStreamData(qpdf_dl_all));
         return samples.bytes.size() == samples.width * samples.height * samples.components;
     }
-    const std::string bytes = BytesBeforeLastFilter(stream);
+    const std::string bytes = ToString(stream.getRawStreamData());
     int file = 0;
     if (vantu::QorOpenMemory(bytes.data(), bytes.size(), &file) == 0) return false;
     const auto image = vantu::CJPEGLoader().Load(file, nullptr);
@@ -72,8 +57,9 @@ unsigned int Samples::At(std::size_t x, std::size_t y, std::size_t component) co
 std::optional<Samples> ReadSamples(QPDFObjectHandle picture, std::size_t components, Notes& notes) {
     const auto width = static_cast<std::size_t>(std::max(ToInteger(Entry(picture, "/Width"), 0), 0));
     const auto height = static_cast<std::size_t>(std::max(ToInteger(Entry(picture, "/Height"), 0), 0));
-    const auto filters = Items(ToArray(Entry(picture, "/Filter")));
-    const std::string last = filters.empty() ? "/unfiltered" : ToName(filters.back());
+    std::vector<QPDFObjectHandle> filters = Items(Entry(picture, "/Filter"));
+    if (filters.empty()) filters = {Entry(picture, "/Filter")};
+    const std::string last = ToName(filters.back());
     const bool isJpeg = last == "/DCTDecode" || last == "/DCT";
     const bool isStencil = ToBool(Entry(picture, "/ImageMask"), false);
     const int bits = isJpeg ? 8 : isStencil ? 1 : ToInteger(Entry(picture, "/BitsPerComponent"), 8);
@@ -85,10 +71,10 @@ std::optional<Samples> ReadSamples(QPDFObjectHandle picture, std::size_t compone
     Samples samples{width, height, components, static_cast<unsigned int>(bits), {}};
     try {
         if (!isJpeg) samples.bytes = ToBytes(picture);
-        if (isJpeg ? ReadJpeg(picture, samples) : !samples.bytes.empty()) return samples;
+        if (isJpeg ? ReadJpeg(picture, filters.size() == 1, samples) : !samples.bytes.empty()) return samples;
     } catch (const std::exception&) {  // damaged
     }
-    notes.Add("picture that cannot be read (" + (last.empty() ? "" : last.substr(1)) + "): left out");
+    notes.Add("picture that cannot be read (" + (last.empty() ? "no filter" : last.substr(1)) + "): left out");
     return std::nullopt;
 }
 

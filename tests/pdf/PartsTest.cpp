@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cmath>
+#include <fstream>
+#include <qpdf/QUtil.hh>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@
 #include "Functions.h"
 #include "Objects.h"
 #include "Outlines.h"
+#include "PictureReader.h"
 #include "Samples.h"
 
 namespace pdf {
@@ -311,6 +313,26 @@ TEST(Samples, RowsBeginWithAByte) {
     EXPECT_TRUE(pairs.At(0, 1, 0) == 3 && pairs.At(2, 1, 0) == 0);
     const Samples words{.width = 1, .height = 1, .components = 2, .bits = 16, .bytes = "\x01\x02\xFF\xFE"};
     EXPECT_TRUE(words.At(0, 0, 0) == 0x102 && words.At(0, 0, 1) == 0xFFFE);
+}
+
+// One scene as a JPEG file of RGB, alone and inside another filter, and of CMYK.
+TEST(ReadPicture, ReadsJpegFiles) {
+    const auto read = [](const char* name, const std::string& rest, bool inHexadecimal) {
+        std::ifstream in(std::string(IMAGEOP_TEST_DATA "/codec/") + name, std::ios::binary);
+        const std::string bytes{std::istreambuf_iterator<char>(in), {}};
+        const std::string dictionary = "<< /Width 37 /Height 23 " + rest + " >>";
+        Notes notes;
+        return ReadPicture(Stream(dictionary, inHexadecimal ? QUtil::hex_encode(bytes) : bytes), Object("null"), notes);
+    };
+    const auto alone = read("baseline.jpg", "/ColorSpace /DeviceRGB /Filter [/DCTDecode]", false);
+    const auto inside = read("baseline.jpg", "/ColorSpace /DeviceRGB /Filter [/ASCIIHexDecode /DCTDecode]", true);
+    const auto cmyk = read("cmyk.jpg", "/ColorSpace /DeviceCMYK /Filter /DCTDecode /Decode [1 0 1 0 1 0 1 0]", false);
+    ASSERT_TRUE(alone && inside && cmyk);
+    for (std::size_t i = 0; i < std::size_t{37} * 23 * 4; ++i) {
+        EXPECT_NEAR(alone->pixels[i], inside->pixels[i], 4) << i;
+        EXPECT_NEAR(alone->pixels[i], cmyk->pixels[i], 80) << i << ": the simple formula darkens";
+    }
+    EXPECT_FALSE(read("baseline.jpg", "/ColorSpace /DeviceCMYK /Filter /DCTDecode", false)) << "other components";
 }
 
 TEST(Flatten, StraysLittleFromACurveAndKeepsToTheSteps) {
