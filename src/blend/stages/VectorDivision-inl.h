@@ -197,6 +197,15 @@ HWY_INLINE Blocks<Channels> UnpremultipliedWhereSeen(const Blocks<Block>& block,
     return EachBlock([&](std::size_t j) { return Scaled(block[j], factor[j]); });
 }
 
+/// The same of two blocks, which share a look-up where bytes are looked up.
+HWY_INLINE std::array<Channels, 2> UnpremultipliedPair(const Block& b0, Words alpha0, const Block& b1, Words alpha1) {
+#if IMAGEOP_HAS_BYTE_TABLES
+    return UnpremultipliedWhereSeen(Blocks<Block>{b0, b1}, Blocks<Words>{alpha0, alpha1});
+#else
+    return {UnpremultipliedWhereSeen(b0, alpha0), UnpremultipliedWhereSeen(b1, alpha1)};
+#endif
+}
+
 /// The same, but 0 at alpha 0.
 HWY_INLINE Blocks<Channels> Unpremultiplied(const Blocks<Block>& block, const Blocks<Words>& alpha) {
     const Blocks<Factor> factor = UnpremultiplyFactors(alpha);

@@ -70,8 +70,8 @@ struct BackdropRemoval {
         }
         if (!IsPremultiplied(target) || !IsPremultiplied(snapshot)) return false;
         const BackdropRemoval removal{a, hn::Sub(ba, Div255(hn::Mul(a, ba))), r, c};
-        const Channels removed =
-            EachChannel(UnpremultipliedWhereSeen(target, pa), UnpremultipliedWhereSeen(snapshot, ba), removal);
+        const auto [above, below] = UnpremultipliedPair(target, pa, snapshot, ba);
+        const Channels removed = EachChannel(above, below, removal);
         // Over nothing a pixel keeps its colour. One without alpha, which has no colour, stays clear over something.
         const WordMask alone = hn::Eq(ba, zero);
         const Channels colors = EachChannel(StoredChannels(target), removed,
