@@ -15,6 +15,7 @@
 #include "blend/stages/Stages.h"
 #include "blend/stages/VectorBlend-inl.h"
 #include "blend/stages/VectorDivision-inl.h"
+#include "blend/stages/VectorMix-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -23,7 +24,8 @@ namespace vantu::HWY_NAMESPACE {
 /// What all forms need of the blocks of a step: the source, its alpha and its effective alpha.
 struct Source {
     HWY_INLINE Source(const CompositeSpan& span, std::size_t i)
-        : block(LoadBlocks(span.source + i * kPackedBytes)),
+        : packed(span.source + i * kPackedBytes),
+          block(LoadBlocks(packed)),
           alpha(Alphas(block)),
           opacity(EachBlock([&](std::size_t j) { return Opacity(span, i + j * BlockPixels(), alpha[j]); })),
           isOpaque(All(hn::Eq(AndOfBlocks(alpha), Constant(255)))) {}
@@ -33,15 +35,17 @@ struct Source {
         return isOpaque && All(hn::Eq(AndOfBlocks(opacity), Constant(255)));
     }
 
-    [[nodiscard]] HWY_INLINE Blocks<Channels> Colors() const {
+    /// The straight colours. @param mayBeExtreme whether it is worth asking if all are black, white or primary.
+    [[nodiscard]] HWY_INLINE Blocks<Channels> Colors(bool mayBeExtreme = true) const {
         if (isOpaque) return StoredChannels(block);
-        if (!AreExtreme()) return UnpremultipliedWhereSeen(block, alpha);
+        if (!mayBeExtreme || !IsExtreme(packed)) return UnpremultipliedWhereSeen(block, alpha);
         return EachBlock([&](std::size_t j) {
             const auto channel = [&](Words c) { return hn::IfThenElseZero(hn::Eq(c, alpha[j]), Constant(255)); };
             return Channels{channel(block[j].Blue()), channel(block[j].Green()), channel(block[j].Red())};
         });
     }
 
+    const unsigned char* packed;
     Blocks<Block> block;
     Blocks<Words> alpha;
     Blocks<Words> opacity;
@@ -51,21 +55,6 @@ private:
     static HWY_INLINE Words Opacity(const CompositeSpan& span, std::size_t i, Words alpha) {
         if (span.opacity != nullptr) return LoadBytes(span.opacity + i);
         return span.alpha == 255 ? alpha : Div255(hn::Mul(alpha, Constant(span.alpha)));
-    }
-
-    /// Whether every channel is 0 or its pixel's alpha, which stand for 0 and 255 without a division: those of shadows,
-    /// and of all else in black, white or a primary colour. min(c, alpha - c) is 0 there; a difference below 0 wraps.
-    [[nodiscard]] HWY_INLINE bool AreExtreme() const {
-        return EveryBlock([&](std::size_t j) {
-            const hn::Repartition<std::uint8_t, Tag16> bytes;
-            const auto most = hn::BitCast(bytes, hn::Or(alpha[j], hn::ShiftLeft<8>(alpha[j])));
-            const auto distance = [&](Words two) {
-                const auto channels = hn::BitCast(bytes, two);
-                return hn::Min(channels, hn::Sub(most, channels));
-            };
-            const auto farthest = hn::Or(distance(block[j].blueGreen), distance(block[j].redAlpha));
-            return hn::AllTrue(bytes, hn::Eq(farthest, hn::Zero(bytes)));
-        });
     }
 };
 

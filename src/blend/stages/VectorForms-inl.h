@@ -40,31 +40,37 @@ struct OfOpaque {
     Words ab;
 };
 
-/// Normal of opaque pixels on opaque ones at a constant alpha below 255: every byte, the alpha's too, is
-/// (source*alpha + target*(255-alpha)) / 255. In a high byte floor(n / 255) is (m + m/256) / 256 with m = n + 1.
-HWY_INLINE Pixels MixedBytes(Pixels source, Pixels target, std::uint32_t alpha) {
-    const Words low = Constant(0x00FF);
-    const Words high = Constant(0xFF00);
-    const Words s = AsWords(source);
-    const Words t = AsWords(target);
-    const Words even =
-        Div255(hn::Add(hn::Mul(hn::And(s, low), Constant(alpha)), hn::Mul(hn::And(t, low), Constant(255 - alpha))));
-    const Words m = hn::Add(hn::Add(hn::MulHigh(hn::And(s, high), Constant(alpha << 8)),
-                                    hn::MulHigh(hn::And(t, high), Constant((255 - alpha) << 8))),
-                            Constant(1));
-    return AsPixels(hn::OrAnd(even, hn::Add(m, hn::ShiftRight<8>(m)), high));
-}
-
-/// Paints a step of which all pixels are opaque that way.
-/// @return false if they are not.
-HWY_INLINE bool PaintOpaqueBytes(const CompositeSpan& span, std::size_t i) {
-    const unsigned char* const source = span.source + i * kPackedBytes;
-    unsigned char* const target = span.target + i * kPackedBytes;
-    if (!IsOpaque(source) || !IsOpaque(target)) return false;
-    for (std::size_t at = 0; at < kStepVectors * VectorBytes(); at += VectorBytes()) {
-        StorePixels(MixedBytes(LoadPixels(source + at), LoadPixels(target + at), span.alpha), target + at);
+/// Paints steps from pixel i on by Normal at full alpha for as long as their sources or their targets are opaque.
+/// @return the pixel behind them.
+HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, std::size_t end) {
+    for (; i < end; i += StepPixels()) {
+        const unsigned char* const source = span.source + i * kPackedBytes;
+        unsigned char* const target = span.target + i * kPackedBytes;
+        const auto eachVector = [&](auto paint) {
+            for (std::size_t at = 0; at < kStepVectors * VectorBytes(); at += VectorBytes()) {
+                StorePixels(paint(LoadPixels(source + at), target + at), target + at);
+            }
+        };
+        if (IsOpaque(source)) {
+            eachVector([](Pixels s, const unsigned char*) { return s; });
+            continue;
+        }
+        if (!IsOpaque(target)) break;
+        if (IsExtreme(source)) {
+            if (IsClear(source)) continue;
+            eachVector([](Pixels s, const unsigned char* t) { return OverOpaque(s, LoadPixels(t)); });
+            continue;
+        }
+        const Blocks<Block> block = LoadBlocks(source);
+        const Blocks<Words> as = Alphas(block);
+        const Blocks<Channels> cs = UnpremultipliedWhereSeen(block, as);
+        const Blocks<Channels> cb = StoredChannels(LoadBlocks(target));
+        ForEachBlock([&](std::size_t j) {
+            const Channels result = EachChannel(cb[j], cs[j], OnOpaque{as[j]});
+            StoreBlock(MakeBlock(result, Constant(255)), BlockAt(target, j));
+        });
     }
-    return true;
+    return i;
 }
 
 /// Whether Normal replaces all pixels of a step by opaque ones.
@@ -78,11 +84,15 @@ HWY_INLINE bool Replaces(const CompositeSpan& span, const Source& source) {
 
 template <BlendMode Mode, PackedColors Colors>
 struct PlainStage {
+    /// Paints steps from pixel i on for as long as their pixels are so opaque that Normal needs little.
+    /// @return the pixel behind them.
+    static HWY_INLINE std::size_t PaintWhileOpaque(const CompositeSpan& span, std::size_t i,
+                                                   std::size_t end) requires(Mode == BlendMode::Normal) {
+        if (span.opacity != nullptr || span.select != nullptr) return i;
+        return span.alpha == 255 ? PaintOnOpaque(span, i, end) : PaintOpaqueBytes(span, i, end);
+    }
+
     static HWY_INLINE bool Paint(const CompositeSpan& span, std::size_t i, const Blend<Mode>& blend) {
-        if (Mode == BlendMode::Normal && span.alpha != 255 && span.opacity == nullptr && span.select == nullptr &&
-            PaintOpaqueBytes(span, i)) {
-            return true;
-        }
         if (span.opacity != nullptr && span.select == nullptr && PaintOpaqueThroughOpacities<Mode>(span, i))
             return true;
         const Words zero = hn::Zero(kWords);
@@ -111,7 +121,7 @@ struct PlainStage {
         const Blocks<WordMask> keep = Unpainted(span, i, source.alpha);
         const bool mayGather = !onOpaque || kCostly<Mode>;
         if (mayGather && PaysToGather(span, i, keep)) return false;
-        const Blocks<Channels> cs = source.Colors();
+        const Blocks<Channels> cs = source.Colors(Mode != BlendMode::Normal);
         if (onOpaque) {
             // Where as is 0, as it is where the source is clear, the result is the target.
             const Blocks<Words> seen = OfSelected(span, i, as);

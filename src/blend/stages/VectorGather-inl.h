@@ -29,8 +29,14 @@ namespace vantu::HWY_NAMESPACE {
 template <typename Stage, typename BlendFunction>
 HWY_NOINLINE std::size_t PaintSteps(const CompositeSpan& span, std::size_t first, std::size_t end,
                                     const BlendFunction& blend) {
-    for (; first < end; first += StepPixels()) {
-        if (!Stage::Paint(span, first, blend)) return first;
+    while (first < end) {
+        if constexpr (requires { Stage::PaintWhileOpaque(span, first, end); }) {
+            first = Stage::PaintWhileOpaque(span, first, end);
+        }
+        // It is not worth while to ask at each step whether the next one is opaque again.
+        for (const std::size_t some = std::min(end, first + 4 * StepPixels()); first < some; first += StepPixels()) {
+            if (!Stage::Paint(span, first, blend)) return first;
+        }
     }
     return first;
 }

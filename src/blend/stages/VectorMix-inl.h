@@ -1,4 +1,4 @@
-// Opaque pixels mixed into opaque ones by an alpha a pixel. Included once per target.
+// Pixels painted byte by byte on opaque ones. Included once per target.
 
 #if defined(IMAGEOP_VECTOR_MIX_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef IMAGEOP_VECTOR_MIX_INL_H
@@ -8,6 +8,7 @@
 #endif
 
 #include <cstddef>
+#include <cstdint>
 
 #include "blend/stages/Stages.h"
 #include "blend/stages/VectorDivision-inl.h"
@@ -25,7 +26,7 @@ HWY_INLINE Words Kept(unsigned int value) {
     return hn::Set(kWords, word);
 }
 
-/// Mixes pixels by an alpha a pixel: (s*a + t*(255-a)) / 255 of each byte.
+/// Mixes pixels by an alpha a pixel, or by one for all: (s*a + t*(255-a)) / 255 of each byte.
 ///
 /// With n = s*a + t*(255-a), (s-128)*a + (t-128)*(255-a) is n - 255*128. Of m = n + 1 floor(n / 255) is 257*m / 65536,
 /// and in a high byte (m + m/256) / 256.
@@ -39,7 +40,16 @@ public:
           factor_(Kept(257)) {}
 
     HWY_INLINE Pixels operator()(Pixels source, Pixels target, const unsigned char* alphas) const {
-        const Words weights = hn::Xor(InEachByte(hn::PromoteTo(kPixels, hn::LoadU(TagByte(), alphas))), high_);
+        const Words inEachByte = InEachByte(hn::PromoteTo(kPixels, hn::LoadU(TagByte(), alphas)));
+        return Weighted(source, target, hn::Xor(inEachByte, high_));
+    }
+    HWY_INLINE Pixels operator()(Pixels source, Pixels target, std::uint32_t alpha) const {
+        return Weighted(source, target, Constant(alpha + 256 * (255 - alpha)));
+    }
+
+private:
+    /// With a in the low and 255-a in the high byte of each word.
+    HWY_INLINE Pixels Weighted(Pixels source, Pixels target, Words weights) const {
         const Words s = hn::Xor(AsWords(source), signs_);
         const Words t = hn::Xor(AsWords(target), signs_);
         const Words even = PairSums(weights, hn::OrAnd(hn::ShiftLeft<8>(t), s, low_));
@@ -49,7 +59,6 @@ public:
         return AsPixels(hn::OrAnd(quotients, hn::Add(m, hn::ShiftRight<8>(m)), high_));
     }
 
-private:
     /// The low bytes of pixels in all of their bytes.
     static HWY_INLINE Words InEachByte(Pixels v) {
         alignas(16) static constexpr std::uint8_t kPlaces[16] = {0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12};
@@ -62,16 +71,24 @@ private:
 
 #else
 
-/// Mixes pixels by an alpha a pixel: (s*a + t*(255-a)) / 255 of each byte. In a high byte floor(n / 255) is
-/// (m + m/256) / 256 with m = n + 1.
-struct Mixing {
+/// Mixes pixels by an alpha a pixel, or by one for all: (s*a + t*(255-a)) / 255 of each byte. In a high byte
+/// floor(n / 255) is (m + m/256) / 256 with m = n + 1.
+class Mixing {
+public:
     HWY_INLINE Pixels operator()(Pixels source, Pixels target, const unsigned char* alphas) const {
         const Pixels alpha = hn::PromoteTo(kPixels, hn::LoadU(TagByte(), alphas));
+        return Mixed(source, target, AsWords(hn::Or(alpha, hn::ShiftLeft<16>(alpha))));
+    }
+    HWY_INLINE Pixels operator()(Pixels source, Pixels target, std::uint32_t alpha) const {
+        return Mixed(source, target, Constant(alpha));
+    }
+
+private:
+    static HWY_INLINE Pixels Mixed(Pixels source, Pixels target, Words a) {
         const Words low = Constant(0x00FF);
         const Words high = Constant(0xFF00);
         const Words s = AsWords(source);
         const Words t = AsWords(target);
-        const Words a = AsWords(hn::Or(alpha, hn::ShiftLeft<16>(alpha)));
         const Words rest = hn::Sub(low, a);
         const Words even = Div255(hn::Add(hn::Mul(hn::And(s, low), a), hn::Mul(hn::And(t, low), rest)));
         const Words n = hn::Add(hn::Mul(hn::ShiftRight<8>(s), a), hn::Mul(hn::ShiftRight<8>(t), rest));
@@ -97,6 +114,64 @@ HWY_INLINE bool IsOpaque(const unsigned char* packed) {
     Pixels all = LoadPixels(packed);
     for (std::size_t v = 1; v < kStepVectors; ++v) all = hn::And(all, LoadPixels(packed + v * VectorBytes()));
     return AllOpaque(all);
+}
+
+/// Paints steps from pixel i on at a constant alpha below 255 for as long as all their pixels, of source and target,
+/// are opaque: then Normal mixes every byte, the alpha's too. @return the pixel behind them.
+HWY_INLINE std::size_t PaintOpaqueBytes(const CompositeSpan& span, std::size_t i, std::size_t end) {
+    const Mixing mix;
+    const std::uint32_t alpha = span.alpha;
+    for (; i < end; i += StepPixels()) {
+        const unsigned char* const source = span.source + i * kPackedBytes;
+        unsigned char* const target = span.target + i * kPackedBytes;
+        if (!IsOpaque(source) || !IsOpaque(target)) break;
+        for (std::size_t at = 0; at < kStepVectors * VectorBytes(); at += VectorBytes()) {
+            StorePixels(mix(LoadPixels(source + at), LoadPixels(target + at), alpha), target + at);
+        }
+    }
+    return i;
+}
+
+/// Whether all bytes of the pixels of a step are 0.
+HWY_INLINE bool IsClear(const unsigned char* packed) {
+    Pixels any = LoadPixels(packed);
+    for (std::size_t v = 1; v < kStepVectors; ++v) any = hn::Or(any, LoadPixels(packed + v * VectorBytes()));
+    return hn::AllTrue(kPixels, hn::Eq(any, hn::Zero(kPixels)));
+}
+
+/// The alphas of pixels in all of their bytes.
+HWY_INLINE Pixels AlphaInEachByte(Pixels v) {
+    alignas(16) static constexpr std::uint8_t kPlaces[16] = {3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15};
+    const hn::Repartition<std::uint8_t, Tag32> bytes;
+    return hn::BitCast(kPixels, hn::TableLookupBytes(hn::BitCast(bytes, v), hn::LoadDup128(bytes, kPlaces)));
+}
+
+/// Whether every channel of the pixels of a step is 0 or its pixel's alpha a, which stand for 0 and 255 without a
+/// division: those of shadows, and of all else in black, white or a primary colour. min(c, a - c) is 0 there; a
+/// difference below 0 wraps.
+HWY_INLINE bool IsExtreme(const unsigned char* packed) {
+    return EveryBlock([&](std::size_t j) {
+        const hn::Repartition<std::uint8_t, Tag32> bytes;
+        const auto distance = [&](std::size_t v) {
+            const Pixels pixels = LoadPixels(BlockAt(packed, j) + v * VectorBytes());
+            const auto channels = hn::BitCast(bytes, pixels);
+            return hn::Min(channels, hn::Sub(hn::BitCast(bytes, AlphaInEachByte(pixels)), channels));
+        };
+        return hn::AllTrue(bytes, hn::Eq(hn::Or(distance(0), distance(1)), hn::Zero(bytes)));
+    });
+}
+
+/// s + t*(255-a) / 255 of each byte, with the alphas a of the source: Normal of such pixels on opaque ones, as their
+/// straight channels times a are 255*s. In a high byte floor(n / 255) is (m + m/256) / 256 with m = n + 1.
+HWY_INLINE Pixels OverOpaque(Pixels source, Pixels target) {
+    const hn::Repartition<std::uint8_t, Tag32> bytes;
+    const Words low = Constant(0x00FF);
+    const Words t = AsWords(target);
+    const Words rest = hn::AndNot(AsWords(AlphaInEachByte(source)), low);
+    const Words even = Div255(hn::Mul(hn::And(t, low), rest));
+    const Words m = hn::Add(hn::Mul(hn::ShiftRight<8>(t), rest), Constant(1));
+    const Words seen = hn::OrAnd(even, hn::Add(m, hn::ShiftRight<8>(m)), Constant(0xFF00));
+    return hn::BitCast(kPixels, hn::Add(hn::BitCast(bytes, source), hn::BitCast(bytes, seen)));
 }
 
 /// Paints a step through opacities where that leaves or mixes bytes: a target that is opaque stays as it is where all
