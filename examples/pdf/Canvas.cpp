@@ -16,8 +16,11 @@ constexpr unsigned char kBarelyOpaque = 2;
 
 }  // namespace
 
-Canvas::Canvas(const Image& page, const Pixels& visible, Calls& calls)
-    : painter_(page), groups_{{{visible, nullptr}}}, calls_(calls), kept_(calls.ListOf(page, visible)) {
+Canvas::Canvas(const Image& page, const Pixels& visible, Calls& calls, bool isOpaque)
+    : painter_(page),
+      groups_{{.shape = {visible, nullptr}, .isOpaque = isOpaque}},
+      calls_(calls),
+      kept_(calls.ListOf(page, visible)) {
     painter_.SetClip({visible});
 }
 
@@ -65,8 +68,11 @@ void Canvas::BeginGroup(const Mask& shape, vantu::GroupKind kind) {
     kind.isolated = kind.isolated || (around.kind.knockout && around.kind.isolated);
     Make({.what = Call::What::BeginGroup, .box = shape.box, .group = kind});
     const bool isTakenOut = !kind.isolated && !kind.normal && !kind.plain;
-    groups_.push_back(
-        {shape, kind, around.insideKnockout || kind.knockout, around.hasHardEdges || kind.knockout || isTakenOut});
+    groups_.push_back({.shape = shape,
+                       .kind = kind,
+                       .isOpaque = around.isOpaque && !kind.isolated,
+                       .insideKnockout = around.insideKnockout || kind.knockout,
+                       .hasHardEdges = around.hasHardEdges || kind.knockout || isTakenOut});
 }
 
 void Canvas::EndGroup(const Placing& placing) {

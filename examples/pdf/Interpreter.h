@@ -28,6 +28,7 @@ struct PageContext {
     Notes notes = {};
     Calls calls = {};
     Budget budget = {};
+    bool needsAllRows = false;  // the page comes out otherwise if it is painted in parts
 };
 
 // Paints one content stream: that of a page, a form, a tile of a pattern or a glyph. Each has its own resources and
@@ -86,6 +87,8 @@ private:
 
     void PaintObject(QPDFObjectHandle object);
     void PaintGroup(QPDFObjectHandle form, GraphicsState inside);
+    // Opens a group that ends with the present mode.
+    void BeginGroup(const Mask& shape, bool isolated, bool knockout);
     [[nodiscard]] Mask Clipped(const Mask& shape) const { return Intersect(shape, state_.clip); }
     const Mask& MaskOf(SoftMask& softMask);
 

@@ -48,7 +48,8 @@ unsigned long PaintRows(PageContext& context, int number, const PageGeometry& ge
     // Large pages take longer.
     context.budget.pixelsForOperator *=
         std::max(1.0, static_cast<double>(geometry.area.x1) * geometry.area.y1 / kUsualPixels);
-    Canvas canvas(image, rows, context.calls);
+    context.needsAllRows = false;
+    Canvas canvas(image, rows, context.calls, true);
     const GraphicsState state{geometry.toDevice, {rows, nullptr}};
     const QPDFObjectHandle group = Entry(page, "/Group");
     const bool isGroup =
@@ -91,7 +92,9 @@ std::shared_ptr<vantu::IQorImage> PaintPage(const std::vector<std::unique_ptr<Pa
     for (auto& band : bands) taken += band.get();
     // A band leaves out what cannot be seen there, so it takes less than the page. All bands take no less: if that is
     // within the budget, no thread would have cut the page off. If not, one thread tells.
-    if (bands.size() > 1 && taken > contexts.front()->budget.operators) paint(*contexts.front(), geometry.area);
+    const bool mayBeCutOff = taken > contexts.front()->budget.operators;
+    const bool needsAllRows = std::ranges::any_of(contexts, [](const auto& context) { return context->needsAllRows; });
+    if (bands.size() > 1 && (mayBeCutOff || needsAllRows)) paint(*contexts.front(), geometry.area);
     return image;
 }
 

@@ -77,7 +77,7 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const bool blends = page_.blendModes.In(ink.pattern).any();
     if (across * down >= (blends ? kLeastBlendingArea : kLeastPaintedArea)) {
         const Placing asAWhole = PlacingOf(ink);
-        canvas_.BeginGroup(mask, {!blends, false, false, state_.mode == vantu::BlendMode::Normal});
+        BeginGroup(mask, !blends, false);
         paintTiles(canvas_, tiles, toDevice, area);
         canvas_.EndGroup(asAWhole);
         return;
@@ -94,7 +94,7 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const Pixels period{0, 0, static_cast<int>(columns), static_cast<int>(rows)};
     const Matrix toPeriod{columns / lattice.step.x, 0, 0, rows / lattice.step.y, 0, 0};
     const auto tile = MakeImage(period);
-    Canvas tileCanvas(tile, period, page_.calls);
+    Canvas tileCanvas(tile, period, page_.calls, false);
     paintTiles(tileCanvas, overlapping, toPeriod, period);
 
     const auto picture = MakeImage(area);

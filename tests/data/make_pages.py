@@ -115,6 +115,11 @@ def page_without_group():
     return page_group()[:3]
 
 
+def group_over_opaque_and_clear():
+    """What lies below a group is opaque in some rows of the page."""
+    return 6, 6, [paper(6, 2), Group(three_rects("Screen", 0.6), alpha=0.5)]
+
+
 def page_knockout_group():
     """Each element of the page replaces those before it, also one of which nothing is seen."""
     clear = SoftMask("Luminosity", [Rect(3, 1, 4, 2, WHITE)], (0, 0, 6, 4))
@@ -528,7 +533,7 @@ def turned_page():
 
 PAGES = [alpha, modes, modes_in_translucent_group, mode_list, isolated_groups, non_isolated_groups,
          opaque_blends_in_groups, nested_groups, groups_in_knockout_group, group_in_isolated_knockout_group,
-         group_alpha_and_mode, page_group, page_without_group, page_knockout_group, luminosity_mask, luminosity_mask_backdrop_transfer, alpha_mask_transfer, mask_in_mask, masked_group, mask_of_two_groups,
+         group_alpha_and_mode, page_group, page_without_group, group_over_opaque_and_clear, page_knockout_group, luminosity_mask, luminosity_mask_backdrop_transfer, alpha_mask_transfer, mask_in_mask, masked_group, mask_of_two_groups,
          masked_element_of_knockout_group, alpha_is_shape, fill_and_stroke, crossing_stroke, text_knockout, text_of_codes, text_of_pictures,
          soft_masked_pictures, masked_pictures, sample_depths, colour_spaces, shadings, tilings, blending_tiles, forms_and_clips,
          optional_content, turned_page]
