@@ -44,6 +44,14 @@ public:
           third_(hn::LoadU(kBytes, table.data() + 128)),
           fourth_(hn::LoadU(kBytes, table.data() + 192)) {}
 
+    HWY_INLINE Bytes Of(Bytes key) const {
+        const auto odd = hn::TestBit(key, hn::Set(kBytes, 64));
+        const auto upper = hn::TestBit(key, hn::Set(kBytes, 128));
+        const Bytes below = hn::IfThenElse(odd, LookUp64(second_, key), LookUp64(first_, key));
+        const Bytes above = hn::IfThenElse(odd, LookUp64(fourth_, key), LookUp64(third_, key));
+        return hn::IfThenElse(upper, above, below);
+    }
+
     /// Stores the bytes of `count` keys, at most 64, and zeros behind them up to 64.
     HWY_INLINE void Read(const unsigned char* keys, std::size_t count, unsigned char* bytes) const {
         const auto present = hn::FirstN(kBytes, count);
@@ -64,14 +72,6 @@ public:
     }
 
 private:
-    HWY_INLINE Bytes Of(Bytes key) const {
-        const auto odd = hn::TestBit(key, hn::Set(kBytes, 64));
-        const auto upper = hn::TestBit(key, hn::Set(kBytes, 128));
-        const Bytes below = hn::IfThenElse(odd, LookUp64(second_, key), LookUp64(first_, key));
-        const Bytes above = hn::IfThenElse(odd, LookUp64(fourth_, key), LookUp64(third_, key));
-        return hn::IfThenElse(upper, above, below);
-    }
-
     Bytes first_, second_, third_, fourth_;
 };
 

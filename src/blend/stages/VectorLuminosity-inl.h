@@ -7,6 +7,7 @@
 #define IMAGEOP_VECTOR_LUMINOSITY_INL_H
 #endif
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -14,30 +15,81 @@
 #include "blend/stages/MaskStages.h"
 #include "blend/stages/VectorAlphas-inl.h"
 #include "blend/stages/VectorBytes-inl.h"
+#include "blend/stages/VectorNative-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
-/// Luminosities of 64 pixels. A grey's is looked up: with n = 30*R + 59*G + 11*B, n / 100 is the grey itself.
+/// 11*B + 59*G + 30*R of the pixels of a block, given as its two vectors.
+HWY_INLINE Words WeightedSums(Pixels first, Pixels second) {
+#if HWY_ARCH_X86
+    const Words weights = AsWords(hn::Set(kPixels, 11 | 59 << 8 | 30 << 16));
+    const Pixels a = AsPixels(PairSums(AsWords(first), weights)), b = AsPixels(PairSums(AsWords(second), weights));
+    return hn::Add(LowHalves(a, b), HighHalves(a, b));
+#else
+    const Block block{LowHalves(first, second), HighHalves(first, second)};
+    const Words blueGreen = hn::Add(hn::Mul(block.Blue(), Constant(11)), hn::Mul(block.Green(), Constant(59)));
+    return hn::Add(blueGreen, hn::Mul(block.Red(), Constant(30)));
+#endif
+}
+
+/// What luminosities of the pixels of a block are made of: with n = 11*B + 59*G + 30*R, floor(n / 100), which is a grey
+/// itself, and which pixels are greys.
+struct BlockLuminosities {
+    /// @param each called as `each(i)` for pixels that are no grey and of which n / 100 is a whole number.
+    template <typename Each>
+    HWY_INLINE BlockLuminosities(const unsigned char* packed, Each each) {
+        const Pixels first = LoadPixels(packed), second = LoadPixels(packed + kPackedBytes * hn::Lanes(kPixels));
+        const auto distances = [](Pixels v) HWY_ATTR { return hn::Xor(v, hn::ShiftRight<8>(v)); };
+        const Words n = WeightedSums(first, second);
+        // floor(n / 100) = n * 20972 / 2^21 for n up to 25,500.
+        floor = hn::ShiftRight<5>(hn::MulHigh(n, Constant(20972)));
+        grey = hn::Eq(LowHalves(distances(first), distances(second)), hn::Zero(kWords));
+        EachPixelOf(hn::AndNot(grey, hn::Eq(hn::Mul(floor, Constant(100)), n)), each);
+    }
+
+    Words floor;
+    WordMask grey;
+};
+
+#if IMAGEOP_HAS_BYTE_TABLES
+
+/// Where the bytes of 64 pixels lie among words of two blocks, the second one's in their high bytes.
+alignas(64) inline constexpr auto kPlacesInWords = [] {
+    std::array<std::uint8_t, 64> places{};
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        places[i] = static_cast<std::uint8_t>(i % 16 * 4 + i / 16 % 2 * 2 + i / 32);
+    }
+    return places;
+}();
+
+#endif
+
+/// Luminosities of 64 pixels, those of greys looked up.
 HWY_INLINE std::size_t PieceLuminosities(const unsigned char* packed, std::size_t first, const ByteLookUp& ofGrey,
                                          unsigned char* bytes, std::uint16_t* unknown) {
     constexpr std::size_t kPiece = PieceAlphas::kPixels;
-    alignas(kPiece) unsigned char floors[kPiece], greys[kPiece], greyFloors[kPiece];
     std::size_t unknowns = 0;
+    const auto block = [&](std::size_t i) HWY_ATTR {
+        return BlockLuminosities(packed + i * kPackedBytes, [&](std::size_t pixel) {
+            unknown[unknowns++] = static_cast<std::uint16_t>(first + i + pixel);
+        });
+    };
+#if IMAGEOP_HAS_BYTE_TABLES
+    const BlockLuminosities low = block(0), high = block(kPiece / 2);
+    const Bytes floors = hn::BitCast(kBytes, hn::Or(low.floor, hn::ShiftLeft<8>(high.floor)));
+    const Words greys =
+        hn::Or(hn::IfThenElseZero(low.grey, Constant(0x00FF)), hn::IfThenElseZero(high.grey, Constant(0xFF00)));
+    const auto grey = hn::MaskFromVec(hn::BitCast(kBytes, greys));
+    const Bytes luminosities = hn::IfThenElse(grey, ofGrey.Of(floors), floors);
+    hn::StoreU(LookUp64(luminosities, hn::Load(kBytes, kPlacesInWords.data())), kBytes, bytes);
+#else
+    alignas(kPiece) unsigned char floors[kPiece], greys[kPiece], greyFloors[kPiece];
     for (std::size_t i = 0; i < kPiece; i += BlockPixels()) {
-        const Block block = LoadBlock(packed + i * kPackedBytes);
-        const Words blue = block.Blue(), green = block.Green(), red = block.Red();
-        const Words n =
-            hn::Add(hn::Add(hn::Mul(red, Constant(30)), hn::Mul(green, Constant(59))), hn::Mul(blue, Constant(11)));
-        // floor(n / 100) = n * 20972 / 2^21 for n up to 25,500.
-        const Words floor = hn::ShiftRight<5>(hn::MulHigh(n, Constant(20972)));
-        const WordMask grey = hn::And(hn::Eq(blue, green), hn::Eq(green, red));
-        StoreBytes(floor, floors + i);
-        StoreBytes(hn::IfThenElseZero(grey, Constant(255)), greys + i);
-        const WordMask whole = hn::Eq(hn::Mul(floor, Constant(100)), n);
-        EachPixelOf(hn::AndNot(grey, whole),
-                    [&](std::size_t pixel) { unknown[unknowns++] = static_cast<std::uint16_t>(first + i + pixel); });
+        const BlockLuminosities luminosities = block(i);
+        StoreBytes(luminosities.floor, floors + i);
+        StoreBytes(hn::IfThenElseZero(luminosities.grey, Constant(255)), greys + i);
     }
     ofGrey.Read(floors, kPiece, greyFloors);
     const hn::CappedTag<std::uint8_t, kPiece> tag;
@@ -45,6 +97,7 @@ HWY_INLINE std::size_t PieceLuminosities(const unsigned char* packed, std::size_
         const auto isGrey = hn::MaskFromVec(hn::Load(tag, greys + i));
         hn::StoreU(hn::IfThenElse(isGrey, hn::Load(tag, greyFloors + i), hn::Load(tag, floors + i)), tag, bytes + i);
     }
+#endif
     return unknowns;
 }
 
