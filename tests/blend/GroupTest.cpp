@@ -129,14 +129,27 @@ TEST(Groups, NestAndPaintOnTheTopImageAlone) {
     EXPECT_EQ(Argb(surface->At(0, 0)), 0xFF010101U);
 }
 
-TEST(Groups, StartWithoutTheAlphasOfTheLastOne) {
-    const auto blender = BlenderOn(nullptr);
-    for (const unsigned char alpha : Bytes{200, 100}) {
-        const auto image = Row(Bgra32Premultiplied, {0, 0, 0, 0});
-        blender->BeginGroup(image, nullptr, false, false, false);
-        EXPECT_TRUE(Paint(*blender, {.source = Row(Bgr24, {255, 255, 255}), .coverage = kPixel(), .alpha = alpha}));
-        EXPECT_TRUE(blender->EndGroup());
-        EXPECT_EQ(image->Bytes(), Bytes(4, alpha));
+TEST(Groups, AreTheSameAfterGroupsOfAnyShape) {
+    Random random(5);
+    const auto longLived = BlenderOn(nullptr);
+    for (int i = 0; i < 300; ++i) {
+        const Shape shape{random() % 2 != 0 ? 1U : 2U, 2, random() % 2 != 0 ? Bgra32Premultiplied : Bgra32Inverted,
+                          static_cast<unsigned char>(random() % 2 * 16), random() % 2 != 0};
+        const auto image = std::make_shared<TestImage>(shape, random);
+        const auto again = std::make_shared<TestImage>(shape);
+        std::copy_n(image->GetPixelData(), image->Size(), again->GetPixelData());
+        const int row = static_cast<int>(random() % 2);
+        const Call element{.source = std::make_shared<TestImage>(shape, random),
+                           .coverage = Cover({{0, row, static_cast<int>(shape.width), row + 1}}),
+                           .alpha = static_cast<unsigned char>(1 + random() % 255)};
+        const auto paint = [&](IPDFImageBlender& blender, const std::shared_ptr<TestImage>& group) {
+            blender.BeginGroup(group, nullptr, false, false, false);
+            EXPECT_TRUE(Paint(blender, element));
+            EXPECT_TRUE(blender.EndGroup());
+        };
+        paint(*longLived, image);
+        paint(*BlenderOn(nullptr), again);
+        ASSERT_EQ(image->Bytes(), again->Bytes()) << i;
     }
 }
 
