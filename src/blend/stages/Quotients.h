@@ -12,7 +12,7 @@ using WordTable = std::array<std::uint16_t, 256>;
 
 /// A table of words, and its low and its high bytes: vectors look up the ones or the others.
 struct SplitTable {
-    explicit constexpr SplitTable(const WordTable& table) : words(table), low{}, high{} {
+    explicit constexpr SplitTable(const WordTable& table) : words(table) {
         for (std::size_t i = 0; i < words.size(); ++i) {
             low[i] = static_cast<std::uint8_t>(words[i]);
             high[i] = static_cast<std::uint8_t>(words[i] >> 8);
@@ -20,8 +20,8 @@ struct SplitTable {
     }
 
     alignas(64) WordTable words;
-    alignas(64) std::array<std::uint8_t, 256> low;
-    alignas(64) std::array<std::uint8_t, 256> high;
+    alignas(64) std::array<std::uint8_t, 256> low{};
+    alignas(64) std::array<std::uint8_t, 256> high{};
 };
 
 /// A table of `numerator / d`, rounded up or down, its bits from `shift` on; entry 0 is 0.
