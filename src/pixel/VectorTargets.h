@@ -25,3 +25,6 @@
 
 /// Whether it looks bytes up in tables of 64.
 #define IMAGEOP_HAS_BYTE_TABLES (HWY_TARGET == HWY_AVX3_DL)
+
+/// Whether it sums products of neighbouring bytes at once.
+#define IMAGEOP_HAS_PAIR_SUMS HWY_ARCH_X86

@@ -23,7 +23,7 @@ namespace vantu::HWY_NAMESPACE {
 
 /// 11*B + 59*G + 30*R of the pixels of a block, given as its two vectors.
 HWY_INLINE Words WeightedSums(Pixels first, Pixels second) {
-#if HWY_ARCH_X86
+#if IMAGEOP_HAS_PAIR_SUMS
     const Words weights = AsWords(hn::Set(kPixels, 11 | 59 << 8 | 30 << 16));
     const Pixels a = AsPixels(PairSums(AsWords(first), weights)), b = AsPixels(PairSums(AsWords(second), weights));
     return hn::Add(LowHalves(a, b), HighHalves(a, b));

@@ -18,7 +18,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
-#if HWY_ARCH_X86
+#if IMAGEOP_HAS_PAIR_SUMS
 
 /// A word in every lane that the compiler does not know: one that it knows it would make again wherever it is used.
 HWY_INLINE Words Kept(unsigned int value) {

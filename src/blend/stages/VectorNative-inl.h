@@ -30,7 +30,7 @@ HWY_INLINE Pixels Truncated(hn::Vec<TagFloat> v) {
 #endif
 }
 
-#if HWY_ARCH_X86
+#if IMAGEOP_HAS_PAIR_SUMS
 
 /// The sums of the products of two neighbouring bytes, of which the first factors are unsigned and the second signed,
 /// as far as these sums fit a signed word.
