@@ -117,7 +117,7 @@ bool Painter::Implementation::Open(std::size_t depth) {
 
 /// A clear image for a group.
 std::shared_ptr<IQorImage> Painter::Implementation::TakeImage(const Rectangle& bounds) {
-    const std::shared_ptr<IQorImage> spare = std::exchange(spareImage_, nullptr);
+    std::shared_ptr<IQorImage> spare = std::exchange(spareImage_, nullptr);
     const Rectangle whole = Moved(bounds, {bounds.x0, bounds.y0});
     if (!spare || WholeOf(*spare).x1 != whole.x1 || WholeOf(*spare).y1 != whole.y1) {
         return MakeImage(bounds, PixelFormat::Bgra32Premultiplied);
