@@ -19,8 +19,10 @@ struct PixelRows {
     /// Bytes that all rows take; of rows that are still to be made maybe more than memory has addresses.
     [[nodiscard]] std::uint64_t Size() const { return std::uint64_t{Stride()} * count; }
 
-    /// The same rows, the last one first.
-    [[nodiscard]] PixelRows Reversed() const { return {Row(count - 1), -step, count}; }
+    /// The same rows, the last one first. Without memory there is no place to go to.
+    [[nodiscard]] PixelRows Reversed() const {
+        return {first == nullptr || count == 0 ? first : Row(count - 1), -step, count};
+    }
     /// Rows in the order of memory, brought into the order of the picture: the top one first.
     [[nodiscard]] PixelRows FromTop(bool bottomUp) const { return bottomUp ? Reversed() : *this; }
     /// Rows in either order, brought into the order of memory.
