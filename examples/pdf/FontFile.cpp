@@ -53,17 +53,13 @@ std::unique_ptr<FontFile> FontFile::Open(std::string bytes) {
     file->face_ = {face, FT_Done_Face};
     if (!FT_IS_SCALABLE(face)) return nullptr;
     file->em_ = std::max<int>(face->units_per_EM, 1);
-    file->ReadCids();
-    return file;
-}
-
-// FreeType numbers the glyphs of a bare CFF font of this kind by their identifiers, those of a wrapped one not.
-void FontFile::ReadCids() {
-    if (!FT_IS_CID_KEYED(face_.get()) || !FT_IS_SFNT(face_.get())) return;
-    for (FT_UInt glyph = 0; glyph < static_cast<FT_UInt>(face_->num_glyphs); ++glyph) {
+    // FreeType numbers the glyphs of a bare CFF font of this kind by their identifiers, those of a wrapped one not.
+    const bool hasOtherOrder = FT_IS_CID_KEYED(face) && FT_IS_SFNT(face);
+    for (FT_UInt glyph = 0; hasOtherOrder && glyph < static_cast<FT_UInt>(face->num_glyphs); ++glyph) {
         FT_UInt cid = 0;
-        if (FT_Get_CID_From_Glyph_Index(face_.get(), glyph, &cid) == 0) glyphsOfCids_.emplace(cid, glyph);
+        if (FT_Get_CID_From_Glyph_Index(face, glyph, &cid) == 0) file->glyphsOfCids_.emplace(cid, glyph);
     }
+    return file;
 }
 
 unsigned int FontFile::GlyphOfName(const std::string& name) const {

@@ -33,7 +33,6 @@ public:
 
 private:
     explicit FontFile(std::string bytes) : bytes_(std::move(bytes)) {}
-    void ReadCids();
 
     std::string bytes_;  // the face reads them as long as it lives
     std::shared_ptr<FT_LibraryRec_> library_;

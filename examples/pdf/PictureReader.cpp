@@ -104,20 +104,20 @@ std::optional<Picture> ReadPicture(QPDFObjectHandle picture, QPDFObjectHandle re
 
     QPDFObjectHandle softMask = Entry(picture, "/SMask");
     QPDFObjectHandle stencil = Entry(picture, "/Mask");
-    std::optional<Picture> opacity;
+    std::optional<Picture> opacity = Picture{1, 1, 1, {255}};
     if (softMask.isStream())
         opacity = ReadOpacity(softMask, false, notes);
     else if (stencil.isStream())
         opacity = ReadOpacity(stencil, true, notes);
-    if (opacity &&
+    if (!opacity ||
         std::max(colors->width, opacity->width) > kMostPicturePixels / std::max(colors->height, opacity->height)) {
-        notes.Add("mask of a picture that has another shape and too many pixels: left out");
-        opacity.reset();
+        notes.Add("picture whose mask cannot be read or is too large: left out");
+        return std::nullopt;
     }
     const std::vector<double> matte = ToNumbers(Entry(softMask, "/Matte"));
-    const bool hasMatte = opacity && matte.size() == space->Components();
+    const bool hasMatte = matte.size() == space->Components();
     const vantu::Color matteColor = hasMatte ? space->ToColor(matte) : vantu::Color();
-    return Join(*colors, opacity.value_or(Picture{1, 1, 1, {255}}), hasMatte ? &matteColor : nullptr);
+    return Join(*colors, *opacity, hasMatte ? &matteColor : nullptr);
 }
 
 const Picture* PictureCache::Get(QPDFObjectHandle picture, QPDFObjectHandle resources, Notes& notes) {
