@@ -17,61 +17,11 @@
 #include "blend/stages/VectorComposite-inl.h"
 #include "blend/stages/VectorDivision-inl.h"
 #include "blend/stages/VectorMix-inl.h"
+#include "blend/stages/VectorOpaque-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
-
-/// (B*as + cb*(255-as)) / 255: the result on an opaque backdrop.
-struct OnOpaque {
-    HWY_INLINE Words operator()(Words cb, Words b) const {
-        return Div255(hn::Add(hn::Mul(b, as), hn::Mul(cb, hn::Sub(Constant(255), as))));
-    }
-
-    Words as;
-};
-
-/// (B*ab + cs*(255-ab)) / 255: the result of an opaque source.
-struct OfOpaque {
-    HWY_INLINE Words operator()(Words cs, Words b) const {
-        return Div255(hn::Add(hn::Mul(b, ab), hn::Mul(cs, hn::Sub(Constant(255), ab))));
-    }
-
-    Words ab;
-};
-
-/// Paints steps from pixel i on by Normal at full alpha for as long as their sources or their targets are opaque.
-/// @return the pixel behind them.
-HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, std::size_t end) {
-    for (; i < end; i += StepPixels()) {
-        const unsigned char* const source = span.source + i * kPackedBytes;
-        unsigned char* const target = span.target + i * kPackedBytes;
-        const auto eachVector = [&](auto paint) {
-            for (std::size_t at = 0; at < kStepVectors * VectorBytes(); at += VectorBytes()) {
-                StorePixels(paint(LoadPixels(source + at), target + at), target + at);
-            }
-        };
-        if (IsOpaque(source)) {
-            eachVector([](Pixels s, const unsigned char*) { return s; });
-            continue;
-        }
-        if (!IsOpaque(target)) break;
-        if (IsExtreme(source)) {
-            if (IsClear(source)) continue;
-            eachVector([](Pixels s, const unsigned char* t) { return OverOpaque(s, LoadPixels(t)); });
-            continue;
-        }
-        const Blocks<Block> block = LoadBlocks(source);
-        const Blocks<Words> as = Alphas(block);
-        const Blocks<Channels> cs = UnpremultipliedWhereSeen(block, as);
-        const Blocks<Channels> cb = StoredChannels(LoadBlocks(target));
-        ForEachBlock([&](std::size_t j) {
-            const Channels result = EachChannel(cb[j], cs[j], OnOpaque{as[j]});
-            StoreBlock(MakeBlock(result, Constant(255)), BlockAt(target, j));
-        });
-    }
-    return i;
-}
 
 /// Whether Normal replaces all pixels of a step by opaque ones.
 template <BlendMode Mode>
