@@ -30,12 +30,33 @@ QPDFObjectHandle AppearanceOf(QPDFObjectHandle annotation, const Document& docum
     return Entry(normal, ToName(Entry(annotation, "/AS")));
 }
 
-// A page is an isolated group, whatever it says of that: it blends with no paper. It is the same painted on white at
-// once, unless it knocks out or has modes that make something else of white than the source.
-bool NeedsGroup(QPDFObjectHandle group, BlendModes modes) {
+// Whether something else comes of these modes on white than of the source.
+bool ShowOnWhite(BlendModes modes) {
     for (const vantu::BlendMode same : {vantu::BlendMode::Multiply, vantu::BlendMode::Darken})
         modes.reset(static_cast<std::size_t>(same));
-    return modes.any() || ToBool(Entry(group, "/K"), false);
+    return modes.any();
+}
+
+// Paints the content of a page. A page is an isolated group, whatever it says of that: it blends with no paper. It is
+// the same painted on white at once, unless it knocks out or has modes that show there.
+void PaintContent(PageContext& context, Canvas& canvas, QPDFObjectHandle page, QPDFObjectHandle resources,
+                  const GraphicsState& state) {
+    const Pixels rows = canvas.Visible();
+    const auto paintOn = [&](Canvas& target) {
+        Interpreter(context, target, resources, state).Paint(Entry(page, "/Contents"));
+    };
+    if (ToBool(Entry(Entry(page, "/Group"), "/K"), false)) {
+        canvas.BeginGroup({rows, nullptr}, {true, true, true});
+        paintOn(canvas);
+        canvas.EndGroup({});
+    } else if (ShowOnWhite(context.blendModes.In(QPDFObjectHandle::newDictionary({{"/Resources", resources}})))) {
+        const auto clear = MakeImage({0, 0, rows.x1, rows.y1});
+        Canvas content(clear, rows, context.calls, false);
+        paintOn(content);
+        canvas.Draw(clear, {0, 0}, {rows, nullptr}, {});
+    } else {
+        paintOn(canvas);
+    }
 }
 
 }  // namespace
@@ -51,12 +72,7 @@ unsigned long PaintRows(PageContext& context, int number, const PageGeometry& ge
     context.needsAllRows = false;
     Canvas canvas(image, rows, context.calls, true);
     const GraphicsState state{geometry.toDevice, {rows, nullptr}};
-    const QPDFObjectHandle group = Entry(page, "/Group");
-    const bool isGroup =
-        NeedsGroup(group, context.blendModes.In(QPDFObjectHandle::newDictionary({{"/Resources", resources}})));
-    if (isGroup) canvas.BeginGroup({rows, nullptr}, {true, ToBool(Entry(group, "/K"), false), true});
-    Interpreter(context, canvas, resources, state).Paint(Entry(page, "/Contents"));
-    if (isGroup) canvas.EndGroup({});
+    PaintContent(context, canvas, page, resources, state);
 
     for (const QPDFObjectHandle& annotation : Items(Entry(page, "/Annots"))) {
         const QPDFObjectHandle appearance = AppearanceOf(annotation, context.document);
