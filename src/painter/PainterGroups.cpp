@@ -191,7 +191,8 @@ PaintResult Painter::Implementation::EndGroup(const Paint& paint) {
     }
     if (ownsImage) {
         spareImage_ = group.image;
-        spareRows_ = group.kind.isolated ? Moved(group.painted, group.origin) : WholeOf(*group.image);
+        const bool isKnown = group.kind.isolated && allIsNoted_;
+        spareRows_ = isKnown ? Moved(group.painted, group.origin) : WholeOf(*group.image);
     }
     return IsAsPromised(group.kind, paint) ? result : PaintResult::PlainGroup;
 }

@@ -3,6 +3,7 @@
 #include <vantu/ImageUtil.h>
 
 #include <array>
+#include <utility>
 
 namespace vantu {
 namespace {
@@ -170,6 +171,7 @@ PaintResult Painter::Implementation::Replace(const Rectangle& box, const Color& 
 PaintResult Painter::Implementation::PaintShape(const Source& source, const Bands* shape, const Rectangle& box,
                                                 const Paint& paint, const std::optional<ImageFacts>& mask) {
     if (source.alpha == 0 || IsEmpty(box)) return PaintResult::NothingToPaint;
+    const bool wasNoted = std::exchange(allIsNoted_, false);
     bool some = false;
     Rectangle inside{};
     if (mask) {
@@ -191,6 +193,7 @@ PaintResult Painter::Implementation::PaintShape(const Source& source, const Band
             some = some || !ranges_->ranges.empty();
         }
     }
+    allIsNoted_ = wasNoted;
     if (!some) return PaintResult::NothingToPaint;
     NotePainted(mask && !paint.outsideMask ? inside : box);
     return PaintResult::Painted;

@@ -105,6 +105,7 @@ private:
     /// on it does. It is clear in all rows but these.
     std::shared_ptr<IQorImage> spareImage_;
     Rectangle spareRows_{};
+    bool allIsNoted_ = true;  ///< not where a call broke off, which may have painted more than is noted
 
     // Kept from call to call for their memory.
     const std::shared_ptr<RangeList> ranges_ = std::make_shared<RangeList>();

@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -66,6 +67,27 @@ TEST(Painter, SaysWhyNothingIsPainted) {
     page->HideMemory();
     expect(draw(opaque, {}), PaintResult::NoPixels);
     expect(painter.EndGroup({.alpha = 7}), PaintResult::PlainGroup);
+}
+
+TEST(Painter, StartsOnAClearGroupAfterACallThatThrew) {
+    const auto page = std::make_shared<TestImage>(Shape{4, 1, Bgra32Premultiplied});
+    Painter painter(page);
+    const Image mask = Row(Index8, {255, 255, 255, 7});
+    mask->SetPalette(GreyPalette(256));
+    const auto throws = std::make_shared<HostFunction>([](const Color& c) -> double {
+        if (c.GetGreen() == 7) throw std::runtime_error("no opacity");
+        return 1;
+    });
+    const Rectangle whole{0, 0, 4, 1};
+    const unsigned char before = page->GetPixelData()[4 + 3];
+    painter.BeginGroup(whole, {.isolated = true});
+    const std::vector<Rectangle> broken{{1, 0, 2, 1}, {3, 0, 4, 1}}, around{{0, 0, 1, 1}, {2, 0, 3, 1}};
+    EXPECT_THROW(painter.Fill(broken, 0xFF0000FF, {.mask = mask, .maskTransfer = throws}), std::runtime_error);
+    painter.EndGroup();
+    painter.BeginGroup(whole, {.isolated = true});
+    painter.Fill(around, 0xFF00FF00);
+    painter.EndGroup();
+    EXPECT_EQ(page->GetPixelData()[4 + 3], before);
 }
 
 TEST(Painter, HasATextOfItsOwnForEachResult) {
