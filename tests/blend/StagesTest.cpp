@@ -93,6 +93,16 @@ struct Scene {
         return span;
     }
 
+    /// Makes a span of all pixels one of rows, those of the source from the last one on.
+    static void SplitIntoRows(CompositeSpan& span, std::size_t rows, std::size_t gap) {
+        const std::size_t pixels = span.count / rows;
+        span.rows = rows;
+        span.count = pixels - std::min(gap, pixels - 1);
+        span.targetStep = static_cast<std::int64_t>(pixels * kPackedBytes);
+        span.sourceStep = -span.targetStep;
+        span.source += (rows - 1) * pixels * kPackedBytes;
+    }
+
     std::size_t count;
     Bytes source, target, snapshot, opacity, select;
     std::vector<std::uint32_t> groupAlpha;
@@ -114,11 +124,18 @@ TEST_P(StagesOn, CompositeAsTheStepsDo) {
         const std::uint32_t alpha = random() % 4 != 0 ? kAlphas[random() % std::size(kAlphas)] : AnyAlpha(random);
         const bool masked = random() % 2 != 0, selected = random() % 2 != 0;
         const bool keepClear = random() % 2 != 0, stencil = random() % 2 != 0;
+        const bool inRows = form == CompositeForm::Plain && !masked && !selected;
+        const std::size_t rows = inRows ? 1 + random() % std::min<std::size_t>(width, 70) : 1, gap = random() % 3;
+        const auto composite = [&](const BlendStages& stages, Scene& scene) {
+            CompositeSpan span = scene.Span(alpha, masked, selected, keepClear, stencil);
+            if (rows != 1) Scene::SplitIntoRows(span, rows, gap);
+            stages.Of(mode, form, packed)(span);
+        };
 
-        ScalarStages().Of(mode, form, packed)(expected.Span(alpha, masked, selected, keepClear, stencil));
+        composite(ScalarStages(), expected);
         {
             const ForcedTarget forced(GetParam());
-            ActiveStages().Of(mode, form, packed)(actual.Span(alpha, masked, selected, keepClear, stencil));
+            composite(ActiveStages(), actual);
         }
         ASSERT_EQ(expected.target, actual.target) << "round " << round;
         ASSERT_EQ(expected.groupAlpha, actual.groupAlpha) << "round " << round;

@@ -154,6 +154,7 @@ private:
             case SpanPlan::Way::Nothing: return;
             case SpanPlan::Way::InOrder: return inOrder(area, 0, 0);
             case SpanPlan::Way::Copy: return painter_.CopyRows(plan.area);
+            case SpanPlan::Way::InPlace: return painter_.PaintInPlace(plan.area);
             case SpanPlan::Way::Spans: break;
         }
         Span span;

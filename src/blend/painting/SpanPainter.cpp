@@ -73,6 +73,22 @@ bool SpanPainter<Traits>::Paint(const PaintArea& area, Verdict verdict, Span<Tra
 }
 
 template <typename Traits>
+void SpanPainter<Traits>::PaintInPlace(const PaintArea& area) const {
+    const auto target = At(targetRows_, kernel_.targetBytes, area.targetX, area.targetY, area);
+    const auto source = At(sourceRows_, kernel_.sourceBytes, area.sourceX, area.sourceY, area);
+    CompositeSpan span{};
+    span.target = target.first;
+    span.source = source.first;
+    span.count = area.width;
+    span.alpha = *request_.alpha;
+    span.keepClear = kernel_.keepClear;
+    span.rows = area.height;
+    span.targetStep = target.step;
+    span.sourceStep = source.step;
+    StageFor(span.count * span.rows)(span);
+}
+
+template <typename Traits>
 void SpanPainter<Traits>::CopyRows(const PaintArea& area) const {
     const auto target = At(targetRows_, kernel_.targetBytes, area.targetX, area.targetY, area);
     const auto source = At(sourceRows_, kernel_.sourceBytes, area.sourceX, area.sourceY, area);
@@ -113,13 +129,18 @@ void SpanPainter<Traits>::ScatterGroupAlpha(const PaintArea& area, const Span<Tr
     }
 }
 
+/// A single pixel is done before a vector would be filled.
+template <typename Traits>
+CompositeStage SpanPainter<Traits>::StageFor(std::size_t pixels) const {
+    return pixels == 1 ? ScalarStages().Of(kernel_.mode, form_, kernel_.colors) : stage_;
+}
+
 /// Runs the span through the compositing stage, the target packed before and written after where it does not lie packed
 /// in memory. Without colours there is nothing to read or write: only the group's alphas are kept up to date.
 template <typename Traits>
 void SpanPainter<Traits>::Composite(const PaintArea& area, Span<Traits>& span) const {
     CompositeSpan& composite = span.composite;
-    // A single pixel is done before a vector would be filled.
-    const CompositeStage stage = composite.count == 1 ? ScalarStages().Of(kernel_.mode, form_, kernel_.colors) : stage_;
+    const CompositeStage stage = StageFor(composite.count);
     composite.target = span.target;
     if (!kernel_.hasColors) {
         std::memset(span.target, 0, composite.count * kPackedBytes);

@@ -58,6 +58,9 @@ public:
     /// packed pixels; nothing in other calls.
     [[nodiscard]] std::optional<MixedRows> RowsToMix(const PaintArea& area) const;
 
+    /// Paints an area of packed pixels where they lie, outside groups and without a mask.
+    void PaintInPlace(const PaintArea& area) const;
+
     /// Copies the source's bytes, of images of one format.
     void CopyRows(const PaintArea& area) const;
 
@@ -65,6 +68,7 @@ private:
     bool GatherGroupAlpha(const PaintArea& area, Span<Traits>& span) const;
     void ScatterGroupAlpha(const PaintArea& area, const Span<Traits>& span) const;
     void Composite(const PaintArea& area, Span<Traits>& span) const;
+    [[nodiscard]] CompositeStage StageFor(std::size_t pixels) const;
     const unsigned char* WrittenPixels(Span<Traits>& span) const;
     void CopyThroughColor(const PaintArea& area, Span<Traits>& span) const;
 

@@ -58,6 +58,7 @@ struct SpanPlan {
         Nothing,  ///< not at all: nothing of it could be seen
         InOrder,  ///< by the pixel loops
         Copy,     ///< by copying the source's bytes row by row
+        InPlace,  ///< by the stages, where the pixels lie
         Spans,    ///< by the stages, `rows` rows of at most `width` pixels at a time
     };
 
@@ -79,9 +80,9 @@ inline PaintArea RowsJoined(const PaintArea& area, const PaintCall& call) {
 }
 
 inline SpanPlan PlanSpans(const PaintArea& area, MaskKind mask, const PaintCall& call) {
-    // Narrower rectangles are painted several rows to a span. Pixels that can be painted where they lie gain from that
-    // only while a row is shorter than a few vectors.
-    constexpr unsigned int narrowInPlace = 64;
+    // Narrower rectangles are painted several rows to a span. Packed pixels gain from that only while a row is shorter
+    // than a few vectors.
+    constexpr unsigned int narrowPacked = 64;
     constexpr unsigned int narrow = 256;
     using Way = SpanPlan::Way;
     if (call.inOrder || mask == MaskKind::Other) return {Way::InOrder, area, area.width, area.height};
@@ -90,11 +91,12 @@ inline SpanPlan PlanSpans(const PaintArea& area, MaskKind mask, const PaintCall&
     const PaintArea whole = mask == MaskKind::None ? RowsJoined(area, call) : area;
     const bool copies = call.kernel.copiesBytes && !call.group && call.alpha == 255;
     if (mask == MaskKind::None && copies) return {Way::Copy, whole, whole.width, 1};
-    const bool inPlace = call.kernel.inPlace;
-    if (whole.width < (inPlace ? narrowInPlace : narrow)) {
+    const bool packed = call.kernel.inPlace;
+    if (mask == MaskKind::None && packed && !call.group) return {Way::InPlace, whole, whole.width, whole.height};
+    if (whole.width < (packed ? narrowPacked : narrow)) {
         return {Way::Spans, whole, whole.width, kSpanPixels / whole.width};
     }
-    return {Way::Spans, whole, inPlace && mask == MaskKind::None ? whole.width : kSpanPixels, 1};
+    return {Way::Spans, whole, packed && mask == MaskKind::None ? whole.width : kSpanPixels, 1};
 }
 
 }  // namespace vantu

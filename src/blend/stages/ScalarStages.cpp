@@ -31,13 +31,16 @@ void EachPixel(const CompositeSpan& span, Step step) {
 
 template <BlendMode Mode, PackedColors Colors>
 void Plain(const CompositeSpan& span) {
-    EachPixel(span, [&](std::size_t i, const Color& cs, std::uint32_t as) {
-        if (cs.GetAlpha() == 0) return;
-        unsigned char* const pixel = span.target + i * kPackedBytes;
-        Color cd = ReadPacked<Colors>(pixel);
-        const std::uint32_t ar = CompositePlain<Mode>(cs, cd, as);
-        if (ar != 0 || !span.keepClear) WritePixel<FormatOf(Colors)>(pixel, cd);
-    });
+    for (std::size_t row = 0; row < span.rows; ++row) {
+        const CompositeSpan rest = span.FromRow(row);
+        EachPixel(rest, [&](std::size_t i, const Color& cs, std::uint32_t as) {
+            if (cs.GetAlpha() == 0) return;
+            unsigned char* const pixel = rest.target + i * kPackedBytes;
+            Color cd = ReadPacked<Colors>(pixel);
+            const std::uint32_t ar = CompositePlain<Mode>(cs, cd, as);
+            if (ar != 0 || !rest.keepClear) WritePixel<FormatOf(Colors)>(pixel, cd);
+        });
+    }
 }
 
 template <BlendMode Mode, PackedColors Colors, bool Knockout>

@@ -11,18 +11,31 @@
 namespace vantu {
 
 /// A span of packed pixels that a compositing stage paints, or that the end of a group resolves; for that the target,
-/// the snapshot and group alphas of any size are all there is. Nothing overlaps.
+/// the snapshot and group alphas of any size are all there is. Outside groups it may be several rows of pixels that all
+/// are painted by the source's alphas: there is no opacity and no select then. Nothing overlaps.
 struct CompositeSpan {
+    /// The rest of the rows, from one on.
+    [[nodiscard]] CompositeSpan FromRow(std::size_t row) const {
+        CompositeSpan rest = *this;
+        rest.rows -= row;
+        rest.target += targetStep * static_cast<std::int64_t>(row);
+        rest.source += sourceStep * static_cast<std::int64_t>(row);
+        return rest;
+    }
+
     unsigned char* target;          ///< read and, where a pixel is written, replaced
     const unsigned char* source;    ///< premultiplied
     const unsigned char* opacity;   ///< effective source alpha per pixel; null: alpha * source alpha / 255
     const unsigned char* select;    ///< pixels that are painted at all, not 0; null: all
     const unsigned char* snapshot;  ///< groups: the target when the group was opened
     std::uint32_t* groupAlpha;      ///< groups: read and raised; every entry is at most 255
-    std::size_t count;
-    std::uint32_t alpha;  ///< constant alpha, 1 to 255
-    bool keepClear;       ///< outside groups: leave a pixel whose result alpha is 0
-    bool stencil;         ///< groups: the alpha rules of a stencil
+    std::size_t count;              ///< pixels of a row
+    std::uint32_t alpha;            ///< constant alpha, 1 to 255
+    bool keepClear;                 ///< outside groups: leave a pixel whose result alpha is 0
+    bool stencil;                   ///< groups: the alpha rules of a stencil
+    std::size_t rows = 1;
+    std::int64_t targetStep = 0;  ///< bytes from one row to the next
+    std::int64_t sourceStep = 0;
 };
 
 using CompositeStage = void (*)(const CompositeSpan& span);

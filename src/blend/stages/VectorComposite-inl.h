@@ -84,7 +84,7 @@ HWY_INLINE Blocks<WordMask> Unpainted(const CompositeSpan& span, std::size_t i, 
 /// Whether it pays to gather the pixels of a span, from a step on of which many are kept: not through opacities, nor
 /// for a few pixels.
 HWY_INLINE bool PaysToGather(const CompositeSpan& span, std::size_t i, const Blocks<WordMask>& keep) {
-    if (span.opacity != nullptr || i + 2 * StepPixels() > span.count) return false;
+    if (span.opacity != nullptr || i + 2 * StepPixels() > span.count * span.rows) return false;
     std::size_t kept = 0;
     ForEachBlock([&](std::size_t j) { kept += hn::CountTrue(kWords, keep[j]); });
     return kept > StepPixels() / 4;

@@ -21,40 +21,6 @@ HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 namespace {
 
-/// The first pixels of a vector, or all.
-class FirstPixels {
-public:
-    explicit HWY_INLINE FirstPixels(std::size_t count) : count_(count), present_(hn::FirstN(kPixels, count)) {}
-
-    /// With zeros behind them.
-    HWY_INLINE Pixels Load(const unsigned char* packed) const {
-#if HWY_MAX_BYTES == 64
-        return hn::MaskedLoad(present_, kPixels, reinterpret_cast<const std::uint32_t*>(packed));
-#else
-        unsigned char buffer[HWY_MAX_BYTES] = {};
-        std::memcpy(buffer, packed, count_ * kPackedBytes);
-        return LoadPixels(buffer);
-#endif
-    }
-    HWY_INLINE void Store(Pixels v, unsigned char* packed) const {
-#if HWY_MAX_BYTES == 64
-        hn::BlendedStore(v, present_, kPixels, reinterpret_cast<std::uint32_t*>(packed));
-#else
-        unsigned char buffer[HWY_MAX_BYTES];
-        StorePixels(v, buffer);
-        std::memcpy(packed, buffer, count_ * kPackedBytes);
-#endif
-    }
-    /// Pixels with opaque ones behind the first.
-    HWY_INLINE Pixels OpaqueBehind(Pixels v) const {
-        return hn::Or(v, hn::IfThenZeroElse(present_, hn::Set(kPixels, kPackedAlpha)));
-    }
-
-private:
-    std::size_t count_;
-    PixelMask present_;
-};
-
 /// Whether pixels are opaque, in both images.
 HWY_INLINE bool BothOpaque(const unsigned char* target, const unsigned char* source, std::size_t count) {
     const std::size_t lanes = hn::Lanes(kPixels);

@@ -26,6 +26,7 @@ class Tail {
 public:
     Tail(const CompositeSpan& span, std::size_t first) : span_(span), first_(first), padded_(span) {
         padded_.count = StepPixels();
+        padded_.rows = 1;
         padded_.source = Pad<kPackedBytes>(span.source, source_);
         padded_.target = Pad<kPackedBytes>(span.target, target_);
         padded_.opacity = Pad<1>(span.opacity, opacity_);
@@ -73,18 +74,27 @@ private:
 template <BlendMode Mode, typename Stage, bool Group>
 void PaintSpan(const CompositeSpan& span) {
     const Blend<Mode> blend;
-    const std::size_t whole = span.count - span.count % StepPixels();
-    std::size_t done = 0;
-    while (done < whole) {
-        done = PaintSteps<Stage>(span, done, whole, blend);
-        if constexpr (!Group) {
-            if (done < whole) done = PaintGathered<Stage>(span, done, whole, blend);
-        }
+    Place place{0, 0};
+    if constexpr (!Group) {
+        // Rows that are narrower than a step are painted by steps of their pixels gathered.
+        if (span.rows > 1 && span.count < StepPixels()) place = PaintGathered<Stage>(span, place, blend);
     }
-    if (done < span.count) {
-        Tail<Group> tail(span, done);
-        PaintSteps<Stage>(tail.Padded(), 0, StepPixels(), blend);
-        tail.Store();
+    while (place.row < span.rows) {
+        const CompositeSpan rest = span.FromRow(place.row);
+        const std::size_t whole = span.count - (span.count - place.x) % StepPixels();
+        const std::size_t done = PaintSteps<Stage>(rest, place.x, whole, blend);
+        if constexpr (!Group) {
+            if (done < whole) {
+                place = PaintGathered<Stage>(span, {place.row, done}, blend);
+                continue;
+            }
+        }
+        if (done < span.count) {
+            Tail<Group> tail(rest, done);
+            PaintSteps<Stage>(tail.Padded(), 0, StepPixels(), blend);
+            tail.Store();
+        }
+        place = {place.row + 1, 0};
     }
 }
 

@@ -12,6 +12,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "pixel/Spans.h"
 
@@ -135,6 +136,54 @@ HWY_INLINE void StorePixels(Pixels v, unsigned char* packed) {
     const hn::Repartition<std::uint8_t, Tag32> bytes;
     hn::StoreU(hn::BitCast(bytes, v), bytes, packed);
 }
+
+/// All pixels of a vector.
+struct AllPixels {
+    static HWY_INLINE Pixels Load(const unsigned char* packed) { return LoadPixels(packed); }
+    static HWY_INLINE Pixels LoadBytes(const unsigned char* bytes) {
+        return hn::PromoteTo(kPixels, hn::LoadU(TagByte(), bytes));
+    }
+    static HWY_INLINE void Store(Pixels v, unsigned char* packed) { StorePixels(v, packed); }
+};
+
+/// The first pixels of a vector, or all.
+class FirstPixels {
+public:
+    explicit HWY_INLINE FirstPixels(std::size_t count) : count_(count), present_(hn::FirstN(kPixels, count)) {}
+
+    /// With zeros behind them.
+    HWY_INLINE Pixels Load(const unsigned char* packed) const {
+#if HWY_MAX_BYTES == 64
+        return hn::MaskedLoad(present_, kPixels, reinterpret_cast<const std::uint32_t*>(packed));
+#else
+        unsigned char buffer[HWY_MAX_BYTES] = {};
+        std::memcpy(buffer, packed, count_ * kPackedBytes);
+        return LoadPixels(buffer);
+#endif
+    }
+    HWY_INLINE Pixels LoadBytes(const unsigned char* bytes) const {
+        std::uint8_t buffer[HWY_MAX_BYTES / kPackedBytes] = {};
+        std::memcpy(buffer, bytes, count_);
+        return hn::PromoteTo(kPixels, hn::LoadU(TagByte(), buffer));
+    }
+    HWY_INLINE void Store(Pixels v, unsigned char* packed) const {
+#if HWY_MAX_BYTES == 64
+        hn::BlendedStore(v, present_, kPixels, reinterpret_cast<std::uint32_t*>(packed));
+#else
+        unsigned char buffer[HWY_MAX_BYTES];
+        StorePixels(v, buffer);
+        std::memcpy(packed, buffer, count_ * kPackedBytes);
+#endif
+    }
+    /// Pixels with opaque ones behind the first.
+    HWY_INLINE Pixels OpaqueBehind(Pixels v) const {
+        return hn::Or(v, hn::IfThenZeroElse(present_, hn::Set(kPixels, kPackedAlpha)));
+    }
+
+private:
+    std::size_t count_;
+    PixelMask present_;
+};
 
 HWY_INLINE Block LoadBlock(const unsigned char* packed) {
     const Pixels first = LoadPixels(packed);
