@@ -41,57 +41,16 @@ struct Factor {
     Words lo;
 };
 
-/// trunc(numerator / d) per word, as for d = 1 where d is 0. The division is correctly rounded, and a quotient that is
-/// no integer is at least 1/255 away from one, further than half a unit in the last place below 2^24: so the truncation
-/// is exact.
-HWY_INLINE Factor TruncatedQuotient(float numerator, Words d) {
-    const TagFloat floats;
-    const TagInt ints;
-    const auto divide = [&](Pixels lanes) {
-        return Truncated(hn::Div(hn::Set(floats, numerator), hn::ConvertTo(floats, hn::BitCast(ints, lanes))));
-    };
-    const Words divisor = hn::Max(d, Constant(1));
-    const Pixels first = divide(hn::And(AsPixels(divisor), hn::Set(kPixels, 0xFFFF)));
-    const Pixels second = divide(hn::ShiftRight<16>(AsPixels(divisor)));
-    return {HighHalves(first, second), LowHalves(first, second)};
-}
-
-#if IMAGEOP_HAS_WORD_TABLES
-
-/// The entries of a table at words below 256: its four quarters, of which bits 6 and 7 choose one.
-HWY_INLINE Words LookUp(const SplitTable& table, Words index) {
-    const WordMask odd = hn::TestBit(index, Constant(64));
-    const WordMask upper = hn::TestBit(index, Constant(128));
-    const std::uint16_t* const entries = table.words.data();
-    return hn::IfThenElse(upper, hn::IfThenElse(odd, LookUp64(entries + 192, index), LookUp64(entries + 128, index)),
-                          hn::IfThenElse(odd, LookUp64(entries + 64, index), LookUp64(entries, index)));
-}
-
-#endif
-
-/// The factor of floor(255 * c / a) for every byte c: ceil(255 * 65536 / a), which trunc(16711935 / a) is. Anything for
-/// an a of 0.
-HWY_INLINE Factor UnpremultiplyFactor(Words a) {
-#if IMAGEOP_HAS_WORD_TABLES
-    return {LookUp(kUnpremultiplyHigh, a), LookUp(kUnpremultiplyLow, a)};
-#else
-    return TruncatedQuotient(16711935.0F, a);
-#endif
-}
-
 /// floor(255 * c / a), not cut to 8 bits, with the factor of a.
 HWY_INLINE Words Scale(Words c, const Factor& factor) {
     return hn::Add(hn::Mul(c, factor.hi), hn::MulHigh(c, factor.lo));
 }
 
-/// floor(65535 / d); of no use where d is 0.
-HWY_INLINE Words Reciprocal(Words d) {
-#if IMAGEOP_HAS_WORD_TABLES
-    return LookUp(kReciprocal, d);
-#else
-    return TruncatedQuotient(65535.0F, d).lo;
-#endif
-}
+// Each of these instruction sets has, for the blocks of a step:
+//   UnpremultiplyFactors  the factor of floor(255 * c / a) for every byte c: ceil(255 * 65536 / a), which
+//                         trunc(16711935 / a) is
+//   Reciprocals           floor(65535 / d)
+// Where a or d is 0 tables give 0, divisions anything.
 
 #if IMAGEOP_HAS_BYTE_TABLES
 
@@ -137,7 +96,6 @@ HWY_INLINE Blocks<Words> LookUp(const SplitTable& table, const Blocks<Words>& in
     return EachBlock([&](std::size_t j) { return WordsOf(high, low, j); });
 }
 
-/// UnpremultiplyFactor of each block of a step, but 0 for an a of 0.
 HWY_INLINE Blocks<Factor> UnpremultiplyFactors(const Blocks<Words>& a) {
     const BytesLookUp lookUp(JoinBytes(a));
     const Words low = lookUp(kUnpremultiplyLow.low);
@@ -146,28 +104,57 @@ HWY_INLINE Blocks<Factor> UnpremultiplyFactors(const Blocks<Words>& a) {
     return EachBlock([&](std::size_t j) { return Factor{BytesOf(high, j), WordsOf(middle, low, j)}; });
 }
 
-/// Reciprocal of each block of a step.
+HWY_INLINE Blocks<Words> Reciprocals(const Blocks<Words>& d) {
+    return LookUp(kReciprocal, d);
+}
+
+#elif IMAGEOP_HAS_WORD_TABLES
+
+/// The entries of a table at words below 256: its four quarters, of which bits 6 and 7 choose one.
+HWY_INLINE Blocks<Words> LookUp(const SplitTable& table, const Blocks<Words>& index) {
+    const WordMask odd = hn::TestBit(index[0], Constant(64));
+    const WordMask upper = hn::TestBit(index[0], Constant(128));
+    const auto quarter = [&](std::size_t i) { return LookUp64(table.words.data() + 64 * i, index[0]); };
+    return {hn::IfThenElse(upper, hn::IfThenElse(odd, quarter(3), quarter(2)),
+                           hn::IfThenElse(odd, quarter(1), quarter(0)))};
+}
+
+HWY_INLINE Blocks<Factor> UnpremultiplyFactors(const Blocks<Words>& a) {
+    return {Factor{LookUp(kUnpremultiplyHigh, a)[0], LookUp(kUnpremultiplyLow, a)[0]}};
+}
+
 HWY_INLINE Blocks<Words> Reciprocals(const Blocks<Words>& d) {
     return LookUp(kReciprocal, d);
 }
 
 #else
 
-#if IMAGEOP_HAS_WORD_TABLES
-HWY_INLINE Blocks<Words> LookUp(const SplitTable& table, const Blocks<Words>& index) {
-    return {LookUp(table, index[0])};
+/// trunc(numerator / d) per word, as for d = 1 where d is 0. The division is correctly rounded, and a quotient that is
+/// no integer is at least 1/255 away from one, further than half a unit in the last place below 2^24: so the truncation
+/// is exact.
+HWY_INLINE Factor TruncatedQuotient(float numerator, Words d) {
+    const TagFloat floats;
+    const TagInt ints;
+    const auto divide = [&](Pixels lanes) {
+        return Truncated(hn::Div(hn::Set(floats, numerator), hn::ConvertTo(floats, hn::BitCast(ints, lanes))));
+    };
+    const Words divisor = hn::Max(d, Constant(1));
+    const Pixels first = divide(hn::And(AsPixels(divisor), hn::Set(kPixels, 0xFFFF)));
+    const Pixels second = divide(hn::ShiftRight<16>(AsPixels(divisor)));
+    return {HighHalves(first, second), LowHalves(first, second)};
 }
-#endif
+
 HWY_INLINE Blocks<Factor> UnpremultiplyFactors(const Blocks<Words>& a) {
-    return {UnpremultiplyFactor(a[0])};
+    return {TruncatedQuotient(16711935.0F, a[0])};
 }
+
 HWY_INLINE Blocks<Words> Reciprocals(const Blocks<Words>& d) {
-    return {Reciprocal(d[0])};
+    return {TruncatedQuotient(65535.0F, d[0]).lo};
 }
 
 #endif
 
-/// floor(m / d) and m mod d, with r = Reciprocal(d): m*r / 65536 is the quotient or one less.
+/// floor(m / d) and m mod d, with r = floor(65535 / d): m*r / 65536 is the quotient or one less.
 struct Division {
     HWY_INLINE Division(Words m, Words d, Words r)
         : estimate(hn::MulHigh(m, r)), rest(hn::Sub(m, hn::Mul(estimate, d))) {
@@ -182,28 +169,22 @@ struct Division {
     Words remainder;
 };
 
+/// Channels times a factor, not cut to 8 bits.
 HWY_INLINE Channels Scaled(const Block& block, const Factor& factor) {
-    const auto channel = [&](Words c) { return hn::And(Scale(c, factor), Constant(255)); };
-    return {channel(block.Blue()), channel(block.Green()), channel(block.Red())};
+    return {Scale(block.Blue(), factor), Scale(block.Green(), factor), Scale(block.Red(), factor)};
+}
+
+/// The low bytes of channels.
+HWY_INLINE Channels LowBytes(const Channels& c) {
+    const Words full = Constant(255);
+    return {hn::And(c.blue, full), hn::And(c.green, full), hn::And(c.red, full)};
 }
 
 /// The straight channels of premultiplied ones: floor(255 * c / alpha) cut to 8 bits, but any bytes at alpha 0, for
 /// colours that do not count there.
-HWY_INLINE Channels UnpremultipliedWhereSeen(const Block& block, Words alpha) {
-    return Scaled(block, UnpremultiplyFactor(alpha));
-}
 HWY_INLINE Blocks<Channels> UnpremultipliedWhereSeen(const Blocks<Block>& block, const Blocks<Words>& alpha) {
     const Blocks<Factor> factor = UnpremultiplyFactors(alpha);
-    return EachBlock([&](std::size_t j) { return Scaled(block[j], factor[j]); });
-}
-
-/// The same of two blocks, which share a look-up where bytes are looked up.
-HWY_INLINE std::array<Channels, 2> UnpremultipliedPair(const Block& b0, Words alpha0, const Block& b1, Words alpha1) {
-#if IMAGEOP_HAS_BYTE_TABLES
-    return UnpremultipliedWhereSeen(Blocks<Block>{b0, b1}, Blocks<Words>{alpha0, alpha1});
-#else
-    return {UnpremultipliedWhereSeen(b0, alpha0), UnpremultipliedWhereSeen(b1, alpha1)};
-#endif
+    return EachBlock([&](std::size_t j) { return LowBytes(Scaled(block[j], factor[j])); });
 }
 
 /// The same, but 0 at alpha 0.
@@ -211,10 +192,11 @@ HWY_INLINE Blocks<Channels> Unpremultiplied(const Blocks<Block>& block, const Bl
     const Blocks<Factor> factor = UnpremultiplyFactors(alpha);
     return EachBlock([&](std::size_t j) {
 #if IMAGEOP_HAS_WORD_TABLES
-        return Scaled(block[j], factor[j]);
+        return LowBytes(Scaled(block[j], factor[j]));
 #else
         const WordMask clear = hn::Eq(alpha[j], hn::Zero(kWords));
-        return Scaled(block[j], {hn::IfThenZeroElse(clear, factor[j].hi), hn::IfThenZeroElse(clear, factor[j].lo)});
+        return LowBytes(
+            Scaled(block[j], {hn::IfThenZeroElse(clear, factor[j].hi), hn::IfThenZeroElse(clear, factor[j].lo)}));
 #endif
     });
 }

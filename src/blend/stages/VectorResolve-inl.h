@@ -17,30 +17,39 @@
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
-/// Whether all group alphas of a block are at most 255.
+/// Whether all group alphas of a step are at most 255.
 HWY_INLINE bool AreBytes(const std::uint32_t* entries) {
-    const Pixels both = hn::Or(hn::LoadU(kPixels, entries), hn::LoadU(kPixels, entries + hn::Lanes(kPixels)));
-    return hn::AllTrue(kPixels, hn::Eq(hn::ShiftRight<8>(both), hn::Zero(kPixels)));
+    Pixels any = hn::LoadU(kPixels, entries);
+    for (std::size_t v = 1; v < kStepVectors; ++v) {
+        any = hn::Or(any, hn::LoadU(kPixels, entries + v * hn::Lanes(kPixels)));
+    }
+    return hn::AllTrue(kPixels, hn::Eq(hn::ShiftRight<8>(any), hn::Zero(kPixels)));
 }
 
-/// Whether no channel of a block is above its alpha.
-HWY_INLINE bool IsPremultiplied(const Block& block) {
-    const Words alpha = block.Alpha();
-    const Words highest = hn::Max(hn::Max(block.Blue(), block.Green()), block.Red());
-    return All(hn::Eq(hn::Max(highest, alpha), alpha));
+/// Whether all channels of a step are at most 255.
+HWY_INLINE bool AreBytes(const Blocks<Channels>& colors) {
+    const auto any = EachBlock([&](std::size_t j) { return hn::Or3(colors[j].blue, colors[j].green, colors[j].red); });
+    return All(hn::Eq(hn::ShiftRight<8>(OrOfBlocks(any)), hn::Zero(kWords)));
 }
 
-// Each step resolves a block of a span from pixel i on, and returns false, with nothing changed, for pixels that it
+/// The group alphas of a step that starts with a pixel.
+HWY_INLINE Blocks<Words> GroupAlphas(const CompositeSpan& span, std::size_t i) {
+    return EachBlock([&](std::size_t j) { return LoadEntries(span.groupAlpha + i + j * BlockPixels()); });
+}
+
+// Each stage resolves a step of a span from pixel i on, and returns false, with nothing changed, for pixels that it
 // leaves to the scalar stage.
 
-/// v = (n + t)*a with t = floor(x/a) and x = (n-o)*k, in 32 bits that wrap, is a sum or a difference of numbers of 16
-/// bits, as k is at most 255 - a. With m = |n-o|*k, for
-///   n >= o: v = n*a + a*q with q = floor(m/a),
-///   n < o:  v = n*a - (c + a*q) with c = 2^32 mod a and q = floor((m + a-1-c) / a).
-/// A v below 0 is 2^32 more, which is 255*16843009 + 1: the low byte of the quotient is that of floor((v+1) / 255) + 1,
-/// where v+1 may be raised by 256*255 and is then v - 255 in 16 bits.
-/// Where k is 0 there is no x to wrap. Over a snapshot that is at a = 255 alone, and c = 0 makes it so.
-struct BackdropRemoval {
+/// v = (n + t)*a with t = floor(x/a) and x = (n-o)*k, in 32 bits that wrap. With y = n*a + x, which is n*(a+k) - o*k:
+///   n >= o:  v = y - y mod a,
+///   n < o:   v = y - (y + 2^32) mod a.
+/// 16 bits hold y, or y + 2^16 for a y below 0. To have the remainder of y + 2^32 in them c = 2^32 mod a is added where
+/// n < o, and where y < 0 also -(2^16 mod a) - a, which leaves the sum above 0 as y is at least -254*255.
+/// A v below 0 may stay v + 2^16: floor(v/255) then has the low byte that it has in 32 bits.
+/// Where k is 0 there is no x to wrap. Over a snapshot that is at a = 255 alone, and c = 0 makes it so. Where a is 0
+/// the remainder comes out as y itself, and v as 0.
+class BackdropRemoval {
+public:
     static constexpr auto kScalar = &BlendStages::removeBackdrop;
 
     static HWY_INLINE bool Resolve(const CompositeSpan& span, std::size_t i) {
@@ -48,58 +57,72 @@ struct BackdropRemoval {
         unsigned char* const packed = span.target + i * kPackedBytes;
         const Words zero = hn::Zero(kWords);
         const Words full = Constant(255);
-        const Words a = LoadEntries(span.groupAlpha + i);
-        const WordMask painted = hn::Ne(a, zero);
-        if (hn::AllFalse(kWords, painted)) {
-            StoreBlock({zero, zero}, packed);
+        const Blocks<Words> a = GroupAlphas(span, i);
+        if (All(hn::Eq(OrOfBlocks(a), zero))) {
+            ForEachBlock([&](std::size_t j) { StoreBlock({zero, zero}, BlockAt(packed, j)); });
             return true;
         }
-        const Block target = LoadBlock(packed);
-        const Words pa = target.Alpha();
-        if (All(hn::Eq(hn::And(a, pa), full))) return true;  // nothing of the snapshot is seen through opaque elements
-        const Block snapshot = LoadBlock(span.snapshot + i * kPackedBytes);
-        const Words ba = snapshot.Alpha();
-        const Words r = Reciprocal(a);
-        // 2^16 mod a is -r*a in 16 bits, or a for 0; c is what its square leaves.
-        const Words root = hn::Sub(zero, hn::Mul(r, a));
-        const Words c = hn::IfThenZeroElse(hn::Eq(a, full), Division(hn::Mul(root, root), a, r).remainder);
-        if (All(hn::Eq(hn::And(pa, ba), full))) {
-            const BackdropRemoval removal{a, hn::Sub(full, a), r, c};
-            StoreWhere(painted, EachChannel(StoredChannels(target), StoredChannels(snapshot), removal), a, packed);
+        const Blocks<Block> target = LoadBlocks(packed);
+        const Blocks<Words> pa = Alphas(target);
+        // Nothing of the snapshot is seen through opaque elements.
+        if (All(hn::Eq(hn::And(AndOfBlocks(a), AndOfBlocks(pa)), full))) return true;
+        const Blocks<Block> snapshot = LoadBlocks(span.snapshot + i * kPackedBytes);
+        const Blocks<Words> ba = Alphas(snapshot);
+        const Blocks<Words> r = Reciprocals(a);
+        if (All(hn::Eq(hn::And(AndOfBlocks(pa), AndOfBlocks(ba)), full))) {
+            ForEachBlock([&](std::size_t j) {
+                const BackdropRemoval removal(a[j], full, r[j]);
+                const Channels colors = EachChannel(StoredChannels(target[j]), StoredChannels(snapshot[j]), removal);
+                StoreBlock(MakeBlock(colors, a[j]), BlockAt(packed, j));
+            });
             return true;
         }
-        if (!IsPremultiplied(target) || !IsPremultiplied(snapshot)) return false;
-        const BackdropRemoval removal{a, hn::Sub(ba, Div255(hn::Mul(a, ba))), r, c};
-        const auto [above, below] = UnpremultipliedPair(target, pa, snapshot, ba);
-        const Channels removed = EachChannel(above, below, removal);
-        // Over nothing a pixel keeps its colour. One without alpha, which has no colour, stays clear over something.
-        const WordMask alone = hn::Eq(ba, zero);
-        const Channels colors = EachChannel(StoredChannels(target), removed,
-                                            [&](Words old, Words fresh) { return hn::IfThenElse(alone, old, fresh); });
-        StoreWhere(hn::And(painted, hn::Or(alone, hn::Ne(pa, zero))), colors, a, packed);
+        const Blocks<Channels> above = Straight(target, pa);
+        const Blocks<Channels> below = Straight(snapshot, ba);
+        if (!AreBytes(above) || !AreBytes(below)) return false;
+        ForEachBlock([&](std::size_t j) {
+            const BackdropRemoval removal(a[j], UniteAlpha(a[j], ba[j]), r[j]);
+            // Over nothing a pixel keeps its colour. One without alpha, which has no colour, stays as it is over
+            // something.
+            const WordMask alone = hn::Eq(ba[j], zero);
+            const WordMask clear = hn::Eq(pa[j], zero);
+            const WordMask keep = hn::And(hn::Or(alone, clear), hn::Ne(a[j], zero));
+            const Words alpha = hn::IfThenZeroElse(hn::AndNot(alone, clear), a[j]);
+            const Channels colors =
+                EachChannel(StoredChannels(target[j]), EachChannel(above[j], below[j], removal),
+                            [&](Words old, Words fresh) { return hn::IfThenElse(keep, old, fresh); });
+            StoreBlock(MakeBlock(colors, alpha), BlockAt(packed, j));
+        });
         return true;
     }
 
-    /// Clears the other pixels.
-    static HWY_INLINE void StoreWhere(WordMask mask, const Channels& c, Words alpha, unsigned char* packed) {
-        const Block block = MakeBlock(c, alpha);
-        StoreBlock({hn::IfThenElseZero(mask, block.blueGreen), hn::IfThenElseZero(mask, block.redAlpha)}, packed);
-    }
-
     HWY_INLINE Words operator()(Words n, Words o) const {
-        const WordMask darker = hn::Lt(n, o);
-        const Words m = hn::Mul(hn::IfThenElse(darker, hn::Sub(o, n), hn::Sub(n, o)), k);
-        const Words z = hn::IfThenElse(darker, hn::Add(m, hn::Sub(hn::Sub(a, Constant(1)), c)), m);
-        const Words product = hn::Sub(z, Division(z, a, r).remainder);
-        const Words removed = hn::IfThenElse(darker, hn::Add(product, c), product);
-        const Words na = hn::Mul(n, a);
-        const Words v = hn::IfThenElse(darker, hn::Sub(na, removed), hn::Add(na, removed));
-        const WordMask wraps = hn::And(darker, hn::Lt(na, removed));
-        const Words quotient = Div255(hn::IfThenElse(wraps, hn::Sub(v, Constant(255)), v));
-        return hn::And(hn::IfThenElse(wraps, hn::Add(quotient, Constant(1)), quotient), Constant(255));
+        const Words up = hn::Mul(n, united_), down = hn::Mul(o, rest_);
+        const Words y = hn::Sub(up, down);
+        const Words wrapped = hn::IfThenElse(hn::Lt(n, o), hn::Add(y, wrap_), y);
+        const Words z = hn::IfThenElse(hn::Lt(up, down), hn::Add(wrapped, wrapBelow_), wrapped);
+        const Words v = hn::Sub(y, Division(z, a_, r_).remainder);
+        return hn::And(hn::ShiftRight<7>(hn::MulHigh(v, Constant(0x8081))), Constant(255));
     }
 
-    Words a, k, r, c;
+private:
+    /// `united` is a + k.
+    HWY_INLINE BackdropRemoval(Words a, Words united, Words r)
+        : a_(a), united_(united), r_(r), rest_(hn::Sub(united, a)) {
+        const Words product = hn::Mul(r, a);
+        const Words root = hn::Sub(hn::Zero(kWords), product);  // 2^16 mod a, or a for 0; c is what its square leaves
+        const Words c = Division(hn::Mul(root, root), a, r).remainder;
+        wrap_ = hn::IfThenZeroElse(hn::Eq(a, Constant(255)), c);
+        wrapBelow_ = hn::Sub(product, a);
+    }
+
+    /// The straight channels, above 255 where one is above its pixel's alpha.
+    static HWY_INLINE Blocks<Channels> Straight(const Blocks<Block>& block, const Blocks<Words>& alpha) {
+        const Blocks<Factor> factor = UnpremultiplyFactors(alpha);
+        return EachBlock([&](std::size_t j) { return Scaled(block[j], factor[j]); });
+    }
+
+    Words a_, united_, r_, rest_, wrap_, wrapBelow_;
 };
 
 /// c*a / pa, cut to 8 bits.
@@ -109,16 +132,19 @@ struct GroupAlphaRescaling {
     static HWY_INLINE bool Resolve(const CompositeSpan& span, std::size_t i) {
         if (!AreBytes(span.groupAlpha + i)) return false;
         unsigned char* const packed = span.target + i * kPackedBytes;
-        const Words a = LoadEntries(span.groupAlpha + i);
-        const Block target = LoadBlock(packed);
-        const Words pa = target.Alpha();
-        if (All(hn::Eq(a, pa))) return true;
-        const Words r = Reciprocal(pa);
-        const auto rescaled = [&](Words channel) {
-            return hn::And(Division(hn::Mul(channel, a), pa, r).Quotient(), Constant(255));
-        };
-        const Block result = MakeBlock({rescaled(target.Blue()), rescaled(target.Green()), rescaled(target.Red())}, a);
-        StoreWhereNot(hn::Eq(pa, hn::Zero(kWords)), target, result, packed);
+        const Blocks<Words> a = GroupAlphas(span, i);
+        const Blocks<Block> target = LoadBlocks(packed);
+        const Blocks<Words> pa = Alphas(target);
+        if (EveryBlock([&](std::size_t j) { return All(hn::Eq(a[j], pa[j])); })) return true;
+        const Blocks<Words> r = Reciprocals(pa);
+        ForEachBlock([&](std::size_t j) {
+            const auto rescaled = [&](Words channel) {
+                return hn::And(Division(hn::Mul(channel, a[j]), pa[j], r[j]).Quotient(), Constant(255));
+            };
+            const Channels c = StoredChannels(target[j]);
+            const Block result = MakeBlock({rescaled(c.blue), rescaled(c.green), rescaled(c.red)}, a[j]);
+            StoreWhereNot(hn::Eq(pa[j], hn::Zero(kWords)), target[j], result, BlockAt(packed, j));
+        });
         return true;
     }
 };
@@ -130,42 +156,46 @@ struct BackdropMixing {
     static HWY_INLINE bool Resolve(const CompositeSpan& span, std::size_t i) {
         unsigned char* const packed = span.target + i * kPackedBytes;
         const Words full = Constant(255);
-        const Words a = hn::And(LoadEntries(span.groupAlpha + i), full);
-        const Words rest = hn::Sub(full, a);
-        const auto mixed = [&](Words b, Words p) { return Div255(hn::Add(hn::Mul(rest, b), hn::Mul(a, p))); };
-        const Block snapshot = LoadBlock(span.snapshot + i * kPackedBytes);
-        StoreBlock(MakeBlock(EachChannel(StoredChannels(snapshot), StoredChannels(LoadBlock(packed)), mixed), a),
-                   packed);
+        const Blocks<Words> entries = GroupAlphas(span, i);
+        const Blocks<Block> target = LoadBlocks(packed);
+        const Blocks<Block> snapshot = LoadBlocks(span.snapshot + i * kPackedBytes);
+        ForEachBlock([&](std::size_t j) {
+            const Words a = hn::And(entries[j], full);
+            const Words rest = hn::Sub(full, a);
+            const auto mixed = [&](Words b, Words p) { return Div255(hn::Add(hn::Mul(rest, b), hn::Mul(a, p))); };
+            const Channels colors = EachChannel(StoredChannels(snapshot[j]), StoredChannels(target[j]), mixed);
+            StoreBlock(MakeBlock(colors, a), BlockAt(packed, j));
+        });
         return true;
     }
 };
 
-/// Resolves whole blocks of a span from pixel `first` to `end`, or to one that is left to the scalar stage.
+/// Resolves whole steps of a span from pixel `first` to `end`, or to one that is left to the scalar stage.
 /// @return the pixel to go on with.
-template <typename Step>
-HWY_NOINLINE std::size_t ResolveBlocks(const CompositeSpan& span, std::size_t first, std::size_t end) {
-    while (first < end && Step::Resolve(span, first)) first += BlockPixels();
+template <typename Stage>
+HWY_NOINLINE std::size_t ResolveSteps(const CompositeSpan& span, std::size_t first, std::size_t end) {
+    while (first < end && Stage::Resolve(span, first)) first += StepPixels();
     return first;
 }
 
-template <typename Step>
+template <typename Stage>
 void ResolveSpan(const CompositeSpan& span) {
     const auto resolve = [](const CompositeSpan& pixels, std::size_t count) {
-        for (std::size_t done = ResolveBlocks<Step>(pixels, 0, count); done < count;) {
-            CompositeSpan block = pixels;
-            block.target += done * kPackedBytes;
-            block.snapshot += done * kPackedBytes;
-            block.groupAlpha += done;
-            block.count = BlockPixels();
-            (ScalarStages().*Step::kScalar)(block);
-            done = ResolveBlocks<Step>(pixels, done + BlockPixels(), count);
+        for (std::size_t done = ResolveSteps<Stage>(pixels, 0, count); done < count;) {
+            CompositeSpan step = pixels;
+            step.target += done * kPackedBytes;
+            step.snapshot += done * kPackedBytes;
+            step.groupAlpha += done;
+            step.count = StepPixels();
+            (ScalarStages().*Stage::kScalar)(step);
+            done = ResolveSteps<Stage>(pixels, done + StepPixels(), count);
         }
     };
-    const std::size_t whole = span.count - span.count % BlockPixels();
+    const std::size_t whole = span.count - span.count % StepPixels();
     resolve(span, whole);
     if (whole < span.count) {
         const Tail<true> tail(span, whole);
-        resolve(tail.Padded(), BlockPixels());
+        resolve(tail.Padded(), StepPixels());
         tail.Store();
     }
 }
