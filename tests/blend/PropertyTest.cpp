@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <optional>
 
 #include "blend/BlendSession.h"
@@ -21,8 +23,9 @@ TEST_P(Painting, IsThePixelByPixelResultOnEveryVectorTarget) {
     }
 }
 
-/// Opaque pixels in long rows and in several to a span, but for one pixel.
-TEST_P(Painting, ThroughAMaskOfColorsIsThePixelByPixelResult) {
+/// Opaque pixels in long rows and in several to a span, but for one pixel of the source, and clear and translucent runs
+/// in what is painted on.
+TEST_P(Painting, OfOpaquePixelsThroughAMaskIsThePixelByPixelResult) {
     constexpr auto kColors = PixelFormat::Bgra32Premultiplied;
     Random random(GetParam());
     const auto identity = std::make_shared<CIdentityPDFTransferFunction>(TransferSource::Luminosity);
@@ -36,12 +39,20 @@ TEST_P(Painting, ThroughAMaskOfColorsIsThePixelByPixelResult) {
             source->GetPixelData()[i] = painted->GetPixelData()[i] = 255;
         }
         source->GetPixelData()[4 * Between(random, width * height / 4, width * height - 1) + 3] = 9;
+        for (unsigned int run = 0; run < 6; ++run) {
+            const unsigned int start = Between(random, 0, width * height - 1);
+            const unsigned int end = std::min(start + Between(random, 1, 200), width * height);
+            for (unsigned int i = 4 * start; i < 4 * end; ++i) painted->GetPixelData()[i] &= run % 2 != 0 ? 0 : 254;
+        }
         TestImage model(painted->GetShape());
         std::copy_n(painted->GetPixelData(), painted->Size(), model.GetPixelData());
         Call call{source, Cover({{0, 0, static_cast<int>(width), static_cast<int>(height)}})};
-        const bool hasAlpha = GetParam() % 2 != 0;
-        call.mask = std::make_shared<TestImage>(Shape{width, height, hasAlpha ? kColors : PixelFormat::Bgr24}, random);
-        call.transfer = identity;
+        const PixelFormat format =
+            std::array{PixelFormat::Index1, PixelFormat::Bgr24, kColors, PixelFormat::Index8}.at(GetParam() % 4);
+        const auto mask = std::make_shared<TestImage>(Shape{width, height, format}, random);
+        if (format == PixelFormat::Index8) mask->SetPalette(GreyPalette(256));
+        call.mask = mask;
+        if (format != PixelFormat::Index1) call.transfer = identity;
         EXPECT_TRUE(Paint(*BlenderOn(painted), call));
         PaintModel(call, model);
         EXPECT_EQ(model.Bytes(), painted->Bytes()) << width << 'x' << height;

@@ -26,19 +26,6 @@ PaintArea PartOf(const PaintArea& area, unsigned int x, unsigned int y, unsigned
     return {area.targetX + right, area.targetY + down, area.sourceX + right, area.sourceY + down, width, height};
 }
 
-/// Calls `paint(part, x, y)` for the parts, the first pixel of each at (x, y), that an area is left with when its first
-/// pixels are painted, row by row.
-template <typename PaintPart>
-void EachPartBehind(std::size_t painted, const PaintArea& area, PaintPart paint) {
-    auto y = static_cast<unsigned int>(painted / area.width);
-    const auto x = static_cast<unsigned int>(painted % area.width);
-    if (x != 0) {
-        paint(PartOf(area, x, y, area.width - x, 1), x, y);
-        ++y;
-    }
-    if (y < area.height) paint(PartOf(area, 0, y, area.width, area.height - y), 0U, y);
-}
-
 /// Paints the rectangles of one call as spans, or pixel by pixel where the order of the pixels can be seen.
 template <typename Traits>
 class ImageLoops {
@@ -79,11 +66,12 @@ private:
         const auto from = [&](unsigned int y, unsigned int height) {
             return PixelRows<const unsigned char>{bits.Row(y), bits.step, height};
         };
-        const std::size_t mixed = Mix(area, [&](const MixedRows& rows) {
-            return ActiveMaskStages().byBits(rows, from(maskY, area.height), maskX, *request_.alpha);
-        });
+        const auto mix = [&](const MixedRows& rows, unsigned int x, unsigned int y) {
+            const auto height = static_cast<unsigned int>(rows.target.count);
+            return ActiveMaskStages().byBits(rows, from(maskY + y, height), maskX + x, *request_.alpha);
+        };
         const bool copies = !Traits::kGroup && kernel_.mode == BlendMode::Normal && *request_.alpha == 255;
-        EachPartBehind(mixed, area, [&](const PaintArea& part, unsigned int x, unsigned int y) {
+        MixOrPaint(area, mix, [&](const PaintArea& part, unsigned int x, unsigned int y) {
             const auto readMask = [&](const PaintArea& piece, unsigned int i, unsigned int j, Span& span) {
                 span.composite.stencil = true;
                 const Painted painted =
@@ -99,9 +87,11 @@ private:
     void ThroughSoftMask(const PaintArea& area, unsigned int maskX, unsigned int maskY) {
         if (!reader_) reader_.emplace(*mask_, **request_.maskTransfer, *request_.alpha, Traits::kGroup);
         SoftMaskReader& reader = *reader_;
-        reader.Expect(std::size_t{area.width} * area.height);
-        const std::size_t mixed = Mix(area, [&](const MixedRows& rows) { return reader.Mix(rows, maskX, maskY); });
-        EachPartBehind(mixed, area, [&](const PaintArea& part, unsigned int x, unsigned int y) {
+        reader.Expect(maskX, maskY, area.width, area.height, painter_.RowsToMix(area).has_value());
+        const auto mix = [&](const MixedRows& rows, unsigned int x, unsigned int y) {
+            return reader.Mix(rows, maskX + x, maskY + y);
+        };
+        MixOrPaint(area, mix, [&](const PaintArea& part, unsigned int x, unsigned int y) {
             const auto readMask = [&](const PaintArea& piece, unsigned int i, unsigned int j, Span& span) {
                 span.composite.opacity = span.opacity;
                 const bool fits = reader.Read(maskX + x + i, maskY + y + j, piece.width, piece.height,
@@ -112,12 +102,33 @@ private:
         });
     }
 
-    /// Mixes the first pixels of an area, as far as they are opaque, by `mix(rows)`, where the call allows that.
-    /// @return how many, row by row.
-    template <typename MixStage>
-    std::size_t Mix(const PaintArea& area, MixStage mix) const {
-        const std::optional<MixedRows> rows = painter_.RowsToMix(area);
-        return rows ? mix(*rows) : 0;
+    /// Paints an area: by `mix(rows, x, y)` pixels that can be mixed, the first of them at (x, y), which tells how many
+    /// it mixed, row by row; by `paint(part, x, y)` some pixels wherever that stops, more of them where it mixed none.
+    template <typename MixRows, typename PaintPart>
+    void MixOrPaint(const PaintArea& area, MixRows mix, PaintPart paint) const {
+        constexpr std::size_t few = 64;
+        const auto cut = [](std::size_t count, unsigned int most) {
+            return static_cast<unsigned int>(std::min<std::size_t>(count, most));
+        };
+        unsigned int x = 0, y = 0;
+        const auto advance = [&](std::size_t pixels) {
+            y += static_cast<unsigned int>((x + pixels) / area.width);
+            x = static_cast<unsigned int>((x + pixels) % area.width);
+        };
+        for (std::size_t some = few; y < area.height;) {
+            const PaintArea rest = PartOf(area, x, y, area.width - x, x == 0 ? area.height - y : 1);
+            const std::optional<MixedRows> rows = painter_.RowsToMix(rest);
+            if (!rows) return paint(rest, x, y);
+            const std::size_t mixed = mix(*rows, x, y);
+            some = mixed == 0 ? 8 * some : few;
+            advance(mixed);
+            if (y == area.height) return;
+            const bool wholeRows = x == 0 && some >= area.width;
+            const PaintArea part = wholeRows ? PartOf(area, 0, y, area.width, cut(some / area.width, area.height - y))
+                                             : PartOf(area, x, y, cut(some, area.width - x), 1);
+            paint(part, x, y);
+            advance(std::size_t{part.width} * part.height);
+        }
     }
 
     /// Paints a piece of an area, the first pixel of which meets the mask at (maskX, maskY), pixel by pixel.

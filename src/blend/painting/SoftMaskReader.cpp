@@ -43,8 +43,18 @@ SoftMaskReader::SoftMaskReader(const MaskPixels& mask, const IPDFTransferFunctio
       key_(KeyOf(mask, transfer)),
       opacities_(mask, key_, transfer, alpha, group) {}
 
-void SoftMaskReader::Expect(std::size_t pixels) {
-    if (key_ != MaskKey::Color && pixels >= kManyPixels) opacities_.LearnAll();
+void SoftMaskReader::Expect(unsigned int x, unsigned int y, std::size_t width, std::size_t height, bool mixes) {
+    if (key_ != MaskKey::Color && width * height >= kManyPixels) opacities_.LearnAll();
+    mixesByKeys_ = mixes && key_ == MaskKey::Index && BitsPerPixel(format_) == 8 &&
+                   LearnKeys({rows_.Row(y) + x, rows_.step, height}, width);
+}
+
+/// @return false if an opacity leaves 0 to 1.
+bool SoftMaskReader::LearnKeys(const PixelRows<const unsigned char>& keys, std::size_t width) {
+    for (std::size_t row = 0; row < keys.count && !opacities_.KnowsAll(); ++row) {
+        if (!opacities_.Learn(keys.Row(row), width)) return false;
+    }
+    return true;
 }
 
 /// The keys of `count` pixels of a row from x on.
@@ -68,21 +78,10 @@ void SoftMaskReader::ReadKeysOfRow(const unsigned char* row, unsigned int x, std
     }
 }
 
-/// The pixels from (x, y) on of a mask of which each is a byte that its opacity follows from.
-/// @return nothing for other masks, or if an opacity leaves 0 to 1.
-std::optional<PixelRows<const unsigned char>> SoftMaskReader::ReadKeys(unsigned int x, unsigned int y,
-                                                                       std::size_t width, std::size_t height) {
-    if (key_ != MaskKey::Index || BitsPerPixel(format_) != 8) return std::nullopt;
-    const PixelRows<const unsigned char> keys{rows_.Row(y) + x, rows_.step, height};
-    for (std::size_t row = 0; row < height && !opacities_.KnowsAll(); ++row) {
-        if (!opacities_.Learn(keys.Row(row), width)) return std::nullopt;
-    }
-    return keys;
-}
-
 std::size_t SoftMaskReader::Mix(const MixedRows& rows, unsigned int x, unsigned int y) {
-    if (const auto keys = ReadKeys(x, y, rows.width, rows.target.count)) {
-        return ActiveMaskStages().byKeys(rows, *keys, opacities_.OfOpaque());
+    if (mixesByKeys_) {
+        const PixelRows<const unsigned char> keys{rows_.Row(y) + x, rows_.step, rows.target.count};
+        return ActiveMaskStages().byKeys(rows, keys, opacities_.OfOpaque());
     }
     const bool byColors = key_ == MaskKey::Color && alpha_ == 255 && IsIdentity(transfer_);
     return byColors ? MixByColors(rows, x, y) : 0;
@@ -106,7 +105,8 @@ std::size_t SoftMaskReader::MixByColors(const MixedRows& rows, unsigned int x, u
             const std::size_t mixed =
                 ActiveMaskStages().byKeys({{rows.target.Row(row) + offset, rows.target.step, height},
                                            {rows.source.Row(row) + offset, rows.source.step, height},
-                                           width},
+                                           width,
+                                           rows.mixesClear},
                                           {bytes_.data(), static_cast<std::int64_t>(width), height}, same);
             if (mixed < width * height) return row * rows.width + i + mixed;
         }

@@ -25,16 +25,17 @@ public:
     /// opacities are those of a group.
     SoftMaskReader(const MaskPixels& mask, const IPDFTransferFunction& transfer, std::uint32_t alpha, bool group);
 
-    /// Says how many pixels will be read, about.
-    void Expect(std::size_t pixels);
+    /// Says that `height` rows of `width` pixels, whose first is (x, y), will be read, or mixed as far as they can be.
+    void Expect(unsigned int x, unsigned int y, std::size_t width, std::size_t height, bool mixes);
 
     /// Stores the effective source alphas of packed source pixels under `height` rows of `width` mask pixels, whose
     /// first is (x, y). @return false if an opacity leaves 0 to 1; `effective` is then of no use.
     bool Read(unsigned int x, unsigned int y, std::size_t width, std::size_t height, const unsigned char* source,
               unsigned char* effective);
 
-    /// Mixes the first pixels of rows under the mask's pixels from (x, y) on, as far as they are opaque and the stages
-    /// for that can read the mask: outside groups. @return how many, row by row.
+    /// Mixes the first pixels of rows under the mask's pixels from (x, y) on, which were expected to be mixed, as far
+    /// as their bytes can be mixed and the stages for that can read the mask: outside groups. @return how many, row by
+    /// row.
     std::size_t Mix(const MixedRows& rows, unsigned int x, unsigned int y);
 
 private:
@@ -48,8 +49,7 @@ private:
     /// From here on all keys are learnt at once, which saves looking for unknown ones.
     static constexpr std::size_t kManyPixels = 8192;
 
-    std::optional<PixelRows<const unsigned char>> ReadKeys(unsigned int x, unsigned int y, std::size_t width,
-                                                           std::size_t height);
+    bool LearnKeys(const PixelRows<const unsigned char>& keys, std::size_t width);
     std::size_t MixByColors(const MixedRows& rows, unsigned int x, unsigned int y);
     void ReadPixels(unsigned int x, unsigned int y, std::size_t width, std::size_t height);
     void ReadKeysOfRow(const unsigned char* row, unsigned int x, std::size_t count, unsigned char* keys) const;
@@ -67,6 +67,7 @@ private:
     bool group_;
     MaskKey key_;
     KeyOpacities opacities_;
+    bool mixesByKeys_ = false;
     std::unique_ptr<Remembered[]> remembered_;
 
     std::array<unsigned char, kMostPixels> keys_;

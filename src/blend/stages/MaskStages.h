@@ -17,6 +17,7 @@ struct MixedRows {
     PixelRows<unsigned char> target;
     PixelRows<const unsigned char> source;
     std::size_t width;
+    bool mixesClear;  ///< whether the target is premultiplied: pixels of no byte but 0 are mixed as opaque ones are
 };
 
 /// Factors that scale a source alpha by the opacities of keys, at full constant alpha outside groups:
@@ -43,12 +44,12 @@ struct KeyedSpan {
     std::size_t count;
 };
 
-/// What a soft mask or a stencil takes: reading a mask's bytes as alphas, and Normal of opaque pixels on opaque ones,
-/// as text, outlines and shadows are painted. These are mixed where they lie, by an alpha a pixel: each of their bytes
-/// is (source * alpha + target * (255-alpha)) / 255.
+/// What a soft mask or a stencil takes: reading a mask's bytes as alphas, and Normal of opaque pixels on opaque or
+/// clear ones, as text, outlines and shadows are painted. These are mixed where they lie, by an alpha a pixel: each of
+/// their bytes is (source * alpha + target * (255-alpha)) / 255.
 struct MaskStages {
-    /// Mixes by the alphas of keys, a byte a pixel. Stops before the first pixel that is not opaque, or some pixels
-    /// ahead of it.
+    /// Mixes by the alphas of keys, a byte a pixel. Stops before the first pixel of which that does not hold, or some
+    /// pixels ahead of it.
     /// @return how many pixels are mixed, row by row.
     std::size_t (*byKeys)(const MixedRows& rows, const PixelRows<const unsigned char>& keys,
                           const ByteTable& alphaOfKey);

@@ -1,5 +1,7 @@
 #include "blend/stages/MaskStages.h"
 
+#include <algorithm>
+
 #include "pixel/Spans.h"
 
 namespace vantu {
@@ -19,7 +21,8 @@ std::size_t MixRows(const MixedRows& rows, AlphaAt alphaAt) {
         for (std::size_t x = 0; x < rows.width; ++x) {
             unsigned char* const target = rows.target.Row(row) + x * kPackedBytes;
             const unsigned char* const source = rows.source.Row(row) + x * kPackedBytes;
-            if ((target[3] & source[3]) != 255) return row * rows.width + x;
+            const bool isClear = rows.mixesClear && std::count(target, target + kPackedBytes, 0) == kPackedBytes;
+            if (source[3] != 255 || (target[3] != 255 && !isClear)) return row * rows.width + x;
             MixPixel(target, source, alphaAt(row, x));
         }
     }

@@ -21,18 +21,30 @@ HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 namespace {
 
-/// Whether pixels are opaque, in both images.
-HWY_INLINE bool BothOpaque(const unsigned char* target, const unsigned char* source, std::size_t count) {
+/// Pixels with opaque ones in the place of those of no byte but 0.
+HWY_INLINE Pixels OpaqueWhereClear(Pixels v) {
+    return hn::IfThenElse(hn::Eq(v, hn::Zero(kPixels)), hn::Set(kPixels, kPackedAlpha), v);
+}
+
+/// Whether pixels are opaque, in the source and in `seen` of the target.
+template <typename Seen>
+HWY_INLINE bool BothOpaque(const unsigned char* target, const unsigned char* source, std::size_t count, Seen seen) {
     const std::size_t lanes = hn::Lanes(kPixels);
     Pixels common = hn::Set(kPixels, kPackedAlpha);
     for (; count >= lanes; count -= lanes) {
-        common = hn::And(common, hn::And(LoadPixels(target), LoadPixels(source)));
+        common = hn::And(common, hn::And(seen(LoadPixels(target)), LoadPixels(source)));
         target += lanes * kPackedBytes;
         source += lanes * kPackedBytes;
     }
     if (count == 0) return AllOpaque(common);
     const FirstPixels last(count);
-    return AllOpaque(hn::And(common, last.OpaqueBehind(hn::And(last.Load(target), last.Load(source)))));
+    return AllOpaque(hn::And(common, last.OpaqueBehind(hn::And(seen(last.Load(target)), last.Load(source)))));
+}
+
+/// Whether the bytes of pixels can be mixed. Nearly all targets are opaque: others are looked at again.
+HWY_INLINE bool CanMix(const unsigned char* target, const unsigned char* source, std::size_t count, bool mixesClear) {
+    return BothOpaque(target, source, count, [](Pixels v) { return v; }) ||
+           (mixesClear && BothOpaque(target, source, count, OpaqueWhereClear));
 }
 
 /// Mixes the first `count` pixels of a piece, whole vectors. What an alpha of 0 leaves is not touched, and what one of
@@ -53,18 +65,18 @@ HWY_INLINE void MixVectors(unsigned char* target, const unsigned char* source, s
 /// Mixes the pixels of a row. @return how many, from the first on.
 template <typename Alphas>
 HWY_INLINE std::size_t MixRow(unsigned char* target, const unsigned char* source, const unsigned char* mask,
-                              std::size_t width, const Alphas& alphas, const Mixing& mix) {
+                              std::size_t width, bool mixesClear, const Alphas& alphas, const Mixing& mix) {
     PieceAlphas piece;
     std::size_t x = 0;
     for (; x + piece.kPixels <= width; x += piece.kPixels) {
-        if (!BothOpaque(target, source, piece.kPixels)) return x;
+        if (!CanMix(target, source, piece.kPixels, mixesClear)) return x;
         alphas.Read(mask, x, piece.kPixels, piece);
         MixVectors(target, source, piece.kPixels, piece, mix);
         target += piece.kPixels * kPackedBytes;
         source += piece.kPixels * kPackedBytes;
     }
     const std::size_t count = width - x;
-    if (count == 0 || !BothOpaque(target, source, count)) return x;
+    if (count == 0 || !CanMix(target, source, count, mixesClear)) return x;
     alphas.Read(mask, x, count, piece);
     const std::size_t rest = count % hn::Lanes(kPixels);
     const std::size_t whole = count - rest;
@@ -90,7 +102,9 @@ HWY_INLINE std::size_t MixNarrowRows(MixedRows rows, PixelRows<const unsigned ch
         for (std::size_t i = 0; i < kTogether && top + i < height; ++i) {
             unsigned char* const target = rows.target.Row(top + i);
             const Pixels s = first.Load(rows.source.Row(top + i)), t = first.Load(target);
-            if (!AllOpaque(first.OpaqueBehind(hn::And(s, t)))) return (top + i) * rows.width;
+            const bool canMix = AllOpaque(first.OpaqueBehind(hn::And(s, t))) ||
+                                (rows.mixesClear && AllOpaque(first.OpaqueBehind(hn::And(s, OpaqueWhereClear(t)))));
+            if (!canMix) return (top + i) * rows.width;
             first.Store(mix(s, t, piece.alphas + i * PieceAlphas::kNarrow), target);
         }
     }
@@ -103,7 +117,7 @@ std::size_t MixRows(const MixedRows& rows, const PixelRows<const unsigned char>&
     if (rows.width <= PieceAlphas::kNarrow) return MixNarrowRows(rows, mask, alphas, mix);
     for (std::size_t row = 0; row < rows.target.count; ++row) {
         const std::size_t mixed =
-            MixRow(rows.target.Row(row), rows.source.Row(row), mask.Row(row), rows.width, alphas, mix);
+            MixRow(rows.target.Row(row), rows.source.Row(row), mask.Row(row), rows.width, rows.mixesClear, alphas, mix);
         if (mixed < rows.width) return row * rows.width + mixed;
     }
     return rows.target.count * rows.width;
