@@ -1,24 +1,24 @@
 #include "painter/ColorSheet.h"
 
-#include <vantu/ImageUtil.h>
+#include <algorithm>
+#include <array>
+#include <bit>
 
 namespace vantu {
 
-const std::shared_ptr<IQorImage>& ColorSheet::Get(Color color, int columns, int rows) {
-    const auto same = [](const Color& a, const Color& b) {
-        return a.GetRed() == b.GetRed() && a.GetGreen() == b.GetGreen() && a.GetBlue() == b.GetBlue();
-    };
-    if (!image_) {
-        image_ = std::make_shared<CQorImage>(kWidth, kHeight, PixelFormat::Bgra32Premultiplied, 4, false);
+const std::shared_ptr<IQorImage>& ColorSheet::Get(const Color& color, int columns, int rows) {
+    const auto pixel = std::bit_cast<std::uint32_t>(
+        std::array{color.GetBlue(), color.GetGreen(), color.GetRed(), static_cast<unsigned char>(255)});
+    const auto width = static_cast<unsigned int>(columns), height = static_cast<unsigned int>(rows);
+    const std::size_t count = std::size_t{width} * height;
+    pixels_.resize(kPixels);
+    if (pixel != pixel_) filled_ = 0;
+    pixel_ = pixel;
+    if (filled_ < count) {
+        std::fill_n(pixels_.data() + filled_, count - filled_, pixel);
+        filled_ = count;
     }
-    color.SetAlpha(255);
-    if (!same(color, color_)) columns_ = rows_ = 0;
-    color_ = color;
-    if (columns_ < columns || rows_ < rows) {
-        columns_ = std::max(columns_, columns);
-        rows_ = std::max(rows_, rows);
-        ImageUtil::Clear(*image_, color, {0, 0, columns_, rows_});
-    }
+    view_->ShowPixels(reinterpret_cast<const unsigned char*>(pixels_.data()), width, height);
     return image_;
 }
 

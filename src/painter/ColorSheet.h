@@ -1,28 +1,32 @@
 #pragma once
 
-#include <vantu/CQorImage.h>
 #include <vantu/Color.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <vector>
+
+#include "painter/ImageView.h"
 
 namespace vantu {
 
-/// A small opaque image of one colour, which large areas are tiled with.
+/// A small opaque image of one colour, of any shape, which large areas are tiled with.
 class ColorSheet {
 public:
-    static constexpr int kWidth = 256;
-    static constexpr int kHeight = 32;
+    static constexpr int kPixels = 16384;
 
-    /// The sheet, of which at least the first `columns` pixels of the upper `rows` rows have a colour. Its alpha is not
-    /// looked at.
-    /// @param columns 1 to `kWidth`. @param rows 1 to `kHeight`.
-    const std::shared_ptr<IQorImage>& Get(Color color, int columns, int rows);
+    /// The sheet in a colour, the alpha of which is not looked at. It stays as it is until the next call.
+    ///
+    /// REQUIRES: `columns` and `rows` are at least 1, and together at most `kPixels`.
+    const std::shared_ptr<IQorImage>& Get(const Color& color, int columns, int rows);
 
 private:
-    std::shared_ptr<IQorImage> image_;
-    Color color_;
-    int columns_ = 0;  ///< how many have the colour
-    int rows_ = 0;
+    std::vector<std::uint32_t> pixels_;  ///< as they lie in an image; whatever its shape, all of them are the same
+    std::uint32_t pixel_ = 0;
+    std::size_t filled_ = 0;  ///< how many have the colour
+    const std::shared_ptr<ImageView> view_ = std::make_shared<ImageView>();
+    const std::shared_ptr<IQorImage> image_ = view_;  ///< the same as a blender takes it
 };
 
 }  // namespace vantu

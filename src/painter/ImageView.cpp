@@ -16,4 +16,14 @@ void ImageView::Show(const IQorImage& image, unsigned int x, unsigned int y, uns
     pixels_ = image.GetPixelData() + rowsBefore * stride + std::size_t{x} * bits / 8;
 }
 
+void ImageView::ShowPixels(const unsigned char* pixels, unsigned int width, unsigned int height) {
+    format_ = PixelFormat::Bgra32Premultiplied;
+    alignment_ = 4;
+    bottomUp_ = false;
+    palette_ = nullptr;
+    width_ = width;
+    height_ = height;
+    pixels_ = pixels;
+}
+
 }  // namespace vantu

@@ -4,11 +4,11 @@
 
 namespace vantu {
 
-/// Shows a rectangle of another image's memory as an image.
+/// Shows memory as an image: a rectangle of another image, or pixels.
 ///
-/// Row strides follow from width and alignment, so a view is as wide as whole pixels fit into a row of its image: at
-/// the same alignment that gives the same stride, as no more is then rounded up than was. What lies right of the
-/// rectangle belongs to the next row and is not asked for.
+/// Row strides follow from width and alignment, so a view of an image is as wide as whole pixels fit into a row of its
+/// image: at the same alignment that gives the same stride, as no more is then rounded up than was. What lies right of
+/// the rectangle belongs to the next row and is not asked for.
 class ImageView : public IQorImage {
 public:
     /// Shows `image` from (x, y) on, `height` rows of it. The image outlives the use of the view, which is written
@@ -17,6 +17,9 @@ public:
     /// REQUIRES: x is at the start of a byte, and a row has less than 2^31 bits.
     /// @param palette takes the place of the image's own; may be null.
     void Show(const IQorImage& image, unsigned int x, unsigned int y, unsigned int height, const ColorMap* palette);
+
+    /// Shows rows of pixels of format `Bgra32Premultiplied` that follow each other without gaps, from the top.
+    void ShowPixels(const unsigned char* pixels, unsigned int width, unsigned int height);
 
     unsigned int GetWidth() const override { return width_; }
     unsigned int GetHeight() const override { return height_; }

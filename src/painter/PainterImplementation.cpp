@@ -135,10 +135,12 @@ PaintResult Painter::Implementation::Fill(std::span<const Rectangle> rectangles,
         return Replace(box, color);
     }
     PaintResult result = PaintResult::NothingToPaint;
+    if (IsEmpty(box)) return result;
+    const int columns = StepEnd(box.x0, ColorSheet::kPixels, box.x1) - box.x0;
     for (int y = box.y0; y < box.y1;) {
-        const int bottom = StepEnd(y, ColorSheet::kHeight, box.y1);
+        const int bottom = StepEnd(y, ColorSheet::kPixels / columns, box.y1);
         for (int x = box.x0; x < box.x1;) {
-            const int right = StepEnd(x, ColorSheet::kWidth, box.x1);
+            const int right = StepEnd(x, columns, box.x1);
             const Source source{sheet_.Get(color, right - x, bottom - y), {x, y}, false, alpha};
             const PaintResult part = PaintShape(source, &shape_, {x, y, right, bottom}, paint, mask);
             if (part == PaintResult::NoPixels) return part;
