@@ -8,21 +8,44 @@
 #endif
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 #include "blend/stages/MaskStages.h"
+#include "blend/stages/VectorMix-inl.h"
 #include "blend/stages/VectorNative-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
+
+#if IMAGEOP_HAS_BYTE_TABLES
+
+/// Which of 64 pixels a byte belongs to.
+alignas(64) inline constexpr auto kPixelOfByte = [] {
+    std::array<std::uint8_t, 64 * kPackedBytes> pixels{};
+    for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<std::uint8_t>(i / kPackedBytes);
+    return pixels;
+}();
+
+#endif
 
 /// Alphas of 64 pixels: of a part of a row, or of several rows that are so narrow that each fits a vector.
 struct PieceAlphas {
     static constexpr std::size_t kPixels = 64;
     static constexpr std::size_t kNarrow = HWY_MAX_BYTES / kPackedBytes;  ///< pixels from one narrow row to the next
     static constexpr std::size_t kNarrowRows = kPixels / kNarrow;
+
+    /// The alphas of the vector that starts with a pixel, in all bytes of their pixels.
+    [[nodiscard]] HWY_INLINE Words InEachByteFrom(std::size_t pixel) const {
+#if IMAGEOP_HAS_BYTE_TABLES
+        const Bytes places = hn::Load(kBytes, kPixelOfByte.data() + pixel * kPackedBytes);
+        return hn::BitCast(kWords, LookUp64(hn::Load(kBytes, alphas), places));
+#else
+        return InEachByte(alphas + pixel);
+#endif
+    }
 
     alignas(kPixels) unsigned char alphas[kPixels];
     /// Of a part of a row, which pixels they leave or replace: a bit for each, the first pixel's lowest. The bits need

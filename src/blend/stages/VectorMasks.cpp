@@ -41,9 +41,13 @@ HWY_INLINE bool BothOpaque(const unsigned char* target, const unsigned char* sou
     return AllOpaque(hn::And(common, last.OpaqueBehind(hn::And(seen(last.Load(target)), last.Load(source)))));
 }
 
+HWY_INLINE Pixels AsItIs(Pixels v) {
+    return v;
+}
+
 /// Whether the bytes of pixels can be mixed. Nearly all targets are opaque: others are looked at again.
 HWY_INLINE bool CanMix(const unsigned char* target, const unsigned char* source, std::size_t count, bool mixesClear) {
-    return BothOpaque(target, source, count, [](Pixels v) { return v; }) ||
+    return BothOpaque(target, source, count, AsItIs) ||
            (mixesClear && BothOpaque(target, source, count, OpaqueWhereClear));
 }
 
@@ -58,7 +62,7 @@ HWY_INLINE void MixVectors(unsigned char* target, const unsigned char* source, s
         const Pixels s = LoadPixels(source + i * kPackedBytes);
         unsigned char* const pixels = target + i * kPackedBytes;
         const bool replaces = (piece.full >> i & all) == all;
-        StorePixels(replaces ? s : mix(s, LoadPixels(pixels), piece.alphas + i), pixels);
+        StorePixels(replaces ? s : mix(s, LoadPixels(pixels), piece.InEachByteFrom(i)), pixels);
     }
 }
 
@@ -85,42 +89,49 @@ HWY_INLINE std::size_t MixRow(unsigned char* target, const unsigned char* source
     target += whole * kPackedBytes;
     source += whole * kPackedBytes;
     const FirstPixels last(rest);
-    last.Store(mix(last.Load(source), last.Load(target), piece.alphas + whole), target);
+    last.Store(mix(last.Load(source), last.Load(target), piece.InEachByteFrom(whole)), target);
     return width;
 }
 
-/// Mixes rows that fit a vector. @return how many pixels, row by row.
-template <typename Alphas>
-HWY_INLINE std::size_t MixNarrowRows(MixedRows rows, PixelRows<const unsigned char> mask, const Alphas& alphas,
-                                     const Mixing& mix) {
+/// Mixes rows that fit a vector, from one on, as far as pixels are opaque, in the source and in `seen` of the target.
+/// @return the row behind them.
+template <typename Alphas, typename Seen>
+HWY_INLINE std::size_t MixNarrowRows(MixedRows rows, PixelRows<const unsigned char> mask, std::size_t row,
+                                     const Alphas& alphas, const Mixing& mix, Seen seen) {
     constexpr std::size_t kTogether = PieceAlphas::kNarrowRows;
     const FirstPixels first(rows.width);
-    const std::size_t height = rows.target.count;
     PieceAlphas piece;
-    for (std::size_t top = 0; top < height; top += kTogether) {
-        alphas.ReadRows({mask.Row(top), mask.step, std::min(kTogether, height - top)}, rows.width, piece);
-        for (std::size_t i = 0; i < kTogether && top + i < height; ++i) {
-            unsigned char* const target = rows.target.Row(top + i);
-            const Pixels s = first.Load(rows.source.Row(top + i)), t = first.Load(target);
-            const bool canMix = AllOpaque(first.OpaqueBehind(hn::And(s, t))) ||
-                                (rows.mixesClear && AllOpaque(first.OpaqueBehind(hn::And(s, OpaqueWhereClear(t)))));
-            if (!canMix) return (top + i) * rows.width;
-            first.Store(mix(s, t, piece.alphas + i * PieceAlphas::kNarrow), target);
+    while (row < rows.target.count) {
+        const std::size_t count = std::min(kTogether, rows.target.count - row);
+        alphas.ReadRows({mask.Row(row), mask.step, count}, rows.width, piece);
+        Pixels mixed[kTogether], common = hn::Set(kPixels, kPackedAlpha);
+        for (std::size_t i = 0; i < count; ++i) {
+            const Pixels s = first.Load(rows.source.Row(row + i)), t = first.Load(rows.target.Row(row + i));
+            common = hn::And(common, hn::And(s, seen(t)));
+            mixed[i] = mix(s, t, piece.InEachByteFrom(i * PieceAlphas::kNarrow));
         }
+        if (!AllOpaque(first.OpaqueBehind(common))) break;
+        for (std::size_t i = 0; i < count; ++i) first.Store(mixed[i], rows.target.Row(row + i));
+        row += count;
     }
-    return height * rows.width;
+    return row;
 }
 
 template <typename Alphas>
 std::size_t MixRows(const MixedRows& rows, const PixelRows<const unsigned char>& mask, const Alphas& alphas) {
     const Mixing mix;
-    if (rows.width <= PieceAlphas::kNarrow) return MixNarrowRows(rows, mask, alphas, mix);
-    for (std::size_t row = 0; row < rows.target.count; ++row) {
+    std::size_t row = 0;
+    if (rows.width <= PieceAlphas::kNarrow) {
+        row = MixNarrowRows(rows, mask, row, alphas, mix, AsItIs);
+        if (rows.mixesClear) row = MixNarrowRows(rows, mask, row, alphas, mix, OpaqueWhereClear);
+        return row * rows.width;
+    }
+    for (; row < rows.target.count; ++row) {
         const std::size_t mixed =
             MixRow(rows.target.Row(row), rows.source.Row(row), mask.Row(row), rows.width, rows.mixesClear, alphas, mix);
         if (mixed < rows.width) return row * rows.width + mixed;
     }
-    return rows.target.count * rows.width;
+    return row * rows.width;
 }
 
 std::size_t MixByKeys(const MixedRows& rows, const PixelRows<const unsigned char>& keys, const ByteTable& alphaOfKey) {

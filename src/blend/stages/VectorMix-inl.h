@@ -26,69 +26,54 @@ HWY_INLINE Words Kept(unsigned int value) {
     return hn::Set(kWords, word);
 }
 
-/// Mixes pixels by an alpha a pixel, or by one for all: (s*a + t*(255-a)) / 255 of each byte.
+/// Mixes pixels by alphas that lie in all bytes of their pixels: (s*a + t*(255-a)) / 255 of each byte.
 ///
-/// With n = s*a + t*(255-a), (s-128)*a + (t-128)*(255-a) is n - 255*128. Of m = n + 1 floor(n / 255) is 257*m / 65536,
-/// and in a high byte (m + m/256) / 256.
+/// With n = s*a + t*(255-a), (s-128)*a + (t-128)*(255-a) is n - 255*128, and floor(n / 255) is 257*(n+1) / 65536.
 class Mixing {
 public:
     HWY_INLINE Mixing()
-        : low_(Kept(0x00FF)),
-          high_(Kept(0xFF00)),
+        : high_(Kept(0xFF00)),
           signs_(Kept(0x8080)),
           bias_(Kept(255 * 128 + 1)),
-          factor_(Kept(257)) {}
+          factor_(Kept(257)),
+          odd_(hn::MaskFromVec(hn::BitCast(kPixelBytes, Constant(0xFF00)))),
+          even_(hn::MaskFromVec(hn::BitCast(kPixelBytes, Constant(0x00FF)))) {}
 
-    HWY_INLINE Pixels operator()(Pixels source, Pixels target, const unsigned char* alphas) const {
-        const Words inEachByte = InEachByte(hn::PromoteTo(kPixels, hn::LoadU(TagByte(), alphas)));
-        return Weighted(source, target, hn::Xor(inEachByte, high_));
-    }
-    HWY_INLINE Pixels operator()(Pixels source, Pixels target, std::uint32_t alpha) const {
-        return Weighted(source, target, Constant(alpha + 256 * (255 - alpha)));
+    HWY_INLINE Pixels operator()(Pixels source, Pixels target, Words alphas) const {
+        const Words weights = hn::Xor(alphas, high_);  // a in the low and 255-a in the high byte of each word
+        const Words s = hn::Xor(AsWords(source), signs_);
+        const Words t = hn::Xor(AsWords(target), signs_);
+        const Words even = Quotients(PairSums(weights, SwappedWhere(odd_, t, s)));
+        const Words odd = Quotients(PairSums(weights, SwappedWhere(even_, s, t)));
+        return AsPixels(SwappedWhere(odd_, odd, even));
     }
 
 private:
-    /// With a in the low and 255-a in the high byte of each word.
-    HWY_INLINE Pixels Weighted(Pixels source, Pixels target, Words weights) const {
-        const Words s = hn::Xor(AsWords(source), signs_);
-        const Words t = hn::Xor(AsWords(target), signs_);
-        const Words even = PairSums(weights, hn::OrAnd(hn::ShiftLeft<8>(t), s, low_));
-        const Words odd = PairSums(weights, hn::OrAnd(hn::ShiftRight<8>(s), t, high_));
-        const Words quotients = hn::MulHigh(hn::Add(even, bias_), factor_);
-        const Words m = hn::Add(odd, bias_);
-        return AsPixels(hn::OrAnd(quotients, hn::Add(m, hn::ShiftRight<8>(m)), high_));
+    HWY_INLINE Words Quotients(Words sums) const { return hn::MulHigh(hn::Add(sums, bias_), factor_); }
+
+    /// Where the mask has a byte, the other byte of its word in `v`; elsewhere that of `other`.
+    static HWY_INLINE Words SwappedWhere(hn::Mask<TagPixelBytes> mask, Words v, Words other) {
+        alignas(16) static constexpr std::uint8_t kPlaces[16] = {1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14};
+        const auto swapped = hn::TableLookupBytes(hn::BitCast(kPixelBytes, v), hn::LoadDup128(kPixelBytes, kPlaces));
+        return hn::BitCast(kWords, hn::IfThenElse(mask, swapped, hn::BitCast(kPixelBytes, other)));
     }
 
-    /// The low bytes of pixels in all of their bytes.
-    static HWY_INLINE Words InEachByte(Pixels v) {
-        alignas(16) static constexpr std::uint8_t kPlaces[16] = {0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12};
-        const hn::Repartition<std::uint8_t, Tag32> bytes;
-        return hn::BitCast(kWords, hn::TableLookupBytes(hn::BitCast(bytes, v), hn::LoadDup128(bytes, kPlaces)));
-    }
-
-    Words low_, high_, signs_, bias_, factor_;
+    Words high_, signs_, bias_, factor_;
+    hn::Mask<TagPixelBytes> odd_, even_;
 };
 
 #else
 
-/// Mixes pixels by an alpha a pixel, or by one for all: (s*a + t*(255-a)) / 255 of each byte. In a high byte
+/// Mixes pixels by alphas that lie in all bytes of their pixels: (s*a + t*(255-a)) / 255 of each byte. In a high byte
 /// floor(n / 255) is (m + m/256) / 256 with m = n + 1.
 class Mixing {
 public:
-    HWY_INLINE Pixels operator()(Pixels source, Pixels target, const unsigned char* alphas) const {
-        const Pixels alpha = hn::PromoteTo(kPixels, hn::LoadU(TagByte(), alphas));
-        return Mixed(source, target, AsWords(hn::Or(alpha, hn::ShiftLeft<16>(alpha))));
-    }
-    HWY_INLINE Pixels operator()(Pixels source, Pixels target, std::uint32_t alpha) const {
-        return Mixed(source, target, Constant(alpha));
-    }
-
-private:
-    static HWY_INLINE Pixels Mixed(Pixels source, Pixels target, Words a) {
+    HWY_INLINE Pixels operator()(Pixels source, Pixels target, Words alphas) const {
         const Words low = Constant(0x00FF);
         const Words high = Constant(0xFF00);
         const Words s = AsWords(source);
         const Words t = AsWords(target);
+        const Words a = hn::And(alphas, low);
         const Words rest = hn::Sub(low, a);
         const Words even = Div255(hn::Add(hn::Mul(hn::And(s, low), a), hn::Mul(hn::And(t, low), rest)));
         const Words n = hn::Add(hn::Mul(hn::ShiftRight<8>(s), a), hn::Mul(hn::ShiftRight<8>(t), rest));
@@ -98,6 +83,14 @@ private:
 };
 
 #endif
+
+/// An alpha for each pixel of a vector, in all bytes of the pixel.
+HWY_INLINE Words InEachByte(const unsigned char* alphas) {
+    alignas(16) static constexpr std::uint8_t kPlaces[16] = {0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12};
+    const Pixels pixels = hn::PromoteTo(kPixels, hn::LoadU(TagByte(), alphas));
+    const auto bytes = hn::TableLookupBytes(hn::BitCast(kPixelBytes, pixels), hn::LoadDup128(kPixelBytes, kPlaces));
+    return hn::BitCast(kWords, bytes);
+}
 
 HWY_INLINE bool AllOpaque(Pixels v) {
     return hn::AllTrue(kPixels, hn::Gt(v, hn::Set(kPixels, 0xFEFFFFFF)));
@@ -120,7 +113,7 @@ HWY_INLINE bool IsOpaque(const unsigned char* packed) {
 /// are opaque: then Normal mixes every byte, the alpha's too. @return the pixel behind them.
 HWY_INLINE std::size_t PaintOpaqueBytes(const CompositeSpan& span, std::size_t i, std::size_t end) {
     const Mixing mix;
-    const std::uint32_t alpha = span.alpha;
+    const Words alpha = Constant(span.alpha * 0x0101);
     for (; i < end; i += StepPixels()) {
         const unsigned char* const source = span.source + i * kPackedBytes;
         unsigned char* const target = span.target + i * kPackedBytes;
@@ -142,8 +135,8 @@ HWY_INLINE bool IsClear(const unsigned char* packed) {
 /// The alphas of pixels in all of their bytes.
 HWY_INLINE Pixels AlphaInEachByte(Pixels v) {
     alignas(16) static constexpr std::uint8_t kPlaces[16] = {3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15};
-    const hn::Repartition<std::uint8_t, Tag32> bytes;
-    return hn::BitCast(kPixels, hn::TableLookupBytes(hn::BitCast(bytes, v), hn::LoadDup128(bytes, kPlaces)));
+    return hn::BitCast(kPixels,
+                       hn::TableLookupBytes(hn::BitCast(kPixelBytes, v), hn::LoadDup128(kPixelBytes, kPlaces)));
 }
 
 /// Whether every channel of the pixels of a step is 0 or its pixel's alpha a, which stand for 0 and 255 without a
@@ -188,8 +181,8 @@ HWY_INLINE bool PaintOpaqueThroughOpacities(const CompositeSpan& span, std::size
     const Mixing mix;
     for (std::size_t v = 0; v < kStepVectors; ++v) {
         const std::size_t at = v * VectorBytes();
-        StorePixels(mix(LoadPixels(source + at), LoadPixels(target + at), opacity + v * hn::Lanes(kPixels)),
-                    target + at);
+        const Words alphas = InEachByte(opacity + v * hn::Lanes(kPixels));
+        StorePixels(mix(LoadPixels(source + at), LoadPixels(target + at), alphas), target + at);
     }
     return true;
 }

@@ -24,7 +24,8 @@ using Tag16 = hn::ScalableTag<std::uint16_t>;
 using Tag32 = hn::ScalableTag<std::uint32_t>;
 using TagFloat = hn::ScalableTag<float>;
 using TagInt = hn::ScalableTag<std::int32_t>;
-using TagByte = hn::Rebind<std::uint8_t, Tag32>;
+using TagByte = hn::Rebind<std::uint8_t, Tag32>;  ///< a byte a pixel
+using TagPixelBytes = hn::Repartition<std::uint8_t, Tag32>;
 
 /// A vector of words: one value for each pixel of a block, or a mask of them.
 using Words = hn::Vec<Tag16>;
@@ -34,6 +35,7 @@ using PixelMask = hn::Mask<Tag32>;
 
 constexpr Tag16 kWords;
 constexpr Tag32 kPixels;
+constexpr TagPixelBytes kPixelBytes;
 
 /// Pixels of a block: two vectors of packed pixels. Word 2i belongs to pixel i of the first, word 2i+1 to pixel i of
 /// the second, so that words are made from pixels by blends and shifts alone.
@@ -129,12 +131,10 @@ struct Block {
 };
 
 HWY_INLINE Pixels LoadPixels(const unsigned char* packed) {
-    const hn::Repartition<std::uint8_t, Tag32> bytes;
-    return hn::BitCast(kPixels, hn::LoadU(bytes, packed));
+    return hn::BitCast(kPixels, hn::LoadU(kPixelBytes, packed));
 }
 HWY_INLINE void StorePixels(Pixels v, unsigned char* packed) {
-    const hn::Repartition<std::uint8_t, Tag32> bytes;
-    hn::StoreU(hn::BitCast(bytes, v), bytes, packed);
+    hn::StoreU(hn::BitCast(kPixelBytes, v), kPixelBytes, packed);
 }
 
 /// All pixels of a vector.
