@@ -190,6 +190,21 @@ TEST_P(MaskStagesOn, TellLuminositiesAsPlainLoopsDo) {
     }
 }
 
+TEST_P(MaskStagesOn, KnowTheGreys) {
+    std::vector<Color> colors;
+    for (unsigned int grey = 0; grey < 256; ++grey) colors.emplace_back(ARGB_BLACK | grey * 0x010101);
+    const ForcedTarget forced(GetParam());
+    for (const MaskStages* const stages : {&ScalarMaskStages(), &ActiveMaskStages()}) {
+        EXPECT_TRUE(stages->areGreys(colors.data()));
+        for (unsigned int i = 0; i < 256; ++i) {
+            const Color grey = colors[i];
+            colors[i] = Color((ARGB_BLACK | i * 0x010101) ^ 1U << i % 32);
+            EXPECT_FALSE(stages->areGreys(colors.data())) << i;
+            colors[i] = grey;
+        }
+    }
+}
+
 TEST_P(MaskStagesOn, ScaleEveryAlphaByEveryOpacityAsTheStepDoes) {
     using SourceType = IPDFTransferFunction::SourceType;
     for (const SourceType type : {SourceType::Alpha, SourceType::Luminosity}) {

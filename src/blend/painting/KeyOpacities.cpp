@@ -6,7 +6,6 @@
 #include <vantu/ColorMap.h>
 
 #include <cstdint>
-#include <cstring>
 #include <typeinfo>
 
 #include "blend/definition/CompositeSteps.h"
@@ -17,23 +16,16 @@ namespace {
 
 using SourceType = IPDFTransferFunction::SourceType;
 
-/// The opaque greys, by their value.
-constexpr std::array<Color, 256> kGreys = [] {
-    std::array<Color, 256> greys{};
-    for (unsigned int grey = 0; grey < greys.size(); ++grey) greys[grey] = Color(ARGB_BLACK | grey * 0x010101);
-    return greys;
-}();
-
 /// Whether entry i of a palette is the opaque grey i. Only the reference palette's way to keep its entries, one after
 /// another, is looked at in one go; a palette that keeps them otherwise counts as none, and its entries are asked for.
 bool IsGreyRamp(const ColorMap& palette) {
-    if (palette.GetSize() < kGreys.size()) return false;
+    if (palette.GetSize() < 256) return false;
     const auto* const entries = &palette[0];
     for (const unsigned int i : {1U, 128U, 255U}) {
         const auto distance = reinterpret_cast<std::uintptr_t>(&palette[i]) - reinterpret_cast<std::uintptr_t>(entries);
         if (distance != i * sizeof(Color)) return false;
     }
-    return std::memcmp(entries, kGreys.data(), sizeof kGreys) == 0;
+    return ActiveMaskStages().areGreys(entries);
 }
 
 }  // namespace
@@ -41,7 +33,7 @@ bool IsGreyRamp(const ColorMap& palette) {
 IdentityOpacities::IdentityOpacities(SourceType source) {
     const CIdentityPDFTransferFunction transfer(source);
     for (unsigned int value = 0; value < opacities.size(); ++value) {
-        Color color = kGreys[value];
+        Color color(value * 0x010101);
         color.SetAlpha(static_cast<unsigned char>(source == SourceType::Alpha ? value : 255));
         opacities[value] = transfer.ComputeAlpha(color);
         bytes[value] = static_cast<unsigned char>(GroupMaskByte(opacities[value]));

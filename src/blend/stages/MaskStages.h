@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vantu/Color.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -63,6 +65,8 @@ struct MaskStages {
     /// @return how many those are.
     std::size_t (*luminosities)(const unsigned char* packed, std::size_t count, const ByteTable& ofGrey,
                                 unsigned char* bytes, std::uint16_t* unknown);
+    /// Whether 256 colours are the opaque greys, each at its value.
+    bool (*areGreys)(const Color* colors);
     /// The bytes of keys.
     void (*lookUp)(const unsigned char* keys, std::size_t count, const ByteTable& table, unsigned char* bytes);
     /// Effective alphas of any source, outside groups at full constant alpha.

@@ -1,6 +1,8 @@
 #include "blend/stages/MaskStages.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 
 #include "pixel/Spans.h"
 
@@ -55,6 +57,16 @@ std::size_t Luminosities(const unsigned char* packed, std::size_t count, const B
     return unknowns;
 }
 
+/// Grey i is 0xFF000000 + 0x010101 * i.
+bool AreGreys(const Color* colors) {
+    static constexpr std::array<Color, 256> greys = [] {
+        std::array<Color, 256> made{};
+        for (unsigned int i = 0; i < made.size(); ++i) made[i] = Color(ARGB_BLACK | i * 0x010101);
+        return made;
+    }();
+    return std::memcmp(colors, greys.data(), sizeof greys) == 0;
+}
+
 void LookUp(const unsigned char* keys, std::size_t count, const ByteTable& table, unsigned char* bytes) {
     for (std::size_t i = 0; i < count; ++i) bytes[i] = table[keys[i]];
 }
@@ -69,7 +81,7 @@ void ScaleAlphas(const KeyedSpan& span, const KeyFactors& factors) {
     }
 }
 
-constexpr MaskStages kScalarMaskStages{MixByKeys, MixByBits, Luminosities, LookUp, ScaleAlphas};
+constexpr MaskStages kScalarMaskStages{MixByKeys, MixByBits, Luminosities, AreGreys, LookUp, ScaleAlphas};
 
 }  // namespace
 

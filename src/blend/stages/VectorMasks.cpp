@@ -143,6 +143,19 @@ std::size_t MixByBits(const MixedRows& rows, const PixelRows<const unsigned char
     return MixRows(rows, bits, BitAlphas(first, alpha));
 }
 
+/// Grey i is 0xFF000000 + 0x010101 * i.
+bool AreGreys(const Color* colors) {
+    const std::size_t lanes = hn::Lanes(kPixels);
+    const Pixels step = hn::Set(kPixels, static_cast<std::uint32_t>(lanes * 0x010101));
+    Pixels grey = hn::Add(hn::Set(kPixels, ARGB_BLACK), hn::Mul(hn::Iota(kPixels, 0), hn::Set(kPixels, 0x010101)));
+    Pixels differences = hn::Zero(kPixels);
+    for (std::size_t i = 0; i < 256; i += lanes, grey = hn::Add(grey, step)) {
+        const Pixels color = LoadPixels(reinterpret_cast<const unsigned char*>(colors + i));
+        differences = hn::Or(differences, hn::Xor(color, grey));
+    }
+    return hn::AllTrue(kPixels, hn::Eq(differences, hn::Zero(kPixels)));
+}
+
 void LookUp(const unsigned char* keys, std::size_t count, const ByteTable& table, unsigned char* bytes) {
     const ByteLookUp lookUp(table);
     std::size_t i = 0;
@@ -152,7 +165,7 @@ void LookUp(const unsigned char* keys, std::size_t count, const ByteTable& table
     for (; i < count; ++i) bytes[i] = table[keys[i]];
 }
 
-constexpr MaskStages kMaskStages{MixByKeys, MixByBits, Luminosities, LookUp, ScaleAlphas};
+constexpr MaskStages kMaskStages{MixByKeys, MixByBits, Luminosities, AreGreys, LookUp, ScaleAlphas};
 
 const MaskStages* MaskStagesOfTarget() {
     return &kMaskStages;
