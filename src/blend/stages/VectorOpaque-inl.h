@@ -50,9 +50,9 @@ HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, s
             eachVector([](Pixels s, const unsigned char*) { return s; });
             continue;
         }
+        if (IsClear(source)) continue;  // large pictures are clear for long: their targets need not be read
         if (!IsOpaque(target)) break;
         if (IsExtreme(source)) {
-            if (IsClear(source)) continue;
             eachVector([](Pixels s, const unsigned char* t) { return OverOpaque(s, LoadPixels(t)); });
             continue;
         }
