@@ -22,6 +22,15 @@ struct CompositeSpan {
         rest.source += sourceStep * static_cast<std::int64_t>(row);
         return rest;
     }
+    /// Outside groups, without opacity: the rest of each row, from a pixel on.
+    [[nodiscard]] CompositeSpan FromPixel(std::size_t x) const {
+        CompositeSpan rest = *this;
+        rest.count -= x;
+        rest.target += x * kPackedBytes;
+        rest.source += x * kPackedBytes;
+        if (select != nullptr) rest.select += x;
+        return rest;
+    }
 
     unsigned char* target;          ///< read and, where a pixel is written, replaced
     const unsigned char* source;    ///< premultiplied

@@ -94,6 +94,18 @@ HWY_INLINE bool PaysToGather(const CompositeSpan& span, std::size_t i, const Blo
 template <BlendMode Mode>
 constexpr bool kCostly = Mode == BlendMode::ColorDodge || Mode == BlendMode::ColorBurn || Mode == BlendMode::SoftLight;
 
+/// Whether it pays on an opaque target: where a mode is costly, and where Normal replaces pixels by opaque ones.
+template <BlendMode Mode>
+HWY_INLINE bool PaysToGatherOnOpaque(const CompositeSpan& span, std::size_t i, const Blocks<WordMask>& keep,
+                                     const Blocks<Words>& sourceAlpha) {
+    if constexpr (Mode == BlendMode::Normal) {
+        const auto copied =
+            EachBlock([&](std::size_t j) { return hn::Or(keep[j], hn::Eq(sourceAlpha[j], Constant(255))); });
+        return span.alpha == 255 && PaysToGather(span, i, copied);
+    }
+    return kCostly<Mode> && PaysToGather(span, i, keep);
+}
+
 HWY_INLINE void StoreWhereNot(WordMask keep, const Block& before, const Block& after, unsigned char* packed) {
     StoreBlock({hn::IfThenElse(keep, before.blueGreen, after.blueGreen),
                 hn::IfThenElse(keep, before.redAlpha, after.redAlpha)},

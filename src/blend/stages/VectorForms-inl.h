@@ -69,8 +69,9 @@ struct PlainStage {
         }
         const bool onOpaque = All(hn::Eq(AndOfBlocks(ab), full));
         const Blocks<WordMask> keep = Unpainted(span, i, source.alpha);
-        const bool mayGather = !onOpaque || kCostly<Mode>;
-        if (mayGather && PaysToGather(span, i, keep)) return false;
+        const bool gathers =
+            onOpaque ? PaysToGatherOnOpaque<Mode>(span, i, keep, source.alpha) : PaysToGather(span, i, keep);
+        if (gathers) return false;
         const Blocks<Channels> cs = source.Colors(Mode != BlendMode::Normal);
         if (onOpaque) {
             // Where as is 0, as it is where the source is clear, the result is the target.

@@ -61,7 +61,8 @@ class GatheredPixels<PlainStage<Mode, Colors>> {
 public:
     static constexpr std::size_t kMostPixels = 1024;
 
-    explicit GatheredPixels(const CompositeSpan& span) : span_(span), gathered_(span) {
+    explicit GatheredPixels(const CompositeSpan& span)
+        : span_(span), replaces_(Mode == BlendMode::Normal && span.alpha == 255), gathered_(span) {
         gathered_.rows = 1;
         gathered_.count = 0;  // nothing to be gathered again
         gathered_.source = source_;
@@ -75,6 +76,40 @@ public:
         if (left < span_.count || left > kMostPixels / 2) return {first, std::min(left, kMostPixels), 1};
         const std::size_t room = kMostPixels / RoundUpTo(left, hn::Lanes(kPixels));
         return {first, left, std::min(room, span_.rows - first.row)};
+    }
+
+    /// Whether all pixels may be painted, and by a few of narrow rows it seems not to pay to choose those that need it.
+    [[nodiscard]] bool PaysToPaintAll(const Part& part) const {
+        if (span_.select != nullptr) return false;
+        const FirstPixels pixels(std::min(part.width, hn::Lanes(kPixels)));
+        std::size_t looked = 0, painted = 0;
+        for (std::size_t row = 0; row < part.rows; row += (part.rows + 3) / 4) {
+            const CompositeSpan rest = span_.FromRow(part.first.row + row);
+            const Pixels source = pixels.Load(rest.source);
+            const PixelMask seen = Seen(source);
+            const unsigned int bits = Bits(replaces_ ? hn::AndNot(Opaque(source), seen) : seen);
+            painted += static_cast<std::size_t>(std::popcount(bits));
+            looked += pixels.Count();
+        }
+        return 4 * painted > 3 * looked;
+    }
+
+    /// Paints all pixels.
+    void PaintAll(const Part& part, const Blend<Mode>& blend) {
+        std::size_t count = 0;
+        EachVector(part, [&](const auto& pixels, const unsigned char* from, const unsigned char* onto) HWY_ATTR {
+            StorePixels(pixels.Load(from), source_ + count * kPackedBytes);
+            StorePixels(pixels.Load(onto), target_ + count * kPackedBytes);
+            count += pixels.Count();
+        });
+        Fill(source_, count);
+        Fill(target_, count);
+        PaintSteps<PlainStage<Mode, Colors>>(gathered_, 0, count, blend);
+        const unsigned char* packed = target_;
+        EachVector(part, [&](const auto& pixels, const unsigned char*, unsigned char* onto) HWY_ATTR {
+            pixels.Store(LoadPixels(packed), onto);
+            packed += pixels.Count() * kPackedBytes;
+        });
     }
 
     /// Paints pixels. @return how many needed painting.
@@ -100,11 +135,12 @@ private:
         const std::size_t rest = part.width % lanes;
         const AllPixels all;
         const FirstPixels last(rest);
-        const std::size_t x = part.first.x * kPackedBytes;
-        for (std::size_t row = 0; row < part.rows; ++row) {
-            const auto down = static_cast<std::int64_t>(part.first.row + row);
-            const unsigned char* source = span_.source + span_.sourceStep * down + x;
-            unsigned char* target = span_.target + span_.targetStep * down + x;
+        const CompositeSpan span = span_.FromRow(part.first.row);
+        const unsigned char* sourceRow = span.source + part.first.x * kPackedBytes;
+        unsigned char* targetRow = span.target + part.first.x * kPackedBytes;
+        for (std::size_t row = 0; row < part.rows; ++row, sourceRow += span.sourceStep, targetRow += span.targetStep) {
+            const unsigned char* source = sourceRow;
+            unsigned char* target = targetRow;
             for (std::size_t i = rest; i < part.width; i += lanes) {
                 visit(all, source, target);
                 source += lanes * kPackedBytes;
@@ -114,25 +150,31 @@ private:
         }
     }
 
+    /// Pixels that are opaque, and those that are not clear.
+    static HWY_INLINE PixelMask Opaque(Pixels v) {
+        const Pixels full = hn::Set(kPixels, kPackedAlpha);
+        return hn::Eq(hn::And(v, full), full);
+    }
+    static HWY_INLINE PixelMask Seen(Pixels v) {
+        return hn::Ne(hn::And(v, hn::Set(kPixels, kPackedAlpha)), hn::Zero(kPixels));
+    }
+
     /// Collects the pixels that need painting. Where Normal at full alpha replaces pixels it does so at once.
     std::size_t Gather(const Part& part) {
-        const Pixels opaque = hn::Set(kPixels, kPackedAlpha);
         const unsigned char* select = span_.select != nullptr ? span_.select + part.first.x : nullptr;
-        const bool replaces = Mode == BlendMode::Normal && span_.alpha == 255;
         std::size_t gathered = 0;
         std::uint16_t* live = live_;
         EachVector(part, [&](const auto& pixels, const unsigned char* from, unsigned char* onto) HWY_ATTR {
             const Pixels source = pixels.Load(from);
             const Pixels target = pixels.Load(onto);
-            const Pixels alpha = hn::And(source, opaque);
-            PixelMask painted = hn::Ne(alpha, hn::Zero(kPixels));
+            PixelMask painted = Seen(source);
             if (select != nullptr) {
                 painted = hn::And(painted, hn::Ne(pixels.LoadBytes(select), hn::Zero(kPixels)));
                 select += hn::Lanes(kPixels);
             }
-            if (replaces) {
-                const PixelMask replaced = hn::And(painted, hn::Eq(alpha, opaque));
-                pixels.Store(hn::IfThenElse(replaced, source, target), onto);
+            if (replaces_) {
+                const PixelMask replaced = hn::And(painted, Opaque(source));
+                pixels.StoreWhere(replaced, source, onto);
                 painted = hn::AndNot(replaced, painted);
             }
             const unsigned int bits = Bits(painted);
@@ -159,7 +201,7 @@ private:
             // No branch leaves out vectors without a pixel to paint: where their pattern is new to the processor, wrong
             // guesses cost more than the work.
             const unsigned int bits = *live++;
-            pixels.Store(Unpacked(LoadPixels(packed), bits, pixels.Load(onto)), onto);
+            pixels.StoreWhere(MaskOf(bits), Unpacked(LoadPixels(packed), bits), onto);
             packed += kPackedBytes * static_cast<std::size_t>(std::popcount(bits));
         });
     }
@@ -167,6 +209,7 @@ private:
     static constexpr std::size_t kMostStep = kBlocks * HWY_MAX_BYTES / 2;
 
     const CompositeSpan& span_;
+    const bool replaces_;
     CompositeSpan gathered_;
     alignas(64) unsigned char source_[(kMostPixels + kMostStep) * kPackedBytes];
     alignas(64) unsigned char target_[(kMostPixels + kMostStep) * kPackedBytes];
@@ -182,10 +225,15 @@ HWY_NOINLINE Place PaintGathered(const CompositeSpan& span, Place place, const B
     while (place.row < span.rows) {
         const Part part = gathered.PartFrom(place);
         const std::size_t count = part.width * part.rows;
-        const std::size_t painted = gathered.Paint(part, blend);
+        std::size_t painted = 0;
+        if (narrow && gathered.PaysToPaintAll(part)) {
+            gathered.PaintAll(part, blend);
+        } else {
+            painted = gathered.Paint(part, blend);
+        }
         place.x += part.width;
         if (place.x == span.count) place = {place.row + part.rows, 0};
-        if (!narrow && painted > count - count / 4) break;
+        if (!narrow && (painted == 0 || painted > count - count / 4)) break;
     }
     return place;
 }

@@ -48,9 +48,13 @@ HWY_INLINE Words PairSums(Words factors, Words signedFactors) {
 
 /// The bits of a mask, the first pixel's lowest.
 HWY_INLINE unsigned int Bits(PixelMask mask) {
+#if IMAGEOP_HAS_WORD_TABLES
+    return mask.raw;
+#else
     std::uint8_t bytes[8] = {};
     hn::StoreMaskBits(kPixels, mask, bytes);
-    return bytes[0] | static_cast<unsigned int>(bytes[1]) << 8;
+    return bytes[0];
+#endif
 }
 
 #if IMAGEOP_HAS_BYTE_TABLES
@@ -84,9 +88,14 @@ HWY_INLINE Pixels Packed(Pixels v, unsigned int bits) {
     return Pixels{_mm512_maskz_compress_epi32(static_cast<__mmask16>(bits), v.raw)};
 }
 
-/// Packed pixels back in their places, and those `below` where bits are not set.
-HWY_INLINE Pixels Unpacked(Pixels packed, unsigned int bits, Pixels below) {
-    return Pixels{_mm512_mask_expand_epi32(below.raw, static_cast<__mmask16>(bits), packed.raw)};
+/// Packed pixels back in the places whose bits are set.
+HWY_INLINE Pixels Unpacked(Pixels packed, unsigned int bits) {
+    return Pixels{_mm512_maskz_expand_epi32(static_cast<__mmask16>(bits), packed.raw)};
+}
+
+/// The mask of bits.
+HWY_INLINE PixelMask MaskOf(unsigned int bits) {
+    return PixelMask{static_cast<__mmask16>(bits)};
 }
 
 #else  // up to 8 lanes, by tables: much faster than hn::Compress
@@ -99,9 +108,12 @@ HWY_INLINE Pixels Ordered(Pixels v, const std::array<std::uint8_t, 8>& order) {
 HWY_INLINE Pixels Packed(Pixels v, unsigned int bits) {
     return Ordered(v, kPackLanes[bits]);
 }
-HWY_INLINE Pixels Unpacked(Pixels packed, unsigned int bits, Pixels below) {
+HWY_INLINE Pixels Unpacked(Pixels packed, unsigned int bits) {
+    return Ordered(packed, kUnpackLanes[bits]);
+}
+HWY_INLINE PixelMask MaskOf(unsigned int bits) {
     const std::uint8_t byte[8] = {static_cast<std::uint8_t>(bits)};
-    return hn::IfThenElse(hn::LoadMaskBits(kPixels, byte), Ordered(packed, kUnpackLanes[bits]), below);
+    return hn::LoadMaskBits(kPixels, byte);
 }
 
 #endif

@@ -35,7 +35,15 @@ struct OfOpaque {
     Words ab;
 };
 
-/// Paints steps from pixel i on by Normal at full alpha for as long as their sources or their targets are opaque.
+/// Whether few of the pixels at the start of a step are to be mixed: most are clear or opaque.
+HWY_INLINE bool IsMostlyCopied(const unsigned char* source) {
+    const Pixels alpha = hn::ShiftRight<24>(LoadPixels(source));
+    const PixelMask mixed = hn::And(hn::Ne(alpha, hn::Zero(kPixels)), hn::Ne(alpha, hn::Set(kPixels, 255)));
+    return 2 * hn::CountTrue(kPixels, mixed) < hn::Lanes(kPixels);
+}
+
+/// Paints steps from pixel i on by Normal at full alpha for as long as their sources or their targets are opaque, but
+/// for those whose pixels may pay to be gathered.
 /// @return the pixel behind them.
 HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, std::size_t end) {
     for (; i < end; i += StepPixels()) {
@@ -56,6 +64,7 @@ HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, s
             eachVector([](Pixels s, const unsigned char* t) { return OverOpaque(s, LoadPixels(t)); });
             continue;
         }
+        if (IsMostlyCopied(source)) break;
         const Blocks<Block> block = LoadBlocks(source);
         const Blocks<Words> as = Alphas(block);
         const Blocks<Channels> cs = UnpremultipliedWhereSeen(block, as);

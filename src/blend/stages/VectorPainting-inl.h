@@ -26,7 +26,6 @@ class Tail {
 public:
     Tail(const CompositeSpan& span, std::size_t first) : span_(span), first_(first), padded_(span) {
         padded_.count = StepPixels();
-        padded_.rows = 1;
         padded_.source = Pad<kPackedBytes>(span.source, source_);
         padded_.target = Pad<kPackedBytes>(span.target, target_);
         padded_.opacity = Pad<1>(span.opacity, opacity_);
@@ -74,28 +73,26 @@ private:
 template <BlendMode Mode, typename Stage, bool Group>
 void PaintSpan(const CompositeSpan& span) {
     const Blend<Mode> blend;
-    Place place{0, 0};
+    CompositeSpan steps = span;
+    steps.count -= span.count % StepPixels();
+    for (Place place{0, 0}; steps.count != 0 && place.row < span.rows;) {
+        const std::size_t done = PaintSteps<Stage>(steps.FromRow(place.row), place.x, steps.count, blend);
+        if (done == steps.count) {
+            place = {place.row + 1, 0};
+        } else if constexpr (!Group) {
+            place = PaintGathered<Stage>(steps, {place.row, done}, blend);
+        }
+    }
+    if (steps.count == span.count) return;
     if constexpr (!Group) {
-        // Rows that are narrower than a step are painted by steps of their pixels gathered.
-        if (span.rows > 1 && span.count < StepPixels()) place = PaintGathered<Stage>(span, place, blend);
-    }
-    while (place.row < span.rows) {
-        const CompositeSpan rest = span.FromRow(place.row);
-        const std::size_t whole = span.count - (span.count - place.x) % StepPixels();
-        const std::size_t done = PaintSteps<Stage>(rest, place.x, whole, blend);
-        if constexpr (!Group) {
-            if (done < whole) {
-                place = PaintGathered<Stage>(span, {place.row, done}, blend);
-                continue;
-            }
+        if (span.opacity == nullptr) {
+            PaintGathered<Stage>(span.FromPixel(steps.count), {0, 0}, blend);
+            return;
         }
-        if (done < span.count) {
-            Tail<Group> tail(rest, done);
-            PaintSteps<Stage>(tail.Padded(), 0, StepPixels(), blend);
-            tail.Store();
-        }
-        place = {place.row + 1, 0};
     }
+    Tail<Group> tail(span, steps.count);
+    PaintSteps<Stage>(tail.Padded(), 0, StepPixels(), blend);
+    tail.Store();
 }
 
 }  // namespace vantu::HWY_NAMESPACE

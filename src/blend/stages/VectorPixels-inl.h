@@ -139,11 +139,19 @@ HWY_INLINE void StorePixels(Pixels v, unsigned char* packed) {
 
 /// All pixels of a vector.
 struct AllPixels {
+    static HWY_INLINE std::size_t Count() { return hn::Lanes(kPixels); }
     static HWY_INLINE Pixels Load(const unsigned char* packed) { return LoadPixels(packed); }
     static HWY_INLINE Pixels LoadBytes(const unsigned char* bytes) {
         return hn::PromoteTo(kPixels, hn::LoadU(TagByte(), bytes));
     }
     static HWY_INLINE void Store(Pixels v, unsigned char* packed) { StorePixels(v, packed); }
+    static HWY_INLINE void StoreWhere(PixelMask mask, Pixels v, unsigned char* packed) {
+#if HWY_MAX_BYTES == 64
+        hn::BlendedStore(v, mask, kPixels, reinterpret_cast<std::uint32_t*>(packed));
+#else
+        StorePixels(hn::IfThenElse(mask, v, LoadPixels(packed)), packed);
+#endif
+    }
 };
 
 /// The first pixels of a vector, or all.
@@ -151,6 +159,7 @@ class FirstPixels {
 public:
     explicit HWY_INLINE FirstPixels(std::size_t count) : count_(count), present_(hn::FirstN(kPixels, count)) {}
 
+    [[nodiscard]] HWY_INLINE std::size_t Count() const { return count_; }
     /// With zeros behind them.
     HWY_INLINE Pixels Load(const unsigned char* packed) const {
 #if HWY_MAX_BYTES == 64
@@ -173,6 +182,13 @@ public:
         unsigned char buffer[HWY_MAX_BYTES];
         StorePixels(v, buffer);
         std::memcpy(packed, buffer, count_ * kPackedBytes);
+#endif
+    }
+    HWY_INLINE void StoreWhere(PixelMask mask, Pixels v, unsigned char* packed) const {
+#if HWY_MAX_BYTES == 64
+        hn::BlendedStore(v, hn::And(mask, present_), kPixels, reinterpret_cast<std::uint32_t*>(packed));
+#else
+        Store(hn::IfThenElse(mask, v, Load(packed)), packed);
 #endif
     }
     /// Pixels with opaque ones behind the first.
