@@ -28,7 +28,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto image = std::make_shared<vantu::CQorImage>(kSide, kSide, vantu::PixelFormat::Bgra32Premultiplied,
                                                           static_cast<unsigned char>(0), false);
     const pdf::Pixels all{0, 0, kSide, kSide};
-    pdf::Canvas canvas(image, all, context.calls, false);
+    pdf::Canvas canvas(image, all, context.calls);
     const pdf::GraphicsState state{{1, 0, 0, -1, 0, kSide}, {all, nullptr}};
     const auto owner = QPDF::create();
     pdf::Interpreter(context, canvas, resources, state).Paint(QPDFObjectHandle::newStream(owner.get(), content));

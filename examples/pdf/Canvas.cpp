@@ -16,11 +16,8 @@ constexpr unsigned char kBarelyOpaque = 2;
 
 }  // namespace
 
-Canvas::Canvas(const Image& page, const Pixels& visible, Calls& calls, bool isOpaque)
-    : painter_(page),
-      groups_{{.shape = {visible, nullptr}, .isOpaque = isOpaque}},
-      calls_(calls),
-      kept_(calls.ListOf(page, visible)) {
+Canvas::Canvas(const Image& page, const Pixels& visible, Calls& calls)
+    : painter_(page), groups_{{.shape = {visible, nullptr}}}, calls_(calls), kept_(calls.ListOf(page, visible)) {
     painter_.SetClip({visible});
 }
 
@@ -70,7 +67,6 @@ void Canvas::BeginGroup(const Mask& shape, vantu::GroupKind kind) {
     const bool isTakenOut = !kind.isolated && !kind.normal && !kind.plain;
     groups_.push_back({.shape = shape,
                        .kind = kind,
-                       .isOpaque = around.isOpaque && !kind.isolated,
                        .insideKnockout = around.insideKnockout || kind.knockout,
                        .hasHardEdges = around.hasHardEdges || kind.knockout || isTakenOut});
 }

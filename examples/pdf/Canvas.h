@@ -25,15 +25,12 @@ public:
     using Image = std::shared_ptr<vantu::IQorImage>;
 
     // @param page painted on in the rows of `visible` alone. @param calls counts, and keeps if it is to.
-    // @param isOpaque whether all of the page is.
-    Canvas(const Image& page, const Pixels& visible, Calls& calls, bool isOpaque);
+    Canvas(const Image& page, const Pixels& visible, Calls& calls);
 
     // The pixels that can be painted on at the moment: those of the innermost group.
     [[nodiscard]] const Pixels& Visible() const { return groups_.back().shape.box; }
     // Whether a group that is open is a knockout group.
     [[nodiscard]] bool IsKnockout() const { return groups_.back().insideKnockout; }
-    // Whether all pixels are opaque, whatever has been painted.
-    [[nodiscard]] bool IsOpaque() const { return groups_.back().isOpaque; }
 
     // Paints one colour, or a picture whose top left corner lies at a place of the page, in a shape.
     void Fill(const vantu::Color& color, const Mask& shape, const Placing& placing);
@@ -48,7 +45,6 @@ private:
     struct Group {
         Mask shape;
         vantu::GroupKind kind = {};
-        bool isOpaque = false;
         bool insideKnockout = false;
         // Whether an element is there or not in each pixel. A smooth edge would let what a knockout group started on
         // shine through where elements overlap; where what lies below a group is taken out of it, colours of an edge

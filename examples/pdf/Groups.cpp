@@ -90,12 +90,9 @@ void Interpreter::PaintGroup(QPDFObjectHandle form, GraphicsState inside) {
     canvas_.EndGroup(asAWhole);
 }
 
-// No group is promised to be plain: whether its clip needs a mask is not the same in each band of a page. Nor is
-// whether all that lies below is opaque, so that nothing need be taken out of a group that ends with Normal.
+// No group is promised to be plain: whether its clip needs a mask is not the same in each band of a page.
 void Interpreter::BeginGroup(const Mask& shape, bool isolated, bool knockout) {
-    const bool isNormal = state_.mode == vantu::BlendMode::Normal;
-    if (isNormal && !isolated && !canvas_.IsOpaque()) page_.needsAllRows = true;
-    canvas_.BeginGroup(shape, {isolated, knockout, false, isNormal});
+    canvas_.BeginGroup(shape, {isolated, knockout, false, state_.mode == vantu::BlendMode::Normal});
 }
 
 Placing Interpreter::PlacingOf(const Ink& ink) {
@@ -132,7 +129,7 @@ const Mask& Interpreter::MaskOf(SoftMask& softMask) {
     if (IsEmpty(bounds)) return *softMask.mask;
     Spend(bounds, kTimesForGroup);
     const auto image = MakeImage({0, 0, bounds.x1, bounds.y1});
-    Canvas canvas(image, bounds, page_.calls, false);
+    Canvas canvas(image, bounds, page_.calls);
     if (byLuminosity) canvas.Fill(backdrop, {bounds, nullptr}, {});
     const GraphicsState inside{toDevice, {bounds, nullptr}};
     const bool knockout = ToBool(Entry(group, "/K"), false);

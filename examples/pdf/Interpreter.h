@@ -28,7 +28,6 @@ struct PageContext {
     Notes notes = {};
     Calls calls = {};
     Budget budget = {};
-    bool needsAllRows = false;  // the page comes out otherwise if it is painted in parts
 };
 
 // Paints one content stream: that of a page, a form, a tile of a pattern or a glyph. Each has its own resources and

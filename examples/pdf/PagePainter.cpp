@@ -51,7 +51,7 @@ void PaintContent(PageContext& context, Canvas& canvas, QPDFObjectHandle page, Q
         canvas.EndGroup({});
     } else if (ShowOnWhite(context.blendModes.In(QPDFObjectHandle::newDictionary({{"/Resources", resources}})))) {
         const auto clear = MakeImage({0, 0, rows.x1, rows.y1});
-        Canvas content(clear, rows, context.calls, false);
+        Canvas content(clear, rows, context.calls);
         paintOn(content);
         canvas.Draw(clear, {0, 0}, {rows, nullptr}, {});
     } else {
@@ -69,8 +69,7 @@ unsigned long PaintRows(PageContext& context, int number, const PageGeometry& ge
     // Large pages take longer.
     context.budget.pixelsForOperator *=
         std::max(1.0, static_cast<double>(geometry.area.x1) * geometry.area.y1 / kUsualPixels);
-    context.needsAllRows = false;
-    Canvas canvas(image, rows, context.calls, true);
+    Canvas canvas(image, rows, context.calls);
     const GraphicsState state{geometry.toDevice, {rows, nullptr}};
     PaintContent(context, canvas, page, resources, state);
 
@@ -109,8 +108,7 @@ std::shared_ptr<vantu::IQorImage> PaintPage(const std::vector<std::unique_ptr<Pa
     // A band leaves out what cannot be seen there, so it takes less than the page. All bands take no less: if that is
     // within the budget, no thread would have cut the page off. If not, one thread tells.
     const bool mayBeCutOff = taken > contexts.front()->budget.operators;
-    const bool needsAllRows = std::ranges::any_of(contexts, [](const auto& context) { return context->needsAllRows; });
-    if (bands.size() > 1 && (mayBeCutOff || needsAllRows)) paint(*contexts.front(), geometry.area);
+    if (bands.size() > 1 && mayBeCutOff) paint(*contexts.front(), geometry.area);
     return image;
 }
 

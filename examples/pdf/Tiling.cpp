@@ -94,7 +94,7 @@ void Interpreter::PaintTiles(const Mask& mask, const Ink& ink) {
     const Pixels period{0, 0, static_cast<int>(columns), static_cast<int>(rows)};
     const Matrix toPeriod{columns / lattice.step.x, 0, 0, rows / lattice.step.y, 0, 0};
     const auto tile = MakeImage(period);
-    Canvas tileCanvas(tile, period, page_.calls, false);
+    Canvas tileCanvas(tile, period, page_.calls);
     paintTiles(tileCanvas, overlapping, toPeriod, period);
 
     const auto picture = MakeImage(area);

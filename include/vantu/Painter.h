@@ -52,9 +52,9 @@ struct GroupKind {
     /// The group will end with Normal, alpha 255 and no mask. This is a promise that saves work and rounding: a group
     /// that is not isolated need not have what lies below taken out of it again.
     bool plain = false;
-    /// The group will end with Normal, at any alpha and through any mask; a plain one does. Over opaque pixels such a
-    /// group is painted as it stands, what lies below included, which gives the same: nothing is taken out of it, and
-    /// no colour is bent by that.
+    /// The group will end with Normal, at any alpha and through any mask; a plain one does. The opaque pixels of such a
+    /// group are painted as they stand, what lies below included, which gives the same: nothing is taken out of them,
+    /// and no colour is bent by that.
     bool normal = false;
 };
 

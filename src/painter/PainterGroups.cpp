@@ -1,5 +1,6 @@
 #include <vantu/ImageUtil.h>
 
+#include <cstring>
 #include <utility>
 
 #include "painter/PainterImplementation.h"
@@ -40,12 +41,28 @@ bool IsAsPromised(const GroupKind& kind, const Paint& paint) {
     return !kind.normal || paint.mode == BlendMode::Normal;
 }
 
-/// Whether all pixels of a 32-bit image without padding are opaque.
-bool IsOpaque(const IQorImage& image) {
-    const unsigned char* pixel = image.GetPixelData();
-    const unsigned char* const end = pixel + std::size_t{image.GetWidth()} * image.GetHeight() * 4;
-    while (pixel != end && pixel[3] == 255) pixel += 4;
+constexpr std::size_t kGroupPixelBytes = 4;
+
+std::size_t SizeOf(const IQorImage& groupImage) {
+    return std::size_t{groupImage.GetWidth()} * groupImage.GetHeight() * kGroupPixelBytes;
+}
+
+/// Whether all pixels of a group's image are opaque.
+bool IsOpaque(const IQorImage& groupImage) {
+    const unsigned char* pixel = groupImage.GetPixelData();
+    const unsigned char* const end = pixel + SizeOf(groupImage);
+    while (pixel != end && pixel[3] == 255) pixel += kGroupPixelBytes;
     return pixel == end;
+}
+
+/// Gives the pixels of a group's image that are opaque in another one of its size the bytes that they have there.
+void CopyOpaque(const IQorImage& from, IQorImage& to) {
+    const unsigned char* source = from.GetPixelData();
+    unsigned char* target = to.GetPixelData();
+    const unsigned char* const end = source + SizeOf(from);
+    for (; source != end; source += kGroupPixelBytes, target += kGroupPixelBytes) {
+        if (source[3] == 255) std::memcpy(target, source, kGroupPixelBytes);
+    }
 }
 
 }  // namespace
@@ -98,16 +115,18 @@ bool Painter::Implementation::Open(std::size_t depth) {
         // Its elements composite with what lies below, where its result would come to lie as it is.
         group.image = parent.image;
         group.origin = parent.origin;
-        group.keepsBackdrop = parent.keepsBackdrop;
+        group.keepsOpaque = parent.keepsOpaque;
+        group.keepsAll = parent.keepsAll;
     } else {
         const Level* const start = StartOf(group.kind, depth);
         if (start != nullptr && !start->image && CheckPage() != PaintResult::Painted) return false;
         group.image = TakeImage(group.bounds);
         if (start != nullptr) CopyContent(*start, group);
-        // C + k (result - C) = (1 - k) C + k result, where C is what lies below and k how opaque the group is. In a
-        // group that is resolved, C must not be painted: it would count as an element.
-        const bool mayPaintBelow = group.kind.normal && !parent.kind.knockout && parent.keepsBackdrop;
-        group.keepsBackdrop = group.kind.isolated || group.copiedBack || (mayPaintBelow && IsOpaque(*group.image));
+        // C + k (result - C) = (1 - k) C + k result, where C is what lies below, opaque, and k how opaque the group is.
+        // In a group out of which C is taken again it must not be painted: it would count as an element.
+        const bool mayPaintBelow = group.kind.normal && !parent.kind.knockout && parent.keepsOpaque;
+        group.keepsAll = group.kind.isolated || group.copiedBack || (mayPaintBelow && IsOpaque(*group.image));
+        group.keepsOpaque = group.keepsAll || mayPaintBelow;
         OpenInBlender(group);
     }
     group.isOpen = true;
@@ -152,7 +171,7 @@ ImageView Painter::Implementation::PagePart(const Rectangle& r) const {
 }
 
 void Painter::Implementation::OpenInBlender(const Level& group) {
-    blender_->BeginGroup(group.image, nullptr, group.kind.knockout, group.keepsBackdrop, false);
+    blender_->BeginGroup(group.image, nullptr, group.kind.knockout, group.keepsAll, false);
     // The group notes these two empty ranges as one, the box of both: its whole image. Each range that is painted later
     // is joined to it, so that every pixel is resolved once.
     const Rectangle whole = WholeOf(*group.image);
@@ -166,13 +185,25 @@ void Painter::Implementation::OpenInBlender(const Level& group) {
     }
 }
 
+void Painter::Implementation::CloseInBlender(const Level& group) {
+    std::shared_ptr<IQorImage> painted;
+    try {
+        if (group.keepsOpaque && !group.keepsAll) painted = ImageUtil::Clone(*group.image, nullptr, nullptr);
+    } catch (...) {
+        blender_->EndGroup();
+        throw;
+    }
+    blender_->EndGroup();
+    if (painted) CopyOpaque(*painted, *group.image);
+}
+
 PaintResult Painter::Implementation::EndGroup(const Paint& paint) {
     if (levels_.size() == 1) return PaintResult::NoGroup;
     const Level group = std::move(levels_.back());
     levels_.pop_back();
     clip_ = group.clip;
     const bool ownsImage = group.isOpen && !group.isThrough;
-    if (ownsImage) blender_->EndGroup();
+    if (ownsImage) CloseInBlender(group);
     if (group.refusal != PaintResult::Painted) return group.refusal;
 
     PaintResult result = PaintResult::NothingToPaint;
@@ -186,7 +217,7 @@ PaintResult Painter::Implementation::EndGroup(const Paint& paint) {
         Paint asPromised = group.kind.plain ? Paint{} : paint;
         if (group.kind.normal) asPromised.mode = BlendMode::Normal;
         // Where nothing was painted an isolated group is clear, and so is one that its backdrop was taken out of.
-        const bool isClearAround = group.kind.isolated || !group.keepsBackdrop;
+        const bool isClearAround = group.kind.isolated || !group.keepsAll;
         result = Draw(group.image, group.origin, asPromised, isClearAround ? &group.painted : nullptr);
     }
     if (ownsImage) {

@@ -67,7 +67,7 @@ Painter::Implementation::Implementation(std::shared_ptr<IQorImage> page, std::sh
     Level& level = levels_.emplace_back();
     level.bounds = page_ ? RectangleAt({0, 0}, page_->GetWidth(), page_->GetHeight()) : bounds;
     level.refusal = CheckPage();
-    level.keepsBackdrop = true;
+    level.keepsOpaque = level.keepsAll = true;
     level.isOpen = true;
 }
 

@@ -50,7 +50,8 @@ private:
         bool isThrough = false;            ///< what is painted on is the level's below
         bool isOpen = false;               ///< that is known; of a group with an image, it is open in the blender
         bool copiedBack = false;           ///< the image takes the page's place at the end
-        bool keepsBackdrop = false;        ///< nothing will be taken out of what is painted on
+        bool keepsOpaque = false;          ///< nothing will be taken out of the opaque pixels of what is painted on
+        bool keepsAll = false;             ///< nor of others
         Rectangle painted{};               ///< around what was painted, on the page; empty if nothing was
         std::shared_ptr<const Clip> clip;  ///< that held before the group
     };
@@ -93,6 +94,7 @@ private:
     std::shared_ptr<IQorImage> TakeImage(const Rectangle& bounds);
     void CopyContent(const Level& from, const Level& group) const;
     void OpenInBlender(const Level& group);
+    void CloseInBlender(const Level& group);
     PaintResult CopyBack(const Level& group);
 
     std::shared_ptr<IQorImage> page_;  ///< empty on a surface

@@ -41,7 +41,7 @@ class ByHand {
 public:
     ByHand(Image page, std::shared_ptr<TestSurface> surface, const Rectangle& bounds)
         : page_(std::move(page)), surface_(std::move(surface)), blender_(BlenderOn(page_, surface_)) {
-        levels_.push_back({page_, nullptr, {0, 0}, bounds, {}, {}, true});
+        levels_.push_back({page_, nullptr, {0, 0}, bounds, {}, {}, true, true});
     }
 
     /// Paints where `shape(x, y)` holds. `at` is where the picture lies; one of a single pixel repeats.
@@ -85,7 +85,7 @@ public:
         }
         const bool plainStart = kind.plain && !kind.isolated && !parent.kind.knockout;
         const PixelFormat format = page_ ? page_->GetPixelFormat() : PixelFormat::Index1;
-        Level group{parent.image, parent.start, parent.origin, box, kind, clip, parent.keepsBackdrop};
+        Level group{parent.image, parent.start, parent.origin, box, kind, clip, parent.keepsOpaque, parent.keepsAll};
         group.copiedBack = plainStart && parent.image && parent.image == page_ &&
                            (format == PixelFormat::Bgr24 || format == PixelFormat::Bgra32Premultiplied);
         group.through = (plainStart && !kind.knockout) || box.x0 >= box.x1 || box.y0 >= box.y1;
@@ -106,9 +106,9 @@ public:
                             *group.image, {0, 0});
         }
         group.start = ImageUtil::Clone(*group.image, nullptr, nullptr);
-        const bool paintsBelow = kind.normal && !parent.kind.knockout && parent.keepsBackdrop && IsOpaque(*group.image);
-        group.keepsBackdrop = kind.isolated || group.copiedBack || paintsBelow;
-        blender_->BeginGroup(group.image, nullptr, kind.knockout, group.keepsBackdrop, false);
+        group.keepsAll = kind.isolated || group.copiedBack;
+        group.keepsOpaque = group.keepsAll || (kind.normal && !parent.kind.knockout && parent.keepsOpaque);
+        blender_->BeginGroup(group.image, nullptr, kind.knockout, group.keepsAll, false);
         levels_.push_back(group);
     }
 
@@ -125,7 +125,11 @@ public:
         const Image grey =
             std::make_shared<TestImage>(Shape{group.image->GetWidth(), group.image->GetHeight(), PixelFormat::Index8});
         Blend({.source = group.image, .coverage = Cover({whole}), .mask = grey});
+        const std::vector<unsigned char> before = group.image->Bytes();
         blender_->EndGroup();
+        for (std::size_t i = 0; group.keepsOpaque && i < before.size(); i += 4) {
+            if (before[i + 3] == 255) std::copy_n(&before[i], 4, group.image->GetPixelData() + i);
+        }
         levels_.pop_back();
         clip = group.clip;
         if (!group.painted) return false;
@@ -155,7 +159,8 @@ private:
         Rectangle bounds;
         GroupKind kind;
         std::optional<std::vector<Rectangle>> clip;
-        bool keepsBackdrop;    ///< nothing is taken out of it at its end
+        bool keepsOpaque;      ///< nothing is taken out of its opaque pixels at its end
+        bool keepsAll;         ///< nor of others
         bool through = false;  ///< paints on the one below
         bool copiedBack = false;
         bool painted = false;
@@ -163,15 +168,6 @@ private:
 
     void Blend(const Call& call) {
         if (!test::Paint(*blender_, call)) throw std::logic_error("a call made by hand is refused");
-    }
-
-    /// @param image of 32-bit pixels without gaps between rows.
-    static bool IsOpaque(const TestImage& image) {
-        const std::vector<unsigned char> bytes = image.Bytes();
-        for (std::size_t i = 3; i < bytes.size(); i += 4) {
-            if (bytes[i] != 255) return false;
-        }
-        return true;
     }
 
     [[nodiscard]] bool InClip(int x, int y) const {

@@ -18,19 +18,20 @@ std::shared_ptr<CQorImage> MakeGreys(unsigned char alpha) {
     return page;
 }
 
-/// Paints faint black twice with Multiply in a group of opacity k that is not isolated.
+/// Paints faint black twice with Multiply in a group of opacity k that is not isolated, over greys and a clear pixel.
 /// @return the largest distance of a grey from C (1 - k + k (1 - a)^2), in 255ths, for all a up to a quarter.
 double WorstOfFaintGroups(bool normal) {
     constexpr unsigned char kGroupAlpha = 153;
     double worst = 0;
     for (unsigned char alpha = 1; alpha < 64; ++alpha) {
         const auto page = MakeGreys(255);
+        page->GetPixelData()[3] = 0;
         Painter painter(page);
         painter.BeginGroup({0, 0, kGreys, 1}, {.normal = normal});
         for (int i = 0; i < 2; ++i)
             painter.Fill({0, 0, kGreys, 1}, ARGB_BLACK, {.mode = BlendMode::Multiply, .alpha = alpha});
         painter.EndGroup({.alpha = kGroupAlpha});
-        for (int x = 0; x < kGreys; ++x) {
+        for (int x = 1; x < kGreys; ++x) {
             const double left = (1 - alpha / 255.0) * (1 - alpha / 255.0), k = kGroupAlpha / 255.0;
             worst = std::max(worst, std::abs(page->GetPixelData()[4 * x] - x * (1 - k + k * left)));
         }
