@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 #include <random>
+#include <tuple>
 #include <vector>
 
 #include "blend/definition/CompositeSteps.h"
@@ -177,28 +178,32 @@ StageSets StagesOf(const std::vector<VectorTarget>& targets) {
     return sets;
 }
 
-/// Composites `source` over `backdrop` by the first stages and by the others and compares the bytes.
-void CompareStages(const StageSets& sets, BlendMode mode, PackedColors packed, const Bytes& source,
+/// Composites `source` over `backdrop` by the first stages and by the others and compares the bytes. In a group the
+/// backdrop is the snapshot, too, and the group has any alpha.
+void CompareStages(const StageSets& sets, BlendMode mode, CompositeForm form, PackedColors packed, const Bytes& source,
                    const Bytes& backdrop, std::uint32_t alpha) {
     Bytes expected;
     for (std::size_t i = 0; i < sets.size(); ++i) {
         Bytes result = backdrop;
+        std::vector<std::uint32_t> groupAlpha(result.size() / kPackedBytes, (source[3] + backdrop[3]) % 256);
         CompositeSpan span{};
         span.source = source.data();
         span.target = result.data();
-        span.count = result.size() / kPackedBytes;
+        span.snapshot = backdrop.data();
+        span.groupAlpha = groupAlpha.data();
+        span.count = groupAlpha.size();
         span.alpha = alpha;
-        sets[i]->Of(mode, CompositeForm::Plain, packed)(span);
+        sets[i]->Of(mode, form, packed)(span);
         if (i == 0) expected = result;
-        ASSERT_EQ(expected, result) << "stages " << i << " mode " << static_cast<unsigned int>(mode) << " alpha "
-                                    << alpha << ", first source alpha " << int{source[3]} << ", first backdrop alpha "
-                                    << int{backdrop[3]};
+        ASSERT_EQ(expected, result) << "stages " << i << " mode " << static_cast<unsigned int>(mode) << " form "
+                                    << static_cast<unsigned int>(form) << " alpha " << alpha << ", first source alpha "
+                                    << int{source[3]} << ", first backdrop alpha " << int{backdrop[3]};
     }
 }
 
 /// Compares all source bytes over all backdrop bytes, with alphas `sa` and `ab`.
-void CompareBytes(const StageSets& sets, BlendMode mode, PackedColors packed, unsigned int sa, unsigned int ab,
-                  std::uint32_t alpha) {
+void CompareBytes(const StageSets& sets, BlendMode mode, CompositeForm form, PackedColors packed, unsigned int sa,
+                  unsigned int ab, std::uint32_t alpha) {
     Bytes source, backdrop;
     const auto add = [](Bytes& bytes, unsigned int byte) { bytes.push_back(static_cast<unsigned char>(byte)); };
     for (unsigned int s = 0; s < 256; ++s) {
@@ -212,25 +217,28 @@ void CompareBytes(const StageSets& sets, BlendMode mode, PackedColors packed, un
             add(backdrop, ab);
         }
     }
-    CompareStages(sets, mode, packed, source, backdrop, alpha);
+    CompareStages(sets, mode, form, packed, source, backdrop, alpha);
 }
 
 TEST_P(StagesOn, BlendEveryPairOfChannels) {
     const StageSets sets = StagesOf({GetParam()});
     for (unsigned int m = 0; m < kBlendModeCount; ++m) {
         // Opaque over opaque at full alpha gives B itself, over nearly opaque the general quotient of it.
-        CompareBytes(sets, static_cast<BlendMode>(m), PackedColors::Straight, 255, 255, 255);
-        CompareBytes(sets, static_cast<BlendMode>(m), PackedColors::Straight, 255, 254, 200);
+        const auto mode = static_cast<BlendMode>(m);
+        CompareBytes(sets, mode, CompositeForm::Plain, PackedColors::Straight, 255, 255, 255);
+        CompareBytes(sets, mode, CompositeForm::Plain, PackedColors::Straight, 255, 254, 200);
+        CompareBytes(sets, mode, CompositeForm::Group, PackedColors::Straight, 255, 254, 200);
     }
 }
 
-class AllBytes : public testing::TestWithParam<BlendMode> {};
+class AllBytes : public testing::TestWithParam<std::tuple<BlendMode, CompositeForm>> {};
 
 // Takes minutes: scripts/check-all-bytes runs it.
 TEST_P(AllBytes, DISABLED_CompositeAsTheStepsDoOnEveryVectorTarget) {
     const StageSets sets = StagesOf(VectorTargets());
     for (unsigned int alphas = 0; alphas < 0x10000 && !HasFailure(); ++alphas) {
-        CompareBytes(sets, GetParam(), PackedColors::Premultiplied, alphas >> 8, alphas & 255, 255);
+        const auto [mode, form] = GetParam();
+        CompareBytes(sets, mode, form, PackedColors::Premultiplied, alphas >> 8, alphas & 255, 255);
     }
 }
 
@@ -308,8 +316,10 @@ INSTANTIATE_TEST_SUITE_P(Targets, StagesOn, testing::ValuesIn(VectorTargets()),
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(StagesOn);
 
 INSTANTIATE_TEST_SUITE_P(Modes, AllBytes,
-                         testing::Values(BlendMode::Normal, BlendMode::Multiply, BlendMode::ColorBurn,
-                                         BlendMode::Exclusion));
+                         testing::Combine(testing::Values(BlendMode::Normal, BlendMode::Multiply, BlendMode::ColorBurn,
+                                                          BlendMode::Exclusion),
+                                          testing::Values(CompositeForm::Plain, CompositeForm::Group,
+                                                          CompositeForm::Knockout)));
 
 }  // namespace
 }  // namespace vantu::test

@@ -167,13 +167,23 @@ struct Product {
     Words v1, v0;
 };
 
+/// Whether a mode's B is never above cs, and whether it is never below.
+template <BlendMode Mode>
+constexpr bool kDarkens = Mode == BlendMode::Multiply || Mode == BlendMode::Darken;
+template <BlendMode Mode>
+constexpr bool kLightens = Mode == BlendMode::Screen || Mode == BlendMode::Lighten;
+
 /// M = floor(N/255) of N = ((255-ab)*cs + B*ab)*as + (ai-as)*cb*255. With as*ab = 255*v1 + v0:
 /// M = cs*as + cb*(ai-as) - v1*(cs-B) - ceil(v0*(cs-B)/255), where the last is -floor(v0*(B-cs)/255) for B above cs.
+template <BlendMode Mode>
 struct GroupNumerator {
     HWY_INLINE Words operator()(Words cb, Words cs, Words b) const {
         const Words base = hn::Add(hn::Mul(cs, as), hn::Mul(cb, rest));
-        const Words down = hn::Add(hn::Mul(v1, hn::Sub(cs, b)), CeilDiv255(hn::Mul(v0, hn::SaturatedSub(cs, b))));
-        return hn::Add(hn::Sub(base, down), Div255(hn::Mul(v0, hn::SaturatedSub(b, cs))));
+        if constexpr (Mode == BlendMode::Normal) return base;  // B is cs
+        Words m = hn::Sub(base, hn::Mul(v1, hn::Sub(cs, b)));
+        if constexpr (!kLightens<Mode>) m = hn::Sub(m, CeilDiv255(hn::Mul(v0, hn::SaturatedSub(cs, b))));
+        if constexpr (!kDarkens<Mode>) m = hn::Add(m, Div255(hn::Mul(v0, hn::SaturatedSub(b, cs))));
+        return m;
     }
 
     Words as, rest, v1, v0;

@@ -157,8 +157,9 @@ struct GroupStage {
         const Blocks<Channels> b = Blended(blend, cb, cs);
         ForEachBlock([&](std::size_t j) {
             const Product v(as[j], ab[j]);
-            const GroupNumerator numerator{as[j], hn::Sub(ai[j], as[j]), v.v1, v.v0};
-            const Divided<Colors, GroupNumerator> divided{numerator, ai[j], r[j]};
+            using Numerator = GroupNumerator<Mode>;
+            const Numerator numerator{as[j], hn::Sub(ai[j], as[j]), v.v1, v.v0};
+            const Divided<Colors, Numerator> divided{numerator, ai[j], r[j]};
             const Channels result = EachChannel(cb[j], cs[j], b[j], divided);
             store(j, hn::Or(keep[j], hn::Eq(ai[j], zero)), result, ai[j]);
         });
@@ -211,7 +212,8 @@ struct KnockoutStage {
         const auto ar = EachBlock([&](std::size_t j) { return hn::Add(hn::Sub(a0[j], v[j].v1), as[j]); });
         const Blocks<Words> r = Reciprocals(ar);
         const Blocks<Channels> c0 = StraightChannels<Colors>(snapshot, a0);
-        const Blocks<Channels> cd = StraightChannels<Colors>(target, ad);
+        const bool colorsStay = !EveryBlock([&](std::size_t j) { return All(hn::Ne(as[j], hn::Zero(kWords))); });
+        const Blocks<Channels> cd = colorsStay ? StraightChannels<Colors>(target, ad) : StoredChannels(target);
         const Blocks<Channels> b = Blended(blend, c0, cs);
         ForEachBlock([&](std::size_t j) {
             using Numerator = PlainNumerator<Mode>;
