@@ -14,6 +14,7 @@
 #include <cstring>
 
 #include "blend/stages/MaskStages.h"
+#include "blend/stages/VectorBytes-inl.h"
 #include "blend/stages/VectorMix-inl.h"
 #include "blend/stages/VectorNative-inl.h"
 
@@ -56,23 +57,15 @@ struct PieceAlphas {
     /// @}
 };
 
-#if IMAGEOP_HAS_BYTE_TABLES
-
-/// Bytes looked up by keys: the table lies in four vectors, of which bits 6 and 7 of a key choose one.
+/// Bytes looked up by keys.
 class ByteLookUp {
 public:
-    explicit HWY_INLINE ByteLookUp(const ByteTable& table)
-        : first_(hn::LoadU(kBytes, table.data())),
-          second_(hn::LoadU(kBytes, table.data() + 64)),
-          third_(hn::LoadU(kBytes, table.data() + 128)),
-          fourth_(hn::LoadU(kBytes, table.data() + 192)) {}
+    explicit HWY_INLINE ByteLookUp(const ByteTable& table) : table_(table) {}
 
-    HWY_INLINE Bytes Of(Bytes key) const {
-        const auto odd = hn::TestBit(key, hn::Set(kBytes, 64));
-        const auto upper = hn::TestBit(key, hn::Set(kBytes, 128));
-        const Bytes below = hn::IfThenElse(odd, LookUp64(second_, key), LookUp64(first_, key));
-        const Bytes above = hn::IfThenElse(odd, LookUp64(fourth_, key), LookUp64(third_, key));
-        return hn::IfThenElse(upper, above, below);
+#if IMAGEOP_HAS_BYTE_TABLES
+
+    HWY_INLINE Bytes Of(Bytes keys) const {
+        return ByteIndices(keys).In(table_);
     }
 
     /// Stores the bytes of `count` keys, at most 64, and zeros behind them up to 64.
@@ -94,17 +87,9 @@ public:
         hn::StoreU(Of(hn::Combine(kBytes, high, low)), kBytes, bytes);
     }
 
-private:
-    Bytes first_, second_, third_, fourth_;
-};
-
 #else
 
-/// Bytes looked up by keys, eight to a word.
-class ByteLookUp {
-public:
-    explicit ByteLookUp(const ByteTable& table) : table_(table) {}
-
+    /// Stores the bytes of `count` keys, at most 64, and zeros behind them up to 64: eight at once as a word.
     void Read(const unsigned char* keys, std::size_t count, unsigned char* bytes) const {
         for (std::size_t i = 0; i < PieceAlphas::kPixels; i += 8) {
             std::uint64_t eight = 0;
@@ -122,11 +107,15 @@ public:
         }
     }
 
-private:
-    const ByteTable& table_;
-};
-
 #endif
+
+private:
+#if IMAGEOP_HAS_BYTE_TABLES
+    TableQuarters table_;
+#else
+    const ByteTable& table_;
+#endif
+};
 
 /// Alphas by keys, a byte a pixel.
 class KeyAlphas {

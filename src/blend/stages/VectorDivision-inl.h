@@ -14,6 +14,7 @@
 #include <cstdint>
 
 #include "blend/stages/Quotients.h"
+#include "blend/stages/VectorBytes-inl.h"
 #include "blend/stages/VectorNative-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
 
@@ -54,54 +55,18 @@ HWY_INLINE Words Scale(Words c, const Factor& factor) {
 
 #if IMAGEOP_HAS_BYTE_TABLES
 
-/// Words of two bytes, each looked up in tables of 256: bits 6 and 7 of a byte choose one of a table's four quarters.
-class BytesLookUp {
-public:
-    explicit HWY_INLINE BytesLookUp(Words two)
-        : index_(hn::BitCast(kBytes, two)),
-          odd_(hn::TestBit(index_, hn::Set(kBytes, 64))),
-          upper_(hn::TestBit(index_, hn::Set(kBytes, 128))) {}
-
-    HWY_INLINE Words operator()(const std::array<std::uint8_t, 256>& table) const {
-        const auto quarter = [&](std::size_t i) { return LookUp64(hn::Load(kBytes, table.data() + 64 * i), index_); };
-        const Bytes below = hn::IfThenElse(odd_, quarter(1), quarter(0));
-        const Bytes above = hn::IfThenElse(odd_, quarter(3), quarter(2));
-        return hn::BitCast(kWords, hn::IfThenElse(upper_, above, below));
-    }
-
-private:
-    Bytes index_;
-    hn::Mask<TagBytes> odd_, upper_;
-};
-
-/// The words of a step's blocks, below 256, as bytes of one vector of words: those of the first block low.
-HWY_INLINE Words JoinBytes(const Blocks<Words>& bytes) {
-    return hn::Or(bytes[0], hn::ShiftLeft<8>(bytes[1]));
-}
-
-/// The words of block j of such bytes, and of 256*upper + lower of two vectors of them.
-HWY_INLINE Words BytesOf(Words two, std::size_t j) {
-    return j == 0 ? hn::And(two, Constant(255)) : hn::ShiftRight<8>(two);
-}
-HWY_INLINE Words WordsOf(Words upper, Words lower, std::size_t j) {
-    return j == 0 ? hn::OrAnd(hn::ShiftLeft<8>(upper), lower, Constant(0x00FF))
-                  : hn::OrAnd(hn::ShiftRight<8>(lower), upper, Constant(0xFF00));
-}
-
 /// The entries of a table for each block of a step, at words below 256.
 HWY_INLINE Blocks<Words> LookUp(const SplitTable& table, const Blocks<Words>& index) {
-    const BytesLookUp lookUp(JoinBytes(index));
-    const Words low = lookUp(table.low);
-    const Words high = lookUp(table.high);
+    const ByteIndices indices(JoinBytes(index));
+    const Bytes low = indices.In(table.low), high = indices.In(table.high);
     return EachBlock([&](std::size_t j) { return WordsOf(high, low, j); });
 }
 
 HWY_INLINE Blocks<Factor> UnpremultiplyFactors(const Blocks<Words>& a) {
-    const BytesLookUp lookUp(JoinBytes(a));
-    const Words low = lookUp(kUnpremultiplyLow.low);
-    const Words middle = lookUp(kUnpremultiplyLow.high);
-    const Words high = lookUp(kUnpremultiplyHigh.low);
-    return EachBlock([&](std::size_t j) { return Factor{BytesOf(high, j), WordsOf(middle, low, j)}; });
+    const ByteIndices alphas(JoinBytes(a));
+    const Bytes low = alphas.In(kUnpremultiplyLow.low), middle = alphas.In(kUnpremultiplyLow.high);
+    const Bytes high = alphas.In(kUnpremultiplyHigh.low);
+    return EachBlock([&](std::size_t j) { return Factor{WordsOf(high, j), WordsOf(middle, low, j)}; });
 }
 
 HWY_INLINE Blocks<Words> Reciprocals(const Blocks<Words>& d) {

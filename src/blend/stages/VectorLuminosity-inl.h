@@ -7,7 +7,6 @@
 #define IMAGEOP_VECTOR_LUMINOSITY_INL_H
 #endif
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -53,19 +52,6 @@ struct BlockLuminosities {
     WordMask grey;
 };
 
-#if IMAGEOP_HAS_BYTE_TABLES
-
-/// Where the bytes of 64 pixels lie among words of two blocks, the second one's in their high bytes.
-alignas(64) inline constexpr auto kPlacesInWords = [] {
-    std::array<std::uint8_t, 64> places{};
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        places[i] = static_cast<std::uint8_t>(i % 16 * 4 + i / 16 % 2 * 2 + i / 32);
-    }
-    return places;
-}();
-
-#endif
-
 /// Luminosities of 64 pixels, those of greys looked up.
 HWY_INLINE std::size_t PieceLuminosities(const unsigned char* packed, std::size_t first, const ByteLookUp& ofGrey,
                                          unsigned char* bytes, std::uint16_t* unknown) {
@@ -78,12 +64,11 @@ HWY_INLINE std::size_t PieceLuminosities(const unsigned char* packed, std::size_
     };
 #if IMAGEOP_HAS_BYTE_TABLES
     const BlockLuminosities low = block(0), high = block(kPiece / 2);
-    const Bytes floors = hn::BitCast(kBytes, hn::Or(low.floor, hn::ShiftLeft<8>(high.floor)));
+    const Bytes floors = JoinBytes({low.floor, high.floor});
     const Words greys =
         hn::Or(hn::IfThenElseZero(low.grey, Constant(0x00FF)), hn::IfThenElseZero(high.grey, Constant(0xFF00)));
     const auto grey = hn::MaskFromVec(hn::BitCast(kBytes, greys));
-    const Bytes luminosities = hn::IfThenElse(grey, ofGrey.Of(floors), floors);
-    hn::StoreU(LookUp64(luminosities, hn::Load(kBytes, kPlacesInWords.data())), kBytes, bytes);
+    StoreJoined(hn::IfThenElse(grey, ofGrey.Of(floors), floors), bytes);
 #else
     alignas(kPiece) unsigned char floors[kPiece], greys[kPiece], greyFloors[kPiece];
     for (std::size_t i = 0; i < kPiece; i += BlockPixels()) {
