@@ -211,7 +211,7 @@ TEST_P(MaskStagesOn, ScaleEveryAlphaByEveryOpacityAsTheStepDoes) {
         const CIdentityPDFTransferFunction identity(type);
         std::array<double, 256> opacities;
         for (unsigned int v = 0; v < 256; ++v) opacities[v] = identity.ComputeAlpha(Color(v << 24 | v * 0x010101));
-        const KeyFactors factors(opacities);
+        const KeyScaling scaling(opacities);
         Bytes keys, source, expected;
         for (unsigned int i = 0; i < 0x10000; ++i) {
             const unsigned int sa = ((i >> 8) + i) & 255, key = (i * 77) & 255;
@@ -222,7 +222,7 @@ TEST_P(MaskStagesOn, ScaleEveryAlphaByEveryOpacityAsTheStepDoes) {
         for (const std::size_t count : {keys.size(), std::size_t{77}}) {
             const auto scaled = [&](const MaskStages& stages) {
                 Bytes effective(count + 1, 99);
-                stages.scale({keys.data() + 1, source.data() + kPackedBytes, effective.data(), count - 1}, factors);
+                stages.scale({keys.data() + 1, source.data() + kPackedBytes, effective.data(), count - 1}, scaling);
                 return effective;
             };
             Bytes part(expected.begin() + 1, expected.begin() + static_cast<std::ptrdiff_t>(count));
@@ -230,9 +230,11 @@ TEST_P(MaskStagesOn, ScaleEveryAlphaByEveryOpacityAsTheStepDoes) {
             ASSERT_EQ(part, scaled(ScalarMaskStages()));
             const ForcedTarget forced(GetParam());
             ASSERT_EQ(part, scaled(ActiveMaskStages()));
+            ByteTable table;
+            for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<unsigned char>(i * 7);
             Bytes found(count + 1, 99);
-            ActiveMaskStages().lookUp(keys.data(), count, factors.low, found.data());
-            for (std::size_t i = 0; i < count; ++i) ASSERT_EQ(factors.low[keys[i]], found[i]);
+            ActiveMaskStages().lookUp(keys.data(), count, table, found.data());
+            for (std::size_t i = 0; i < count; ++i) ASSERT_EQ(table[keys[i]], found[i]);
             ASSERT_EQ(99, found[count]);
         }
     }

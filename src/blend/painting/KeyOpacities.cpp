@@ -91,13 +91,13 @@ void KeyOpacities::TakeIdentity() {
     (group_ ? ActiveStages().groupMask : ActiveStages().plainMask)(span);
 }
 
-const KeyFactors* KeyOpacities::Factors() const {
+const KeyScaling* KeyOpacities::Scaling() const {
     if (!identity_ || group_ || alpha_ != 255) return nullptr;
     if (transfer_.GetSourceType() == SourceType::Alpha) {
-        static const KeyFactors alpha(IdentityOf(SourceType::Alpha).opacities);
+        static const KeyScaling alpha(IdentityOf(SourceType::Alpha).opacities);
         return &alpha;
     }
-    static const KeyFactors luminosity(IdentityOf(SourceType::Luminosity).opacities);
+    static const KeyScaling luminosity(IdentityOf(SourceType::Luminosity).opacities);
     return &luminosity;
 }
 

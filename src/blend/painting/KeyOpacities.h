@@ -69,7 +69,7 @@ public:
     [[nodiscard]] const ByteTable& OfOpaque() const { return *ofOpaque_; }
     /// @}
     /// What scales the alphas of a source: only of an identity, outside groups and at full constant alpha; else null.
-    [[nodiscard]] const KeyFactors* Factors() const;
+    [[nodiscard]] const KeyScaling* Scaling() const;
 
 private:
     enum class Known : unsigned char { InRange = 0, No = 1, OutOfRange = 2 };

@@ -10,11 +10,14 @@ namespace vantu {
 namespace {
 
 bool AllOpaque(const unsigned char* packed, std::size_t count) {
+    constexpr std::size_t together = 32;
     std::uint32_t common = kPackedAlpha;
-    for (std::size_t i = 0; i < count; ++i) {
-        std::uint32_t pixel = 0;
-        std::memcpy(&pixel, packed + i * kPackedBytes, kPackedBytes);
-        common &= pixel;
+    for (std::size_t i = 0; i < count && common == kPackedAlpha;) {
+        for (const std::size_t end = std::min(count, i + together); i < end; ++i) {
+            std::uint32_t pixel = 0;
+            std::memcpy(&pixel, packed + i * kPackedBytes, kPackedBytes);
+            common &= pixel;
+        }
     }
     return common == kPackedAlpha;
 }
@@ -45,8 +48,7 @@ SoftMaskReader::SoftMaskReader(const MaskPixels& mask, const IPDFTransferFunctio
 
 void SoftMaskReader::Expect(unsigned int x, unsigned int y, std::size_t width, std::size_t height, bool mixes) {
     if (key_ != MaskKey::Color && width * height >= kManyPixels) opacities_.LearnAll();
-    mixesByKeys_ = mixes && key_ == MaskKey::Index && BitsPerPixel(format_) == 8 &&
-                   LearnKeys({rows_.Row(y) + x, rows_.step, height}, width);
+    mixesByKeys_ = mixes && IsOfBytes() && LearnKeys({rows_.Row(y) + x, rows_.step, height}, width);
 }
 
 /// @return false if an opacity leaves 0 to 1.
@@ -61,7 +63,7 @@ bool SoftMaskReader::LearnKeys(const PixelRows<const unsigned char>& keys, std::
 void SoftMaskReader::ReadKeysOfRow(const unsigned char* row, unsigned int x, std::size_t count,
                                    unsigned char* keys) const {
     const unsigned int bits = BitsPerPixel(format_);
-    if (key_ == MaskKey::Index && bits == 8) {
+    if (IsOfBytes()) {
         std::memcpy(keys, row + x, count);
         return;
     }
@@ -99,7 +101,7 @@ std::size_t SoftMaskReader::MixByColors(const MixedRows& rows, unsigned int x, u
         const std::size_t height = std::min(together, rows.target.count - row);
         for (std::size_t i = 0; i < rows.width; i += kMostPixels) {
             const std::size_t width = std::min(kMostPixels, rows.width - i);
-            ReadPixels(x + static_cast<unsigned int>(i), y + static_cast<unsigned int>(row), width, height);
+            ReadColors(x + static_cast<unsigned int>(i), y + static_cast<unsigned int>(row), width, height);
             ReadLuminosities(width * height, IdentityOf(transfer_.GetSourceType()).ofOpaque, bytes_.data());
             const std::size_t offset = i * kPackedBytes;
             const std::size_t mixed =
@@ -137,23 +139,28 @@ void SoftMaskReader::ReadColorsOfRow(const unsigned char* row, unsigned int x, s
     }
 }
 
-/// The colours or keys of `height` rows of `width` pixels, whose first is (x, y).
-void SoftMaskReader::ReadPixels(unsigned int x, unsigned int y, std::size_t width, std::size_t height) {
+/// The colours of `height` rows of `width` pixels, whose first is (x, y).
+void SoftMaskReader::ReadColors(unsigned int x, unsigned int y, std::size_t width, std::size_t height) {
     for (std::size_t row = 0; row < height; ++row) {
-        const unsigned char* const pixels = rows_.Row(y + row);
-        if (key_ == MaskKey::Color) {
-            ReadColorsOfRow(pixels, x, width, packed_.data() + row * width * kPackedBytes);
-        } else {
-            ReadKeysOfRow(pixels, x, width, keys_.data() + row * width);
-        }
+        ReadColorsOfRow(rows_.Row(y + row), x, width, packed_.data() + row * width * kPackedBytes);
     }
+}
+
+/// The keys of such rows: where they lie, if they are bytes of one row.
+const unsigned char* SoftMaskReader::ReadKeys(unsigned int x, unsigned int y, std::size_t width, std::size_t height) {
+    if (IsOfBytes() && height == 1) return rows_.Row(y) + x;
+    for (std::size_t row = 0; row < height; ++row) {
+        ReadKeysOfRow(rows_.Row(y + row), x, width, keys_.data() + row * width);
+    }
+    return keys_.data();
 }
 
 bool SoftMaskReader::Read(unsigned int x, unsigned int y, std::size_t width, std::size_t height,
                           const unsigned char* source, unsigned char* effective) {
-    ReadPixels(x, y, width, height);
     const std::size_t count = width * height;
-    return key_ == MaskKey::Color ? ReadByColors(source, count, effective) : ReadByKeys(source, count, effective);
+    if (key_ != MaskKey::Color) return ReadByKeys(ReadKeys(x, y, width, height), source, count, effective);
+    ReadColors(x, y, width, height);
+    return ReadByColors(source, count, effective);
 }
 
 bool SoftMaskReader::ReadByColors(const unsigned char* source, std::size_t count, unsigned char* effective) {
@@ -186,13 +193,13 @@ void SoftMaskReader::ReadLuminosities(std::size_t count, const ByteTable& ofGrey
     }
 }
 
-bool SoftMaskReader::ReadByKeys(const unsigned char* source, std::size_t count, unsigned char* effective) {
-    const unsigned char* const keys = keys_.data();
+bool SoftMaskReader::ReadByKeys(const unsigned char* keys, const unsigned char* source, std::size_t count,
+                                unsigned char* effective) {
     if (!opacities_.Learn(keys, count)) return false;
     if (AllOpaque(source, count)) {
         ActiveMaskStages().lookUp(keys, count, opacities_.OfOpaque(), effective);
-    } else if (const KeyFactors* const factors = opacities_.Factors()) {
-        ActiveMaskStages().scale({keys, source, effective, count}, *factors);
+    } else if (const KeyScaling* const scaling = opacities_.Scaling()) {
+        ActiveMaskStages().scale({keys, source, effective, count}, *scaling);
     } else {
         if (group_) {
             ActiveMaskStages().lookUp(keys, count, opacities_.Bytes(), bytes_.data());

@@ -5,7 +5,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "pixel/PixelRows.h"
 
@@ -22,20 +21,21 @@ struct MixedRows {
     bool mixesClear;  ///< whether the target is premultiplied: pixels of no byte but 0 are mixed as opaque ones are
 };
 
-/// Factors that scale a source alpha by the opacities of keys, at full constant alpha outside groups:
-/// trunc(255 * (sa * opacity) / 255) is sa * factor / 65536 for every sa.
-struct KeyFactors {
-    static constexpr std::uint16_t kGreatest = 0xFF00;  ///< of factors for opacities below 1
-    static constexpr std::uint16_t kWhole = 0xFF01;     ///< stands for 65536
-    /// From here on: the number of a table in `uneven`. The roundings of the doubles agree with no factor.
-    static constexpr std::uint16_t kUneven = 0xFF02;
+/// How keys that are the values of an identity's source scale a source alpha sa, at full constant alpha outside groups:
+/// to trunc(255 * (sa * opacity) / 255), which is (sa * key + bias) * 257 / 65536 up to some alpha, mostly up to 255.
+/// Above it the roundings of the doubles may differ. The bias is 1, or 0 where the opacity falls short of key / 255.
+struct KeyScaling {
+    explicit KeyScaling(const std::array<double, 256>& opacitiesOfKeys);
 
-    explicit KeyFactors(const std::array<double, 256>& opacities);
+    [[nodiscard]] static constexpr std::uint32_t Approximately(std::uint32_t alpha, std::uint32_t key,
+                                                               std::uint32_t bias) {
+        return (alpha * key + bias) * 257 >> 16;
+    }
+    [[nodiscard]] std::uint32_t Exactly(std::uint32_t alpha, std::size_t key) const;
 
-    std::array<std::uint16_t, 256> words;  ///< the factors by key, and their low and high bytes
-    ByteTable low;
-    ByteTable high;
-    std::vector<ByteTable> uneven;  ///< effective alphas by source alpha
+    ByteTable bias;       ///< by key, as all of these
+    ByteTable holdsUpTo;  ///< the greatest alpha
+    std::array<double, 256> opacities;
 };
 
 /// Packed pixels and the keys of their mask, a byte a pixel.
@@ -70,7 +70,7 @@ struct MaskStages {
     /// The bytes of keys.
     void (*lookUp)(const unsigned char* keys, std::size_t count, const ByteTable& table, unsigned char* bytes);
     /// Effective alphas of any source, outside groups at full constant alpha.
-    void (*scale)(const KeyedSpan& span, const KeyFactors& factors);
+    void (*scale)(const KeyedSpan& span, const KeyScaling& scaling);
 };
 
 /// The stages as plain loops.

@@ -71,13 +71,10 @@ void LookUp(const unsigned char* keys, std::size_t count, const ByteTable& table
     for (std::size_t i = 0; i < count; ++i) bytes[i] = table[keys[i]];
 }
 
-void ScaleAlphas(const KeyedSpan& span, const KeyFactors& factors) {
+void ScaleAlphas(const KeyedSpan& span, const KeyScaling& scaling) {
     for (std::size_t i = 0; i < span.count; ++i) {
-        const unsigned char key = span.keys[i], sa = span.source[i * kPackedBytes + 3];
-        const std::uint32_t factor = factors.words[key];
-        span.effective[i] = factor >= KeyFactors::kUneven  ? factors.uneven[factor - KeyFactors::kUneven][sa]
-                            : factor == KeyFactors::kWhole ? sa
-                                                           : static_cast<unsigned char>(sa * factor >> 16);
+        span.effective[i] =
+            static_cast<unsigned char>(scaling.Exactly(span.source[i * kPackedBytes + 3], span.keys[i]));
     }
 }
 

@@ -90,12 +90,9 @@ void PaintSpan(const CompositeSpan& span) {
             return;
         }
     }
-    for (std::size_t row = 0; row < span.rows; ++row) {
-        const CompositeSpan rest = span.FromRow(row);
-        Tail<Group> tail(rest, steps.count);
-        PaintSteps<Stage>(tail.Padded(), 0, StepPixels(), blend);
-        tail.Store();
-    }
+    Tail<Group> tail(span, steps.count);
+    PaintSteps<Stage>(tail.Padded(), 0, StepPixels(), blend);
+    tail.Store();
 }
 
 }  // namespace vantu::HWY_NAMESPACE

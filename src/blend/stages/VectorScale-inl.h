@@ -7,7 +7,7 @@
 #define IMAGEOP_VECTOR_SCALE_INL_H
 #endif
 
-#include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -20,83 +20,62 @@
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
-/// The factors of 64 pixels.
-class PieceFactors {
-public:
+/// (alpha * key + bias) * 257 / 65536.
+HWY_INLINE Words Scaled(Words alpha, Words key, Words bias) {
+    return hn::MulHigh(hn::Add(hn::Mul(alpha, key), bias), Constant(257));
+}
+
+inline void ScaleExactly(const KeyedSpan& piece, const KeyScaling& scaling, std::size_t pixel) {
+    const std::uint32_t alpha = piece.source[pixel * kPackedBytes + 3];
+    piece.effective[pixel] = static_cast<unsigned char>(scaling.Exactly(alpha, piece.keys[pixel]));
+}
+
+// The effective alphas of the first pixels of a piece, `count` or some more up to 64.
+
 #if IMAGEOP_HAS_BYTE_TABLES
 
-    explicit HWY_INLINE PieceFactors(const KeyFactors& factors) : lowOf_(factors.low), highOf_(factors.high) {}
-
-    HWY_INLINE void Read(const unsigned char* keys) {
-        lowOf_.Read(keys, PieceAlphas::kPixels, low_);
-        highOf_.Read(keys, PieceAlphas::kPixels, high_);
-    }
-    /// Those of the block that starts with a pixel.
-    [[nodiscard]] HWY_INLINE Words OfBlock(std::size_t pixel) const {
-        return hn::Or(LoadBytes(low_ + pixel), hn::ShiftLeft<8>(LoadBytes(high_ + pixel)));
-    }
-
-private:
-    ByteLookUp lowOf_, highOf_;
-    alignas(64) unsigned char low_[PieceAlphas::kPixels], high_[PieceAlphas::kPixels];
-
-#else
-
-    explicit PieceFactors(const KeyFactors& factors) : factors_(factors.words) {}
-
-    void Read(const unsigned char* keys) {
-        const std::size_t half = hn::Lanes(kPixels);
-        for (std::size_t i = 0; i < PieceAlphas::kPixels; i += 4) {
-            // Four words of a block, whose pixels are two neighbours in each of its vectors.
-            const unsigned char* const first = keys + i / BlockPixels() * BlockPixels() + i % BlockPixels() / 2;
-            const std::uint64_t a = factors_[first[0]], b = factors_[first[half]];
-            const std::uint64_t c = factors_[first[1]], d = factors_[first[half + 1]];
-            const std::uint64_t four = a | b << 16 | c << 32 | d << 48;
-            std::memcpy(words_ + i, &four, sizeof four);
-        }
-    }
-    [[nodiscard]] HWY_INLINE Words OfBlock(std::size_t pixel) const {
-        return hn::LoadU(kWords, words_ + pixel);
-    }
-
-private:
-    const std::array<std::uint16_t, 256>& factors_;
-    std::uint16_t words_[PieceAlphas::kPixels];
-
-#endif
-};
-
-/// The effective alphas of the first pixels of a piece, `count` or some more up to 64.
-HWY_INLINE void ScalePiece(const KeyedSpan& piece, const KeyFactors& factors, PieceFactors& factorsOf) {
-    factorsOf.Read(piece.keys);
-    for (std::size_t i = 0; i < piece.count; i += BlockPixels()) {
-        const Words sa = LoadBlock(piece.source + i * kPackedBytes).Alpha();
-        const Words factor = factorsOf.OfBlock(i);
-        const WordMask whole = hn::Eq(factor, Constant(KeyFactors::kWhole));
-        StoreBytes(hn::IfThenElse(whole, sa, hn::MulHigh(sa, factor)), piece.effective + i);
-        const Words above = hn::SaturatedSub(factor, Constant(KeyFactors::kWhole));
-        EachPixelOf(hn::Ne(above, hn::Zero(kWords)), [&](std::size_t pixel) {
-            const std::size_t p = i + pixel;
-            const std::size_t table = factors.words[piece.keys[p]] - std::size_t{KeyFactors::kUneven};
-            piece.effective[p] = factors.uneven[table][piece.source[p * kPackedBytes + 3]];
-        });
+HWY_INLINE void ScalePiece(const KeyedSpan& piece, const KeyScaling& scaling) {
+    const Bytes keys = LoadJoined(piece.keys);
+    const ByteIndices indices(keys);
+    const Bytes bias = indices.In(scaling.bias);
+    const auto alpha = EachBlock([&](std::size_t j) HWY_ATTR { return LoadBlock(BlockAt(piece.source, j)).Alpha(); });
+    const auto scaled =
+        EachBlock([&](std::size_t j) HWY_ATTR { return Scaled(alpha[j], WordsOf(keys, j), WordsOf(bias, j)); });
+    StoreJoined(JoinBytes(scaled), piece.effective);
+    const auto rest = hn::Gt(JoinBytes(alpha), indices.In(scaling.holdsUpTo));
+    for (std::uint64_t bits = Bits(rest); bits != 0; bits &= bits - 1) {
+        ScaleExactly(piece, scaling, kPixelOfJoined[static_cast<std::size_t>(std::countr_zero(bits))]);
     }
 }
 
-inline void ScaleAlphas(const KeyedSpan& span, const KeyFactors& factors) {
+#else
+
+HWY_INLINE void ScalePiece(const KeyedSpan& piece, const KeyScaling& scaling) {
+    unsigned char bias[PieceAlphas::kPixels], holdsUpTo[PieceAlphas::kPixels];
+    ByteLookUp(scaling.bias).Read(piece.keys, PieceAlphas::kPixels, bias);
+    ByteLookUp(scaling.holdsUpTo).Read(piece.keys, PieceAlphas::kPixels, holdsUpTo);
+    for (std::size_t i = 0; i < piece.count; i += BlockPixels()) {
+        const Words alpha = LoadBlock(piece.source + i * kPackedBytes).Alpha();
+        StoreBytes(Scaled(alpha, LoadBytes(piece.keys + i), LoadBytes(bias + i)), piece.effective + i);
+        EachPixelOf(hn::Gt(alpha, LoadBytes(holdsUpTo + i)),
+                    [&](std::size_t pixel) { ScaleExactly(piece, scaling, i + pixel); });
+    }
+}
+
+#endif
+
+inline void ScaleAlphas(const KeyedSpan& span, const KeyScaling& scaling) {
     constexpr std::size_t kPiece = PieceAlphas::kPixels;
-    PieceFactors factorsOf(factors);
     std::size_t done = 0;
     for (; done + kPiece <= span.count; done += kPiece) {
-        ScalePiece({span.keys + done, span.source + done * kPackedBytes, span.effective + done, kPiece}, factors,
-                   factorsOf);
+        ScalePiece({span.keys + done, span.source + done * kPackedBytes, span.effective + done, kPiece}, scaling);
     }
     const std::size_t rest = span.count - done;
     if (rest == 0) return;
     unsigned char keys[kPiece] = {}, source[kPiece * kPackedBytes] = {}, effective[kPiece];
     std::memcpy(keys, span.keys + done, rest);
     std::memcpy(source, span.source + done * kPackedBytes, rest * kPackedBytes);
-    ScalePiece({keys, source, effective, rest}, factors, factorsOf);
+    ScalePiece({keys, source, effective, rest}, scaling);
     std::memcpy(span.effective + done, effective, rest);
 }
 
