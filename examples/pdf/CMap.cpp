@@ -47,7 +47,7 @@ std::optional<CMap> CMap::Parse(QPDFObjectHandle encoding, Notes& notes) {
     map.isVertical = ToInteger(Entry(encoding, "/WMode"), 0) == 1 || name.ends_with("-V");
     if (encoding.isStream()) {
         Budget budget;
-        ReadContent(encoding, budget, [&](const std::string& name, const Operands& operands) {
+        ContentReader().Read(encoding, budget, [&](const std::string& name, const Operands& operands) {
             if (name == "endcodespacerange") AddSpans(map.codeSpaces, operands, true, false);
             if (name == "endcidrange") AddSpans(map.cids, operands, true, true);
             if (name == "endcidchar") AddSpans(map.cids, operands, false, true);

@@ -1,5 +1,6 @@
 #include "ContentReader.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <stdexcept>
@@ -12,6 +13,8 @@ namespace {
 
 // More operands than any operator takes; those of a character map have up to 300.
 constexpr std::size_t kMostOperands = 1024;
+constexpr std::size_t kMostOperatorsKept = 20'000;
+constexpr std::size_t kLongestKept = 256;  // operators
 
 const std::string kNumberStarts = "+-.0123456789";
 
@@ -40,11 +43,28 @@ std::string BytesOf(QPDFObjectHandle content) {
     return bytes;
 }
 
-class Reader : public QPDFObjectHandle::ParserCallbacks {
+// Takes an operator from the budget. @return false if nothing is left.
+bool Take(Budget& budget) {
+    return budget.operators != 0 && budget.operators-- != 0;
+}
+
+}  // namespace
+
+struct ContentReader::Content {
+    struct Operator {
+        std::string name;
+        Operands operands;
+    };
+    std::shared_ptr<QPDF> owner = QPDF::create();  // of the streams of inline pictures
+    std::vector<Operator> operators;
+    bool isShort = true;  // whether these are all
+};
+
+class ContentReader::Parser : public QPDFObjectHandle::ParserCallbacks {
 public:
-    // @param picture a stream that inline pictures are handed on in.
-    Reader(Budget& budget, const OperatorHandler& handle, const QPDFObjectHandle& picture)
-        : budget_(budget), handle_(handle), picture_(picture) {}
+    // @param[out] content what is read, as long as it is short.
+    Parser(Budget& budget, const OperatorHandler& handle, Content& content)
+        : budget_(budget), handle_(handle), content_(content) {}
 
     void handleObject(QPDFObjectHandle object) override {
         if (object.isInlineImage()) {
@@ -56,17 +76,19 @@ public:
             operands_.push_back(object);
             return;
         }
-        if (budget_.operators == 0) {
+        if (!Take(budget_)) {
             isSpent_ = true;
             terminateParsing();
         }
-        --budget_.operators;
         if (!object.isOperator()) return;
         std::string word = object.getOperatorValue();
         while (!word.empty() && kNumberStarts.find(word[0]) != std::string::npos && operands_.size() < kMostOperands)
             operands_.push_back(QPDFObjectHandle::newReal(TakeNumber(word)));
         if (word.empty()) return;
-        HandleOperator(word);
+        if (word == "ID")
+            BeginPicture();
+        else
+            HandOn({word, word == "EI" ? Operands{picture_} : operands_});
         operands_.clear();
     }
 
@@ -75,36 +97,56 @@ public:
     [[nodiscard]] bool IsSpent() const { return isSpent_; }
 
 private:
-    void HandleOperator(const std::string& name) {
-        if (name == "ID") {
-            QPDFObjectHandle dictionary = QPDFObjectHandle::newDictionary();
-            for (std::size_t i = 0; i + 1 < operands_.size(); i += 2)
-                if (operands_[i].isName()) dictionary.replaceKey(LongName(operands_[i].getName()), operands_[i + 1]);
-            picture_.replaceDict(dictionary);
-        } else {
-            handle_(name, name == "EI" ? Operands{picture_} : operands_);
-        }
+    void BeginPicture() {
+        QPDFObjectHandle dictionary = QPDFObjectHandle::newDictionary();
+        for (std::size_t i = 0; i + 1 < operands_.size(); i += 2)
+            if (operands_[i].isName()) dictionary.replaceKey(LongName(operands_[i].getName()), operands_[i + 1]);
+        if (content_.isShort || picture_.isNull())
+            picture_ = QPDFObjectHandle::newStream(content_.owner.get(), std::string());
+        picture_.replaceDict(dictionary);
+    }
+
+    void HandOn(Content::Operator&& one) {
+        handle_(one.name, one.operands);
+        content_.isShort = content_.isShort && content_.operators.size() < kLongestKept;
+        if (content_.isShort) content_.operators.push_back(std::move(one));
     }
 
     Budget& budget_;
     const OperatorHandler& handle_;
+    Content& content_;
     Operands operands_;
-    QPDFObjectHandle picture_;
+    QPDFObjectHandle picture_ = QPDFObjectHandle::newNull();
     bool isSpent_ = false;
 };
 
-}  // namespace
-
-bool ReadContent(QPDFObjectHandle content, Budget& budget, const OperatorHandler& handle) {
-    const auto owner = QPDF::create();  // of streams that are in no document
-    owner->setSuppressWarnings(true);
-    Reader reader(budget, handle, QPDFObjectHandle::newStream(owner.get(), std::string()));
+bool ContentReader::Read(QPDFObjectHandle stream, Budget& budget, const OperatorHandler& handle) {
+    if (const auto known = kept_.find(stream.getObjGen()); known != kept_.end()) {
+        const std::shared_ptr<const Content> content = known->second;
+        return std::ranges::all_of(content->operators, [&](const Content::Operator& one) {
+            return Take(budget) && (handle(one.name, one.operands), true);
+        });
+    }
+    const auto content = std::make_shared<Content>();
+    content->owner->setSuppressWarnings(true);
+    Parser parser(budget, handle, *content);
     try {
-        QPDFObjectHandle::parseContentStream(QPDFObjectHandle::newStream(owner.get(), BytesOf(content)), &reader);
+        QPDFObjectHandle::parseContentStream(QPDFObjectHandle::newStream(content->owner.get(), BytesOf(stream)),
+                                             &parser);
     } catch (const std::runtime_error&) {
         // Damaged, or a number that qpdf cannot hold. What came before has been handled.
     }
-    return !reader.IsSpent();
+    if (content->isShort && stream.isIndirect() && !parser.IsSpent()) Keep(stream.getObjGen(), content);
+    return !parser.IsSpent();
+}
+
+void ContentReader::Keep(const QPDFObjGen& id, const std::shared_ptr<const Content>& content) {
+    operatorsKept_ += content->operators.size() + 1;
+    if (operatorsKept_ > kMostOperatorsKept) {
+        kept_.clear();
+        operatorsKept_ = content->operators.size() + 1;
+    }
+    kept_.emplace(id, content);
 }
 
 }  // namespace pdf

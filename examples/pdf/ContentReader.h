@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -32,8 +34,21 @@ using Operands = std::vector<QPDFObjectHandle>;
 // with long names in its dictionary; it lives as long as the call.
 using OperatorHandler = std::function<void(const std::string& name, const Operands& operands)>;
 
-// Reads a content stream, or an array of them as one, and hands its operators on. What cannot be read is left out.
-// @return false if the budget was spent before the end.
-bool ReadContent(QPDFObjectHandle content, Budget& budget, const OperatorHandler& handle);
+// Reads content streams and keeps short ones, as glyphs and tiles are painted again and again. One thread at a time.
+class ContentReader {
+public:
+    // Hands on the operators of a content stream, or of an array of them as one. What cannot be read is left out.
+    // @return false if the budget was spent before the end.
+    bool Read(QPDFObjectHandle content, Budget& budget, const OperatorHandler& handle);
+
+private:
+    struct Content;  // what has been read
+    class Parser;
+
+    void Keep(const QPDFObjGen& id, const std::shared_ptr<const Content>& content);
+
+    std::map<QPDFObjGen, std::shared_ptr<const Content>> kept_;
+    std::size_t operatorsKept_ = 0;
+};
 
 }  // namespace pdf

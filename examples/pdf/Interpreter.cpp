@@ -40,7 +40,7 @@ bool IsPartOfText(const std::string& name) {
 }
 
 constexpr std::size_t kMostSavedStates = 1000;
-constexpr unsigned long kOperatorsForContent = 16;
+constexpr unsigned long kOperatorsForContent = 6;
 
 }  // namespace
 
@@ -66,7 +66,7 @@ void Interpreter::Paint(QPDFObjectHandle content) {
         const auto found = Operators().find(name);
         if (found != Operators().end()) found->second(*this, operands);
     };
-    const bool isWhole = ReadContent(content, budget, handle);
+    const bool isWhole = page_.contents.Read(content, budget, handle);
     PaintText();
     if (!isWhole) page_.notes.Add("a page of too many operators is cut off");
     ++budget.nesting;

@@ -22,6 +22,7 @@ struct PageContext {
     explicit PageContext(const std::string& path) : document(path) {}
 
     Document document;
+    ContentReader contents = {};
     FontCache fonts = {};
     PictureCache pictures = {};
     BlendModeUse blendModes = {};

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <qpdf/QUtil.hh>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "CMap.h"
@@ -285,7 +286,7 @@ TEST(Font, ThatIsReplacedHasTheWidthsOfTheDocument) {
     EXPECT_NEAR(glyph.stretch, 2, 0.01);
 }
 
-TEST(ReadContent, HandsOnOperatorsWithinItsBudget) {
+TEST(ContentReader, HandsOnOperatorsWithinItsBudget) {
     QPDFObjectHandle both = Object("[]");
     both.appendItem(Stream("<< >>", "1 0 0 rg q [(a) -3] TJ"));
     both.appendItem(Stream("<< >>", "BI /W 1 /H 1 /CS /G /BPC 8 ID x EI Q --5 1.-5 - 2cm"));
@@ -296,14 +297,22 @@ TEST(ReadContent, HandsOnOperatorsWithinItsBudget) {
         text += name + "; ";
     };
     Budget plenty;
-    EXPECT_TRUE(ReadContent(both, plenty, write));
+    ContentReader reader;
+    EXPECT_TRUE(reader.Read(both, plenty, write));
     EXPECT_TRUE(text.starts_with("1 0 0 rg; q; [ (a) -3 ] TJ; BI; << /Bit")) << text;
     EXPECT_TRUE(text.ends_with("/Width 1 >>x  EI; Q; -5 1.5 0 2 cm; ")) << text;
+    const QPDFObjectHandle glyph = Stream("<< >>", "BI /W 1 /H 1 ID a EI BI /W 2 /H 1 ID b EI");
+    text.clear();
+    EXPECT_TRUE(reader.Read(glyph, plenty, write));
+    const std::string once = std::exchange(text, "");
+    EXPECT_TRUE(once.ends_with("/Width 2 >>b  EI; ")) << once;
+    EXPECT_TRUE(reader.Read(glyph, plenty, write));
+    EXPECT_EQ(text, once) << "what was kept";
     std::string saves;
     for (int i = 0; i < 5000; ++i) saves += "q ";
     text.clear();
     Budget little{.operators = 3000};
-    EXPECT_FALSE(ReadContent(Stream("<< >>", saves), little, write));
+    EXPECT_FALSE(reader.Read(Stream("<< >>", saves), little, write));
     EXPECT_EQ(text.size(), 3 * 3000U);
 }
 
