@@ -26,7 +26,7 @@ Paint Canvas::PaintOf(const Mask& shape, const Placing& placing) const {
     static const std::shared_ptr<vantu::IPDFTransferFunction> identity =
         std::make_shared<vantu::CIdentityPDFTransferFunction>(vantu::IPDFTransferFunction::SourceType::Luminosity);
     const bool isThereIfClear = IsKnockout() && !placing.alphaIsShape;
-    Mask mask = groups_.back().hasHardEdges ? HardEdged(shape) : shape;
+    Mask mask = HasHardEdges() ? HardEdged(shape) : shape;
     if (placing.softMask)
         mask = Intersect(mask, isThereIfClear ? AtLeast(*placing.softMask, kBarelyOpaque) : *placing.softMask);
     Paint paint;

@@ -31,6 +31,8 @@ public:
     [[nodiscard]] const Pixels& Visible() const { return groups_.back().shape.box; }
     // Whether a group that is open is a knockout group.
     [[nodiscard]] bool IsKnockout() const { return groups_.back().insideKnockout; }
+    // Whether elements are there or not in each pixel.
+    [[nodiscard]] bool HasHardEdges() const { return groups_.back().hasHardEdges; }
 
     // Paints one colour, or a picture whose top left corner lies at a place of the page, in a shape.
     void Fill(const vantu::Color& color, const Mask& shape, const Placing& placing);

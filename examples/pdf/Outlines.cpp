@@ -146,6 +146,15 @@ void OpenIfFlat(Polyline& line) {
     line.closed = false;
 }
 
+// Whether all pieces of a line are horizontal or vertical.
+bool IsUprightLine(const Polyline& line) {
+    const auto isSlanting = [](const PointD& a, const PointD& b) {
+        return std::min(std::abs(a.x - b.x), std::abs(a.y - b.y)) > kDot;
+    };
+    return std::ranges::adjacent_find(line.points, isSlanting) == line.points.end() &&
+           !(line.closed && isSlanting(line.points.front(), line.points.back()));
+}
+
 agg::path_storage ToAgg(const std::vector<Polyline>& lines) {
     agg::path_storage storage;
     for (const Polyline& line : lines) {
@@ -168,16 +177,19 @@ Mask FillCoverage(const Path& path, const Matrix& toDevice, bool evenOdd, const 
     return rasterizer.Sweep(evenOdd);
 }
 
-Mask StrokeCoverage(const Path& path, const Matrix& toDevice, const StrokeStyle& style, const Pixels& clip) {
+Mask StrokeCoverage(const Path& path, const Matrix& toDevice, const StrokeStyle& style, double thinnest,
+                    const Pixels& clip) {
     const double scale = toDevice.Scale();
     if (!toDevice.IsInvertible()) return {};
     // The line is widened where it is as large as on the page, but not yet turned or slanted: there lengths are pixels.
     const Matrix toPixels{scale, 0, 0, scale, 0, 0};
     const Matrix rest = Concat(toPixels.Inverse(), toDevice);
     StrokeStyle inPixels = style;
-    inPixels.width = std::isfinite(style.width) ? std::clamp(style.width * scale, 1.0, 1e9) : 1;
 
     std::vector<Polyline> lines = Flatten(path, toPixels);
+    const bool isUpright = IsUpright(toDevice) && std::ranges::all_of(lines, IsUprightLine);
+    const bool hasWidth = std::isfinite(style.width) && style.width > 0;
+    inPixels.width = hasWidth ? std::clamp(style.width * scale, isUpright ? 1 : thinnest, 1e9) : 1;
     // A point has caps if they are round; others would have no direction.
     if (style.cap != LineCap::Round) std::erase_if(lines, [](const Polyline& line) { return line.points.size() == 1; });
     for (Polyline& line : lines) OpenIfFlat(line);

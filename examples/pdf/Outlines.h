@@ -25,8 +25,10 @@ struct StrokeStyle {
 // a page fit together. Device coordinates beyond 32,000 pixels are cut there.
 [[nodiscard]] Mask FillCoverage(const Path& path, const Matrix& toDevice, bool evenOdd, const Pixels& clip);
 
-// The same of a line along the path. It is at least one pixel wide. A line of more than 100,000 dashes is drawn solid.
-[[nodiscard]] Mask StrokeCoverage(const Path& path, const Matrix& toDevice, const StrokeStyle& style,
+// The same of a line along the path. One of no width is one pixel wide, one that is horizontal or vertical at least so.
+// A line of more than 100,000 dashes is drawn solid.
+// @param thinnest how many pixels wide any other line is at least.
+[[nodiscard]] Mask StrokeCoverage(const Path& path, const Matrix& toDevice, const StrokeStyle& style, double thinnest,
                                   const Pixels& clip);
 
 }  // namespace pdf

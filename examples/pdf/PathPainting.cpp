@@ -8,6 +8,9 @@ namespace {
 
 // A sample of a picture or a pixel of a shading takes as long as so many pixels of one colour.
 constexpr double kTimesForPicture = 16;
+// How many pixels wide a line is at least: so that it can be seen, and that it covers half of a pixel where it has to.
+constexpr double kThinnest = 0.2;
+constexpr double kThinnestHard = 1;
 
 }  // namespace
 
@@ -28,7 +31,8 @@ void Interpreter::PaintOutline(const Path& path, const Matrix& toDevice, bool fi
     if (IsHidden() || path.IsEmpty()) return;
     Mask filled, stroked;
     if (fill) filled = FillCoverage(path, toDevice, evenOdd, Visible());
-    if (stroke) stroked = StrokeCoverage(path, toDevice, state_.line, Visible());
+    const double thinnest = canvas_.HasHardEdges() ? kThinnestHard : kThinnest;
+    if (stroke) stroked = StrokeCoverage(path, toDevice, state_.line, thinnest, Visible());
     if (fill && stroke) filled = UnderStroke(filled, stroked, state_.stroke.alpha);
     PaintShape(filled, state_.fill);
     PaintShape(stroked, state_.stroke);

@@ -419,31 +419,39 @@ TEST(Coverage, OfStrokesFollowsTheStyle) {
     line.MoveTo({2, 2});
     line.LineTo({6, 2});
     StrokeStyle style = Style(2);
-    EXPECT_EQ(Picture(StrokeCoverage(line, {}, style, kClip), 9, 4),
+    EXPECT_EQ(Picture(StrokeCoverage(line, {}, style, 0.5, kClip), 9, 4),
               (Rows{".........", "..####...", "..####...", "........."}));
     style.cap = LineCap::Square;
-    EXPECT_EQ(Picture(StrokeCoverage(line, {}, style, kClip), 9, 3), (Rows{".........", ".######..", ".######.."}));
+    EXPECT_EQ(Picture(StrokeCoverage(line, {}, style, 0.5, kClip), 9, 3),
+              (Rows{".........", ".######..", ".######.."}));
     style = Style(2);
     style.dashes = {1};
     style.phase = 0.5;
-    EXPECT_EQ(Picture(StrokeCoverage(line, {}, style, kClip), 9, 2)[1], "..5555...");
+    EXPECT_EQ(Picture(StrokeCoverage(line, {}, style, 0.5, kClip), 9, 2)[1], "..5555...");
     style = Style(0);
-    EXPECT_EQ(Picture(StrokeCoverage(line, Matrix{1, 0, 0, 1, 0, 0.5}, style, kClip), 9, 4)[2], "..####...")
-        << "a pixel at least";
+    EXPECT_EQ(Picture(StrokeCoverage(line, Matrix{1, 0, 0, 1, 0, 0.5}, style, 0.5, kClip), 9, 4)[2], "..####...")
+        << "no width is a pixel";
+    EXPECT_EQ(Picture(StrokeCoverage(line, Matrix{1, 0, 0, 1, 0, 0.5}, Style(0.1), 0.5, kClip), 9, 4)[2], "..####...")
+        << "nor is less, along the pixels";
+    Path slope;
+    slope.MoveTo({2, 2});
+    slope.LineTo({6, 6});
+    // through a corner of a pixel and the one across: w sqrt 2 - w^2 / 2 of it
+    EXPECT_NEAR(SampleAt(StrokeCoverage(slope, {}, Style(0.1), 0.5, kClip), 4, 4), 0.582 * 255, 3);
     Path point;
     point.AddRectangle({3, 2, 3, 2});
     style = Style(2);
     for (const LineCap cap : {LineCap::Butt, LineCap::Square, LineCap::Round}) {
         style.cap = cap;
-        EXPECT_EQ(SampleAt(StrokeCoverage(point, {}, style, kClip), 3, 2) > 150, cap == LineCap::Round);
+        EXPECT_EQ(SampleAt(StrokeCoverage(point, {}, style, 0.5, kClip), 3, 2) > 150, cap == LineCap::Round);
     }
     Path corner;
     corner.MoveTo({2, 8});
     corner.LineTo({2, 2});
     corner.LineTo({8, 2});
-    EXPECT_EQ(SampleAt(StrokeCoverage(corner, {}, Style(2), kClip), 1, 1), 255) << "a mitred corner";
-    EXPECT_NEAR(SampleAt(StrokeCoverage(corner, {}, Style(2, LineJoin::Bevel), kClip), 1, 1), 128, 3);
-    EXPECT_NEAR(SampleAt(StrokeCoverage(corner, {}, Style(2, LineJoin::Round), kClip), 1, 1), 200, 20);
+    EXPECT_EQ(SampleAt(StrokeCoverage(corner, {}, Style(2), 0.5, kClip), 1, 1), 255) << "a mitred corner";
+    EXPECT_NEAR(SampleAt(StrokeCoverage(corner, {}, Style(2, LineJoin::Bevel), 0.5, kClip), 1, 1), 128, 3);
+    EXPECT_NEAR(SampleAt(StrokeCoverage(corner, {}, Style(2, LineJoin::Round), 0.5, kClip), 1, 1), 200, 20);
 }
 
 TEST(Mask, IntersectsAndGivesWayUnderAStroke) {
