@@ -101,6 +101,7 @@ struct Scene {
         span.count = pixels - std::min(gap, pixels - 1);
         span.targetStep = static_cast<std::int64_t>(pixels * kPackedBytes);
         span.sourceStep = -span.targetStep;
+        span.groupAlphaStep = pixels;
         span.source += (rows - 1) * pixels * kPackedBytes;
     }
 
@@ -125,7 +126,7 @@ TEST_P(StagesOn, CompositeAsTheStepsDo) {
         const std::uint32_t alpha = random() % 4 != 0 ? kAlphas[random() % std::size(kAlphas)] : AnyAlpha(random);
         const bool masked = random() % 2 != 0, selected = random() % 2 != 0;
         const bool keepClear = random() % 2 != 0, stencil = random() % 2 != 0;
-        const bool inRows = form == CompositeForm::Plain && !masked && !selected;
+        const bool inRows = !masked && !selected;
         const std::size_t rows = inRows ? 1 + random() % std::min<std::size_t>(width, 70) : 1, gap = random() % 3;
         const auto composite = [&](const BlendStages& stages, Scene& scene) {
             CompositeSpan span = scene.Span(alpha, masked, selected, keepClear, stencil);

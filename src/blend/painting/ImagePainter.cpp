@@ -160,12 +160,14 @@ private:
         }
         const SpanPlan plan = PlanSpans(
             area, mask,
-            {kernel_, painter_.Target().step, painter_.Source().step, *request_.alpha, Traits::kGroup, inOrder_});
+            {kernel_, painter_.Target().step, painter_.Source().step, *request_.alpha, GroupWidth(), inOrder_});
         switch (plan.way) {
             case SpanPlan::Way::Nothing: return;
             case SpanPlan::Way::InOrder: return inOrder(area, 0, 0);
             case SpanPlan::Way::Copy: return painter_.CopyRows(plan.area);
-            case SpanPlan::Way::InPlace: return painter_.PaintInPlace(plan.area);
+            case SpanPlan::Way::InPlace:
+                if (!painter_.PaintInPlace(plan.area)) inOrder(area, 0, 0);
+                return;
             case SpanPlan::Way::Spans: break;
         }
         Span span;
@@ -179,6 +181,11 @@ private:
                 if (!painter_.Paint(piece, readMask(piece, i, j, span), span)) inOrder(piece, i, j);
             }
         }
+    }
+
+    [[nodiscard]] std::optional<unsigned int> GroupWidth() const {
+        if constexpr (Traits::kGroup) return *request_.width;
+        return std::nullopt;
     }
 
     /// What the pixel loops work on, made when first needed.

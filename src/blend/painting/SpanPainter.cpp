@@ -73,7 +73,7 @@ bool SpanPainter<Traits>::Paint(const PaintArea& area, Verdict verdict, Span<Tra
 }
 
 template <typename Traits>
-void SpanPainter<Traits>::PaintInPlace(const PaintArea& area) const {
+bool SpanPainter<Traits>::PaintInPlace(const PaintArea& area) const {
     const auto target = At(targetRows_, kernel_.targetBytes, area.targetX, area.targetY, area);
     const auto source = At(sourceRows_, kernel_.sourceBytes, area.sourceX, area.sourceY, area);
     CompositeSpan span{};
@@ -85,7 +85,14 @@ void SpanPainter<Traits>::PaintInPlace(const PaintArea& area) const {
     span.rows = area.height;
     span.targetStep = target.step;
     span.sourceStep = source.step;
+    if constexpr (Traits::kGroup) {
+        if (!*request_.groupAlphaFits) return false;
+        span.snapshot = At(*snapshotRows_, kernel_.targetBytes, area.targetX, area.targetY, area).first;
+        span.groupAlpha = GroupAlphaAt(request_, area, 0);
+        span.groupAlphaStep = *request_.width;
+    }
     StageFor(span.count * span.rows)(span);
+    return true;
 }
 
 template <typename Traits>

@@ -58,8 +58,9 @@ public:
     /// packed pixels; nothing in other calls.
     [[nodiscard]] std::optional<MixedRows> RowsToMix(const PaintArea& area) const;
 
-    /// Paints an area of packed pixels where they lie, outside groups and without a mask.
-    void PaintInPlace(const PaintArea& area) const;
+    /// Paints an area of packed pixels where they lie, without a mask.
+    /// @return false, with nothing painted, if the pixel loops have to paint it.
+    bool PaintInPlace(const PaintArea& area) const;
 
     /// Copies the source's bytes, of images of one format.
     void CopyRows(const PaintArea& area) const;

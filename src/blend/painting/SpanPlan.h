@@ -4,6 +4,7 @@
 #include <vantu/IQorImage.h>
 
 #include <cstdint>
+#include <optional>
 
 #include "blend/definition/RangeWalk.h"
 #include "pixel/Formats.h"
@@ -47,9 +48,9 @@ struct PaintCall {
     const PaintKernel& kernel;
     std::int64_t targetStep;  ///< bytes from one row of the destination to the next one down
     std::int64_t sourceStep;
-    unsigned char alpha;  ///< constant alpha
-    bool group;
-    bool inOrder;  ///< the order of the pixels can be seen
+    unsigned char alpha;                     ///< constant alpha
+    std::optional<unsigned int> groupWidth;  ///< of the group's image; nothing outside groups
+    bool inOrder;                            ///< the order of the pixels can be seen
 };
 
 /// How an area is painted.
@@ -68,14 +69,14 @@ struct SpanPlan {
     unsigned int rows;
 };
 
-/// The same pixels as one row, if the rows of target and source follow each other without gaps: outside groups, of
-/// which each row has its place among the group's alphas.
+/// The same pixels as one row, if the rows of target and source follow each other without gaps, and in a group those of
+/// its alphas.
 inline PaintArea RowsJoined(const PaintArea& area, const PaintCall& call) {
     constexpr std::uint64_t most = 1U << 30;
     const std::uint64_t pixels = std::uint64_t{area.width} * area.height;
     const bool gapless = call.targetStep == std::int64_t{area.width} * call.kernel.targetBytes &&
                          call.sourceStep == std::int64_t{area.width} * call.kernel.sourceBytes;
-    if (call.group || !gapless || pixels > most) return area;
+    if (call.groupWidth.value_or(area.width) != area.width || !gapless || pixels > most) return area;
     return {area.targetX, area.targetY, area.sourceX, area.sourceY, static_cast<unsigned int>(pixels), 1};
 }
 
@@ -86,13 +87,14 @@ inline SpanPlan PlanSpans(const PaintArea& area, MaskKind mask, const PaintCall&
     constexpr unsigned int narrow = 256;
     using Way = SpanPlan::Way;
     if (call.inOrder || mask == MaskKind::Other) return {Way::InOrder, area, area.width, area.height};
-    if (!call.group && !call.kernel.hasColors) return {Way::Nothing, area, 0, 0};
+    if (!call.groupWidth && !call.kernel.hasColors) return {Way::Nothing, area, 0, 0};
 
     const PaintArea whole = mask == MaskKind::None ? RowsJoined(area, call) : area;
-    const bool copies = call.kernel.copiesBytes && !call.group && call.alpha == 255;
+    const bool copies = call.kernel.copiesBytes && !call.groupWidth && call.alpha == 255;
     if (mask == MaskKind::None && copies) return {Way::Copy, whole, whole.width, 1};
     const bool packed = call.kernel.inPlace;
-    if (mask == MaskKind::None && packed && !call.group) return {Way::InPlace, whole, whole.width, whole.height};
+    const bool inPlace = packed && (!call.groupWidth || whole.width >= narrowPacked);
+    if (mask == MaskKind::None && inPlace) return {Way::InPlace, whole, whole.width, whole.height};
     if (whole.width < (packed ? narrowPacked : narrow)) {
         return {Way::Spans, whole, whole.width, kSpanPixels / whole.width};
     }

@@ -45,14 +45,17 @@ void Plain(const CompositeSpan& span) {
 
 template <BlendMode Mode, PackedColors Colors, bool Knockout>
 void InGroup(const CompositeSpan& span) {
-    EachPixel(span, [&](std::size_t i, const Color& cs, std::uint32_t as) {
-        unsigned char* const pixel = span.target + i * kPackedBytes;
-        Color cd = ReadPacked<Colors>(pixel);
-        const Color c0 = ReadPacked<Colors>(span.snapshot + i * kPackedBytes);
-        if (StepInGroup<Mode, Knockout>(cs, cd, c0, span.groupAlpha[i], as, span.stencil)) {
-            WritePixel<FormatOf(Colors)>(pixel, cd);
-        }
-    });
+    for (std::size_t row = 0; row < span.rows; ++row) {
+        const CompositeSpan rest = span.FromRow(row);
+        EachPixel(rest, [&](std::size_t i, const Color& cs, std::uint32_t as) {
+            unsigned char* const pixel = rest.target + i * kPackedBytes;
+            Color cd = ReadPacked<Colors>(pixel);
+            const Color c0 = ReadPacked<Colors>(rest.snapshot + i * kPackedBytes);
+            if (StepInGroup<Mode, Knockout>(cs, cd, c0, rest.groupAlpha[i], as, rest.stencil)) {
+                WritePixel<FormatOf(Colors)>(pixel, cd);
+            }
+        });
+    }
 }
 
 void PlainMask(const MaskSpan& span) {

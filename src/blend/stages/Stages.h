@@ -11,8 +11,8 @@
 namespace vantu {
 
 /// A span of packed pixels that a compositing stage paints, or that the end of a group resolves; for that the target,
-/// the snapshot and group alphas of any size are all there is. Outside groups it may be several rows of pixels that all
-/// are painted by the source's alphas: there is no opacity and no select then. Nothing overlaps.
+/// the snapshot and group alphas of any size are all there is. It may be several rows of pixels that all are painted by
+/// the source's alphas: there is no opacity and no select then. Nothing overlaps.
 struct CompositeSpan {
     /// The rest of the rows, from one on.
     [[nodiscard]] CompositeSpan FromRow(std::size_t row) const {
@@ -20,6 +20,8 @@ struct CompositeSpan {
         rest.rows -= row;
         rest.target += targetStep * static_cast<std::int64_t>(row);
         rest.source += sourceStep * static_cast<std::int64_t>(row);
+        if (snapshot != nullptr) rest.snapshot += targetStep * static_cast<std::int64_t>(row);
+        rest.groupAlpha += groupAlphaStep * row;
         return rest;
     }
     /// Outside groups, without opacity: the rest of each row, from a pixel on.
@@ -43,8 +45,9 @@ struct CompositeSpan {
     bool keepClear;                 ///< outside groups: leave a pixel whose result alpha is 0
     bool stencil;                   ///< groups: the alpha rules of a stencil
     std::size_t rows = 1;
-    std::int64_t targetStep = 0;  ///< bytes from one row to the next
+    std::int64_t targetStep = 0;  ///< bytes from one row to the next, of the snapshot, too
     std::int64_t sourceStep = 0;
+    std::size_t groupAlphaStep = 0;  ///< groups: entries from one row to the next
 };
 
 using CompositeStage = void (*)(const CompositeSpan& span);

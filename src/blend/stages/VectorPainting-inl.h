@@ -90,9 +90,12 @@ void PaintSpan(const CompositeSpan& span) {
             return;
         }
     }
-    Tail<Group> tail(span, steps.count);
-    PaintSteps<Stage>(tail.Padded(), 0, StepPixels(), blend);
-    tail.Store();
+    for (std::size_t row = 0; row < span.rows; ++row) {
+        const CompositeSpan rest = span.FromRow(row);
+        Tail<Group> tail(rest, steps.count);
+        PaintSteps<Stage>(tail.Padded(), 0, StepPixels(), blend);
+        tail.Store();
+    }
 }
 
 }  // namespace vantu::HWY_NAMESPACE
