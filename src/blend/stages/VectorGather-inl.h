@@ -7,6 +7,7 @@
 #define IMAGEOP_VECTOR_GATHER_INL_H
 #endif
 
+#include <hwy/cache_control.h>
 #include <vantu/BlendMode.h>
 
 #include <algorithm>
@@ -195,13 +196,25 @@ private:
     }
 
     void PutBack(const Part& part) const {
+        // Painting what was gathered leaves memory idle: the pixels after the next ones are asked for already here.
+        const bool wholeRows = part.width == span_.count;
+        const std::size_t down = wholeRows ? std::min(2 * part.rows, span_.rows - part.first.row - part.rows) : 0;
+        const std::size_t right = wholeRows ? 0 : std::min(2 * part.width, span_.count - part.first.x - part.width);
+        const auto ahead = [&](std::int64_t step) {
+            return static_cast<std::int64_t>(down) * step + static_cast<std::int64_t>(right * kPackedBytes);
+        };
+        const std::int64_t sourceAhead = ahead(span_.sourceStep), targetAhead = ahead(span_.targetStep);
         const unsigned char* packed = target_;
         const std::uint16_t* live = live_;
-        EachVector(part, [&](const auto& pixels, const unsigned char*, unsigned char* onto) HWY_ATTR {
+        EachVector(part, [&](const auto& pixels, const unsigned char* source, unsigned char* target) HWY_ATTR {
+            if (targetAhead != 0) {
+                hwy::Prefetch(source + sourceAhead);
+                hwy::Prefetch(target + targetAhead);
+            }
             // No branch leaves out vectors without a pixel to paint: where their pattern is new to the processor, wrong
             // guesses cost more than the work.
             const unsigned int bits = *live++;
-            pixels.StoreWhere(MaskOf(bits), Unpacked(LoadPixels(packed), bits), onto);
+            pixels.StoreWhere(MaskOf(bits), Unpacked(LoadPixels(packed), bits), target);
             packed += kPackedBytes * static_cast<std::size_t>(std::popcount(bits));
         });
     }

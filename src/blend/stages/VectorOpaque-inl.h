@@ -64,7 +64,8 @@ HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, s
             eachVector([](Pixels s, const unsigned char* t) { return OverOpaque(s, LoadPixels(t)); });
             continue;
         }
-        if (IsMostlyCopied(source)) break;
+        // It is not worth while to ask at each step.
+        if (i % (4 * StepPixels()) == 0 && IsMostlyCopied(source)) break;
         const Blocks<Block> block = LoadBlocks(source);
         const Blocks<Words> as = Alphas(block);
         const Blocks<Channels> cs = UnpremultipliedWhereSeen(block, as);
