@@ -46,6 +46,7 @@ HWY_INLINE bool IsMostlyCopied(const unsigned char* source) {
 /// for those whose pixels may pay to be gathered.
 /// @return the pixel behind them.
 HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, std::size_t end) {
+    bool isExtreme = false;
     for (; i < end; i += StepPixels()) {
         const unsigned char* const source = span.source + i * kPackedBytes;
         unsigned char* const target = span.target + i * kPackedBytes;
@@ -60,12 +61,16 @@ HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, s
         }
         if (IsClear(source)) continue;  // large pictures are clear for long: their targets need not be read
         if (!IsOpaque(target)) break;
-        if (IsExtreme(source)) {
-            eachVector([](Pixels s, const unsigned char* t) { return OverOpaque(s, LoadPixels(t)); });
-            continue;
+        // Steps of one kind follow each other: it is not worth while to ask at each.
+        if (isExtreme || i % (4 * StepPixels()) == 0) {
+            isExtreme = IsExtreme(source);
+            if (isExtreme) {
+                if (IsClear(source)) continue;
+                eachVector([](Pixels s, const unsigned char* t) { return OverOpaque(s, LoadPixels(t)); });
+                continue;
+            }
+            if (IsMostlyCopied(source)) break;
         }
-        // It is not worth while to ask at each step.
-        if (i % (4 * StepPixels()) == 0 && IsMostlyCopied(source)) break;
         const Blocks<Block> block = LoadBlocks(source);
         const Blocks<Words> as = Alphas(block);
         const Blocks<Channels> cs = UnpremultipliedWhereSeen(block, as);
