@@ -13,6 +13,7 @@
 #include "blend/Coverage.h"
 #include "blend/GroupResolve.h"
 #include "pixel/Formats.h"
+#include "pixel/MakeImage.h"
 #include "pixel/PixelRows.h"
 
 namespace vantu {
@@ -50,15 +51,30 @@ bool AreInside(const std::vector<Range<int, 2>>& ranges, const std::vector<Range
            });
 }
 
-/// Makes `snapshot` a copy of an image: in its own memory, if it is one of such an image already.
-void TakeSnapshot(const IQorImage& image, std::shared_ptr<IQorImage>& snapshot) {
+/// Whether pixels have memory, and no byte but 0.
+bool AreClear(const PixelRows<const unsigned char>& pixels) {
+    const auto size = static_cast<std::size_t>(pixels.Size());
+    return pixels.first != nullptr && size != 0 && pixels.first[0] == 0 &&
+           std::memcmp(pixels.first, pixels.first + 1, size - 1) == 0;
+}
+
+/// Makes the snapshot of a group a copy of an image: in its own memory, if it is one of such an image already. One that
+/// is clear need not be written.
+void TakeSnapshot(const IQorImage& image, GroupState& group) {
+    std::shared_ptr<IQorImage>& snapshot = group.backdrop;
     const auto pixels = RowsInMemory(image);
     const bool fits = snapshot && pixels.first != nullptr && snapshot->GetWidth() == image.GetWidth() &&
                       snapshot->GetHeight() == image.GetHeight() &&
                       snapshot->GetPixelFormat() == image.GetPixelFormat() &&
                       snapshot->GetAlignment() == image.GetAlignment() && snapshot->IsBottomUp() == image.IsBottomUp();
+    const bool wasClear = std::exchange(group.startsClear, AreClear(pixels));
     if (fits) {
+        if (wasClear && group.startsClear) return;
         std::memcpy(snapshot->GetPixelData(), pixels.first, static_cast<std::size_t>(pixels.Size()));
+    } else if (group.startsClear) {
+        snapshot = nullptr;
+        snapshot = MakeImage(image.GetWidth(), image.GetHeight(), image.GetPixelFormat(), image.GetAlignment(),
+                             image.IsBottomUp(), nullptr, nullptr);
     } else {
         snapshot = nullptr;
         snapshot = ImageUtil::Clone(image, nullptr, nullptr);
@@ -67,7 +83,7 @@ void TakeSnapshot(const IQorImage& image, std::shared_ptr<IQorImage>& snapshot) 
 
 /// Makes `alphas` those of a group on which nothing is painted: in their own memory, cleared in the rows of an image
 /// that were painted, if there are enough.
-void TakeGroupAlpha(std::size_t pixels, std::size_t width, const RowSpan& painted, std::vector<unsigned int>& alphas) {
+void TakeGroupAlpha(std::size_t pixels, std::size_t width, const RowSpan& painted, GroupAlphas& alphas) {
     if (alphas.capacity() < pixels) {
         alphas = {};
     } else {
@@ -152,7 +168,7 @@ bool CPDFImageBlender::BeginGroup(const std::shared_ptr<IQorImage>& image, const
     GroupState group = std::exchange(spare_, {});
     const std::size_t width = group.backdrop ? group.backdrop->GetWidth() : 0;
     TakeGroupAlpha(static_cast<std::size_t>(pixels), width, std::exchange(group.paintedRows, {}), group.groupAlpha);
-    TakeSnapshot(*image, group.backdrop);
+    TakeSnapshot(*image, group);
     if (!group.backdrop) return true;
     group.image = image;
     group.heldObject = heldObject;
@@ -169,6 +185,7 @@ bool CPDFImageBlender::EndGroup() {
     if (top.coverage) ResolveGroup(top);
     spare_ = {};
     spare_.backdrop = std::move(top.backdrop);
+    spare_.startsClear = top.startsClear;
     spare_.groupAlpha = std::move(top.groupAlpha);
     spare_.paintedRows = top.paintedRows;
     groupStack_.pop_back();

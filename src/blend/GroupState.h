@@ -3,18 +3,19 @@
 #include <vantu/IPDFImageBlender.h>
 
 #include <memory>
-#include <vector>
 
 #include "blend/definition/BlendRequest.h"
+#include "blend/definition/GroupAlphas.h"
 
 namespace vantu {
 
 /// One open transparency group.
 struct GroupState {
-    std::shared_ptr<IQorImage> backdrop;   ///< snapshot of `image` from when the group was opened
-    std::shared_ptr<IQorImage> image;      ///< what the group paints on
-    std::shared_ptr<void> heldObject;      ///< kept alive, never looked at
-    std::vector<unsigned int> groupAlpha;  ///< the group's own alpha per pixel, row-major from the visual top
+    std::shared_ptr<IQorImage> backdrop;  ///< snapshot of `image` from when the group was opened
+    bool startsClear = false;             ///< no byte of the snapshot but 0
+    std::shared_ptr<IQorImage> image;     ///< what the group paints on
+    std::shared_ptr<void> heldObject;     ///< kept alive, never looked at
+    GroupAlphas groupAlpha;               ///< the group's own alpha per pixel
     bool knockout = false;
     bool keepBackdrop = false;
     bool plainResolve = false;

@@ -5,7 +5,8 @@
 
 #include <algorithm>
 #include <memory>
-#include <vector>
+
+#include "blend/definition/GroupAlphas.h"
 
 namespace vantu {
 
@@ -56,11 +57,11 @@ struct BlendRequest<PDFBlend::BlendingTraits> : BlendRequestBase {
 
 template <>
 struct BlendRequest<PDFBlend::GroupBlendingTraits> : BlendRequestBase {
-    IQorImage* backdrop;                    ///< the snapshot that `BeginGroup` took
-    std::vector<unsigned int>* groupAlpha;  ///< entry of pixel (x, y) is number width * y + x
-    bool* groupAlphaFits;                   ///< `GroupState::groupAlphaFits`
-    RowSpan* paintedRows;                   ///< `GroupState::paintedRows`
-    const unsigned int* width;              ///< of the group image
+    IQorImage* backdrop;        ///< the snapshot that `BeginGroup` took
+    GroupAlphas* groupAlpha;    ///< `GroupState::groupAlpha`
+    bool* groupAlphaFits;       ///< `GroupState::groupAlphaFits`
+    RowSpan* paintedRows;       ///< `GroupState::paintedRows`
+    const unsigned int* width;  ///< of the group image
     const bool* knockout;
     IPDFImageBlender::Coverage* blended;
 };
