@@ -16,7 +16,7 @@ namespace pdf {
 // How much a page may ask for before the rest of it is left out: content streams that call each other can ask for more
 // than anyone can wait for.
 struct Budget {
-    unsigned long operators = 2'500'000;  // of all content of the page
+    unsigned long operators = 3'000'000;  // of all content of the page
     int nesting = 24;                     // forms, patterns, glyphs and soft masks inside each other
     double pixelsForOperator = 2048;      // that take the time of one to paint
     std::set<QPDFObjGen> open = {};       // forms, tiles and glyphs that are being painted: none is inside itself
