@@ -14,14 +14,18 @@ namespace vantu {
 /// the snapshot and group alphas of any size are all there is. It may be several rows of pixels that all are painted by
 /// the source's alphas: there is no opacity and no select then. Nothing overlaps.
 struct CompositeSpan {
+    /// Leaves out the rows before one.
+    void GoToRow(std::size_t row) {
+        rows -= row;
+        target += targetStep * static_cast<std::int64_t>(row);
+        source += sourceStep * static_cast<std::int64_t>(row);
+        if (snapshot != nullptr) snapshot += targetStep * static_cast<std::int64_t>(row);
+        groupAlpha += groupAlphaStep * row;
+    }
     /// The rest of the rows, from one on.
     [[nodiscard]] CompositeSpan FromRow(std::size_t row) const {
         CompositeSpan rest = *this;
-        rest.rows -= row;
-        rest.target += targetStep * static_cast<std::int64_t>(row);
-        rest.source += sourceStep * static_cast<std::int64_t>(row);
-        if (snapshot != nullptr) rest.snapshot += targetStep * static_cast<std::int64_t>(row);
-        rest.groupAlpha += groupAlphaStep * row;
+        rest.GoToRow(row);
         return rest;
     }
     /// Outside groups, without opacity: the rest of each row, from a pixel on.

@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "blend/stages/Stages.h"
 #include "blend/stages/VectorForms-inl.h"
@@ -24,27 +25,33 @@
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
-/// Paints whole steps of a span from pixel `first` to `end`, or to one from which on it pays to gather.
-/// @return the pixel to go on with.
-template <typename Stage, typename BlendFunction>
-HWY_NOINLINE std::size_t PaintSteps(const CompositeSpan& span, std::size_t first, std::size_t end,
-                                    const BlendFunction& blend) {
-    while (first < end) {
-        if constexpr (requires { Stage::PaintWhileOpaque(span, first, end); }) {
-            first = Stage::PaintWhileOpaque(span, first, end);
-        }
-        // It is not worth while to ask at each step whether the next one is opaque again.
-        for (const std::size_t some = std::min(end, first + 4 * StepPixels()); first < some; first += StepPixels()) {
-            if (!Stage::Paint(span, first, blend)) return first;
-        }
-    }
-    return first;
-}
-
 /// A pixel of a span: its row and its place in that.
 struct Place {
     std::size_t row, x;
 };
+
+/// Paints the first pixels of rows, `end` of each, which are whole steps, from a place on: all, or to a step from which
+/// on it pays to gather.
+/// @return the place to go on with.
+template <typename Stage, typename BlendFunction>
+HWY_FLATTEN HWY_NOINLINE Place PaintSteps(const CompositeSpan& span, Place place, std::size_t end,
+                                          const BlendFunction& blend) {
+    CompositeSpan rest = span.FromRow(place.row);
+    for (; place.row < span.rows; ++place.row, rest.GoToRow(1)) {
+        std::size_t first = std::exchange(place.x, 0);
+        while (first < end) {
+            if constexpr (requires { Stage::PaintWhileOpaque(rest, first, end); }) {
+                first = Stage::PaintWhileOpaque(rest, first, end);
+            }
+            // It is not worth while to ask at each step whether the next one is opaque again.
+            for (const std::size_t some = std::min(end, first + 4 * StepPixels()); first < some;
+                 first += StepPixels()) {
+                if (!Stage::Paint(rest, first, blend)) return {place.row, first};
+            }
+        }
+    }
+    return place;
+}
 
 /// Pixels of a span: so many of each of some rows, from a place on.
 struct Part {
@@ -105,7 +112,7 @@ public:
         });
         Fill(source_, count);
         Fill(target_, count);
-        PaintSteps<PlainStage<Mode, Colors>>(gathered_, 0, count, blend);
+        PaintSteps<PlainStage<Mode, Colors>>(gathered_, {0, 0}, count, blend);
         const unsigned char* packed = target_;
         EachVector(part, [&](const auto& pixels, const unsigned char*, unsigned char* onto) HWY_ATTR {
             pixels.Store(LoadPixels(packed), onto);
@@ -120,7 +127,7 @@ public:
         // The first pixel fills up the last step, so that what holds for all of them holds for the step.
         Fill(source_, gathered);
         Fill(target_, gathered);
-        PaintSteps<PlainStage<Mode, Colors>>(gathered_, 0, gathered, blend);
+        PaintSteps<PlainStage<Mode, Colors>>(gathered_, {0, 0}, gathered, blend);
         PutBack(part);
         return gathered;
     }

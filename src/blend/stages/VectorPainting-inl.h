@@ -26,6 +26,7 @@ class Tail {
 public:
     Tail(const CompositeSpan& span, std::size_t first) : span_(span), first_(first), padded_(span) {
         padded_.count = StepPixels();
+        padded_.rows = 1;
         padded_.source = Pad<kPackedBytes>(span.source, source_);
         padded_.target = Pad<kPackedBytes>(span.target, target_);
         padded_.opacity = Pad<1>(span.opacity, opacity_);
@@ -76,11 +77,9 @@ void PaintSpan(const CompositeSpan& span) {
     CompositeSpan steps = span;
     steps.count -= span.count % StepPixels();
     for (Place place{0, 0}; steps.count != 0 && place.row < span.rows;) {
-        const std::size_t done = PaintSteps<Stage>(steps.FromRow(place.row), place.x, steps.count, blend);
-        if (done == steps.count) {
-            place = {place.row + 1, 0};
-        } else if constexpr (!Group) {
-            place = PaintGathered<Stage>(steps, {place.row, done}, blend);
+        place = PaintSteps<Stage>(steps, place, steps.count, blend);
+        if constexpr (!Group) {
+            if (place.row < span.rows) place = PaintGathered<Stage>(steps, place, blend);
         }
     }
     if (steps.count == span.count) return;
@@ -93,7 +92,7 @@ void PaintSpan(const CompositeSpan& span) {
     for (std::size_t row = 0; row < span.rows; ++row) {
         const CompositeSpan rest = span.FromRow(row);
         Tail<Group> tail(rest, steps.count);
-        PaintSteps<Stage>(tail.Padded(), 0, StepPixels(), blend);
+        PaintSteps<Stage>(tail.Padded(), {0, 0}, StepPixels(), blend);
         tail.Store();
     }
 }
