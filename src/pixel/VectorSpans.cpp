@@ -1,5 +1,7 @@
 #include "pixel/Spans.h"
 
+#include <algorithm>
+
 #include "pixel/VectorTargets.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -83,13 +85,24 @@ struct VectorRow<PixelFormat::Bgr24> {
         const auto spread = hn::LoadDup128(kBytes, kSpread);
         const auto opaque = hn::BitCast(kBytes, hn::Set(kWords, 0xFF000000U));
         const std::size_t lanes = hn::Lanes(kWords);
+        const auto packedOf = [&](hn::Vec<decltype(kBytes)> v) HWY_ATTR {
+            const auto dealt = hn::BitCast(kBytes, Dealt(hn::BitCast(kWords, v)));
+            return hn::Or(hn::TableLookupBytesOr0(dealt, spread), opaque);
+        };
         std::size_t i = 0;
         // A load reaches a third of a vector beyond the pixels that it is for.
         for (; i + lanes + (lanes + 2) / 3 <= count; i += lanes) {
-            const auto dealt = hn::BitCast(kBytes, Dealt(hn::BitCast(kWords, hn::LoadU(kBytes, pixels + i * 3))));
-            hn::StoreU(hn::Or(hn::TableLookupBytesOr0(dealt, spread), opaque), kBytes, packed + i * 4);
+            hn::StoreU(packedOf(hn::LoadU(kBytes, pixels + i * 3)), kBytes, packed + i * 4);
         }
+#if HWY_MAX_BYTES == 64  // loads and stores that leave out bytes
+        for (; i < count; i += lanes) {
+            const std::size_t rest = std::min(lanes, count - i);
+            const auto some = packedOf(hn::MaskedLoad(hn::FirstN(kBytes, rest * 3), kBytes, pixels + i * 3));
+            hn::BlendedStore(some, hn::FirstN(kBytes, rest * 4), kBytes, packed + i * 4);
+        }
+#else
         ScalarRow<PixelFormat::Bgr24>::Read(pixels + i * 3, packed + i * 4, count - i);
+#endif
     }
 
     static void Write(unsigned char* pixels, const unsigned char* packed, const unsigned char* select,

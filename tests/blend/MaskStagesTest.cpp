@@ -23,14 +23,17 @@ struct Scene {
         : source(AnyBytes((width + 3) * kPackedBytes * height, random)),
           target(AnyBytes((width + 5) * kPackedBytes * height, random)),
           mask(AnyBytes((width + 8) * height, random)),
+          colors(AnyBytes((width + 1) * kPackedBytes * height, random)),
           rows{{target.data() + 5, static_cast<std::int64_t>((width + 5) * kPackedBytes), height},
                {source.data() + 3, static_cast<std::int64_t>((width + 3) * kPackedBytes), height},
                width,
                random() % 2 != 0},
-          keys{mask.data() + 1, static_cast<std::int64_t>(width + 8), height} {
+          keys{mask.data() + 1, static_cast<std::int64_t>(width + 8), height},
+          colorRows{colors.data() + 1, static_cast<std::int64_t>((width + 1) * kPackedBytes), height} {
         for (std::size_t row = 0; row < height; ++row) {
             for (std::size_t x = 0; x < width; ++x) {
                 rows.target.Row(row)[x * kPackedBytes + 3] = source[OffsetInSource(row, x) + 3] = 255;
+                colors[1 + (row * (width + 1) + x) * kPackedBytes + 3] = 255;
             }
         }
     }
@@ -45,9 +48,9 @@ struct Scene {
         return static_cast<std::size_t>(rows.source.Row(row) - source.data()) + x * kPackedBytes;
     }
 
-    Bytes source, target, mask;
+    Bytes source, target, mask, colors;
     MixedRows rows;
-    PixelRows<const unsigned char> keys;
+    PixelRows<const unsigned char> keys, colorRows;
 };
 
 /// Composites the first pixels, row by row, as the steps of Normal do. `alphaAt(row, x)` is the effective alpha of one.
@@ -70,24 +73,48 @@ Bytes Composited(const Scene& scene, std::size_t count, AlphaAt alphaAt) {
 
 class MaskStagesOn : public testing::TestWithParam<VectorTarget> {};
 
+/// What a mask is made of.
+enum class Mask { Keys, Bits, Colors, ColorsIfOpaque };
+
 /// How many pixels, row by row, come before one whose bytes cannot be mixed.
-std::size_t CountMixed(const Scene& scene) {
+std::size_t CountMixed(const Scene& scene, Mask kind) {
     const auto& [target, source, width, mixesClear] = scene.rows;
     std::size_t count = 0;
     for (; count < width * target.count; ++count) {
         const std::size_t row = count / width, at = count % width * kPackedBytes;
         const unsigned char* const onto = target.Row(row) + at;
         const bool isClear = mixesClear && std::count(onto, onto + kPackedBytes, 0) == 4;
-        if (source.Row(row)[at + 3] != 255 || (onto[3] != 255 && !isClear)) break;
+        const bool isKnown = kind != Mask::ColorsIfOpaque || scene.colorRows.Row(row)[at + 3] == 255;
+        if (source.Row(row)[at + 3] != 255 || (onto[3] != 255 && !isClear) || !isKnown) break;
     }
     return count;
 }
 
+/// The luminosity of a colour as a byte, in groups or of an opaque source, as the function and the steps have it.
+unsigned char Luminosity(const unsigned char* bgr, bool inGroup) {
+    const CIdentityPDFTransferFunction identity(IPDFTransferFunction::SourceType::Luminosity);
+    const double opacity = identity.ComputeAlpha(
+        Color(bgr[0] | static_cast<unsigned int>(bgr[1]) << 8 | static_cast<unsigned int>(bgr[2]) << 16));
+    return static_cast<unsigned char>(inGroup ? GroupMaskByte(opacity) : PlainMaskOpacity(255, 255, opacity));
+}
+
+ByteTable LuminositiesOfGreys(bool inGroup) {
+    ByteTable bytes;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const auto grey = static_cast<unsigned char>(i);
+        const unsigned char bgr[] = {grey, grey, grey};
+        bytes[i] = Luminosity(bgr, inGroup);
+    }
+    return bytes;
+}
+
 TEST_P(MaskStagesOn, MixOpaqueRowsAsTheStepsDo) {
     std::mt19937 random(9);
+    const ByteTable greys = LuminositiesOfGreys(false);
+    const LuminosityBytes ofOpaque{greys, false};
     for (std::size_t round = 0; round < 4000; ++round) {
         const std::size_t width = 1 + (round % 8 == 0 ? random() % 300 : random() % 70), height = 1 + random() % 7;
-        const bool byBits = random() % 2 != 0;
+        const auto kind = static_cast<Mask>(random() % 4);
         Scene scene(width, height, random);
         // Runs of alphas 0 and 255, others in between; sometimes a pixel that is not opaque, and clear ones.
         ByteTable table;
@@ -104,26 +131,35 @@ TEST_P(MaskStagesOn, MixOpaqueRowsAsTheStepsDo) {
         }
         if (random() % 4 == 0) {
             const std::size_t row = random() % height, x = random() % width;
-            (random() % 2 != 0 ? scene.source[scene.OffsetInSource(row, x) + 3]
-                               : scene.rows.target.Row(row)[x * kPackedBytes + 3]) ^= 1;
+            unsigned char* const alphas[] = {&scene.source[scene.OffsetInSource(row, x) + 3],
+                                             &scene.rows.target.Row(row)[x * kPackedBytes + 3],
+                                             &scene.colors[1 + (row * (width + 1) + x) * kPackedBytes + 3]};
+            *alphas[random() % 3] ^= 1;
         }
-        const std::size_t mixable = CountMixed(scene);
+        for (std::size_t i = 0; i < scene.colors.size() / 3; ++i) {
+            if (i % 8 < 3) scene.colors[i / 8 * 4 + 1 + i % 8] = static_cast<unsigned char>(i / 512 % 2 != 0 ? 0 : 255);
+        }
+        const std::size_t mixable = CountMixed(scene, kind);
         const std::size_t first = random() % 9;
         const auto alpha = static_cast<std::uint32_t>(random() % 2 != 0 ? 255 : 1 + random() % 254);
         const auto alphaAt = [&](std::size_t row, std::size_t x) -> std::uint32_t {
             const unsigned char* const mask = scene.keys.Row(row);
-            if (!byBits) return table[mask[x]];
-            return (mask[(first + x) / 8] << (first + x) % 8 & 0x80) != 0 ? 0 : alpha;
+            if (kind == Mask::Keys) return table[mask[x]];
+            if (kind == Mask::Bits) return (mask[(first + x) / 8] << (first + x) % 8 & 0x80) != 0 ? 0 : alpha;
+            return Luminosity(scene.colorRows.Row(row) + x * kPackedBytes, false);
         };
         const auto expectMixed = [&](const MaskStages& stages, std::size_t least) {
             const Bytes before = scene.target;
-            const std::size_t mixed = byBits ? stages.byBits(scene.rows, scene.keys, first, alpha)
-                                             : stages.byKeys(scene.rows, scene.keys, table);
+            const std::size_t mixed = kind == Mask::Keys   ? stages.byKeys(scene.rows, scene.keys, table)
+                                      : kind == Mask::Bits ? stages.byBits(scene.rows, scene.keys, first, alpha)
+                                                           : stages.byColors(scene.rows, scene.colorRows,
+                                                                             kind == Mask::ColorsIfOpaque, ofOpaque);
             EXPECT_LE(mixed, mixable);
             EXPECT_GE(mixed, least);
             const Bytes after = scene.target;
             std::copy(before.begin(), before.end(), scene.target.begin());
-            EXPECT_EQ(Composited(scene, mixed, alphaAt), after) << "round " << round << (byBits ? " bits" : " keys");
+            EXPECT_EQ(Composited(scene, mixed, alphaAt), after)
+                << "round " << round << ", mask " << static_cast<int>(kind);
         };
         expectMixed(ScalarMaskStages(), mixable);
         const ForcedTarget forced(GetParam());
@@ -145,37 +181,25 @@ Bytes ColorsOf(unsigned int blue) {
     return packed;
 }
 
-/// Luminosities by stages, 255 for those that these cannot tell.
-Bytes Luminosities(const MaskStages& stages, const Bytes& packed, const ByteTable& ofGrey) {
+/// Luminosities of packed pixels by stages.
+Bytes Luminosities(const MaskStages& stages, const Bytes& packed, const LuminosityBytes& of) {
     Bytes bytes(packed.size() / kPackedBytes);
-    std::vector<std::uint16_t> unknown(bytes.size());
-    const std::size_t unknowns = stages.luminosities(packed.data(), bytes.size(), ofGrey, bytes.data(), unknown.data());
-    for (std::size_t i = 0; i < unknowns; ++i) bytes[unknown[i]] = 255;
+    const bool opaque = packed[3] == 255;
+    EXPECT_EQ(opaque, stages.luminosities(packed.data(), bytes.size(), of, bytes.data()));
     return bytes;
 }
 
 TEST(MaskStages, TellLuminositiesOfAllColorsAsTheDoublesDo) {
-    const CIdentityPDFTransferFunction identity(IPDFTransferFunction::SourceType::Luminosity);
-    ByteTable bytes, ofOpaque;
-    for (unsigned int grey = 0; grey < 256; ++grey) {
-        const double opacity = identity.ComputeAlpha(Color(grey * 0x010101));
-        bytes[grey] = static_cast<unsigned char>(GroupMaskByte(opacity));
-        ofOpaque[grey] = static_cast<unsigned char>(PlainMaskOpacity(255, 255, opacity));
-    }
-    std::size_t unknown = 0;
-    for (unsigned int blue = 0; blue < 256; ++blue) {
-        const Bytes packed = ColorsOf(blue);
-        const Bytes inGroup = Luminosities(ScalarMaskStages(), packed, bytes);
-        const Bytes outside = Luminosities(ScalarMaskStages(), packed, ofOpaque);
-        for (unsigned int i = 0; i < 0x10000; ++i) {
-            const double opacity = identity.ComputeAlpha(Color((i >> 8) << 16 | (i & 255) << 8 | blue));
-            const bool white = i == 0xFFFF && blue == 255;
-            unknown += inGroup[i] == 255 && !white;
-            ASSERT_TRUE(inGroup[i] == GroupMaskByte(opacity) || (inGroup[i] == 255 && !white)) << i << ' ' << blue;
-            ASSERT_TRUE(outside[i] == PlainMaskOpacity(255, 255, opacity) || (outside[i] == 255 && !white));
+    for (const bool inGroup : {false, true}) {
+        const ByteTable greys = LuminositiesOfGreys(inGroup);
+        for (unsigned int blue = 0; blue < 256; ++blue) {
+            const Bytes packed = ColorsOf(blue);
+            const Bytes bytes = Luminosities(ScalarMaskStages(), packed, {greys, inGroup});
+            for (std::size_t i = 0; i < bytes.size(); ++i) {
+                ASSERT_EQ(Luminosity(&packed[i * kPackedBytes], inGroup), bytes[i]) << i << ' ' << blue;
+            }
         }
     }
-    EXPECT_LT(unknown, 0x1000000 / 90);
 }
 
 TEST_P(MaskStagesOn, TellLuminositiesAsPlainLoopsDo) {
@@ -184,9 +208,11 @@ TEST_P(MaskStagesOn, TellLuminositiesAsPlainLoopsDo) {
     for (unsigned int blue = 0; blue < 256; blue += 5) {
         Bytes packed = ColorsOf(blue);
         packed.resize(packed.size() - blue % 70 * kPackedBytes);
-        const Bytes expected = Luminosities(ScalarMaskStages(), packed, ofGrey);
+        packed[3] = blue % 2 != 0 ? 255 : 254;
+        const LuminosityBytes of{ofGrey, blue % 4 < 2};
+        const Bytes expected = Luminosities(ScalarMaskStages(), packed, of);
         const ForcedTarget forced(GetParam());
-        ASSERT_EQ(expected, Luminosities(ActiveMaskStages(), packed, ofGrey)) << blue;
+        ASSERT_EQ(expected, Luminosities(ActiveMaskStages(), packed, of)) << blue;
     }
 }
 

@@ -91,25 +91,26 @@ std::size_t SoftMaskReader::Mix(const MixedRows& rows, unsigned int x, unsigned 
 
 /// Mixes by the luminosities of a mask's colours, at full constant alpha.
 std::size_t SoftMaskReader::MixByColors(const MixedRows& rows, unsigned int x, unsigned int y) {
-    static constexpr ByteTable same = [] {
-        ByteTable table{};
-        for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<unsigned char>(i);
-        return table;
-    }();
+    const SpanCodec& codec = ActiveSpanCodecs().Of(format_);
+    const auto mix = [&](const MixedRows& some, const PixelRows<const unsigned char>& packed) {
+        return ActiveMaskStages().byColors(some, packed, codec.colors == PackedColors::Premultiplied, Luminosities());
+    };
+    const auto at = [&](std::size_t i, std::size_t row, std::size_t height) {
+        return PixelRows<const unsigned char>{rows_.Row(y + row) + (x + i) * codec.bytesPerPixel, rows_.step, height};
+    };
+    if (codec.inPlace) return mix(rows, at(0, 0, rows.target.count));
     const std::size_t together = std::max<std::size_t>(kMostPixels / rows.width, 1);
     for (std::size_t row = 0; row < rows.target.count; row += together) {
         const std::size_t height = std::min(together, rows.target.count - row);
         for (std::size_t i = 0; i < rows.width; i += kMostPixels) {
             const std::size_t width = std::min(kMostPixels, rows.width - i);
-            ReadColors(x + static_cast<unsigned int>(i), y + static_cast<unsigned int>(row), width, height);
-            ReadLuminosities(width * height, IdentityOf(transfer_.GetSourceType()).ofOpaque, bytes_.data());
+            codec.read(at(i, row, height), width, packed_.data());
             const std::size_t offset = i * kPackedBytes;
-            const std::size_t mixed =
-                ActiveMaskStages().byKeys({{rows.target.Row(row) + offset, rows.target.step, height},
+            const std::size_t mixed = mix({{rows.target.Row(row) + offset, rows.target.step, height},
                                            {rows.source.Row(row) + offset, rows.source.step, height},
                                            width,
                                            rows.mixesClear},
-                                          {bytes_.data(), static_cast<std::int64_t>(width), height}, same);
+                                          {packed_.data(), static_cast<std::int64_t>(width * kPackedBytes), height});
             if (mixed < width * height) return row * rows.width + i + mixed;
         }
     }
@@ -128,22 +129,25 @@ double SoftMaskReader::OpacityOfColor(const unsigned char* bgr) {
     return entry.opacity;
 }
 
-/// The colours of `count` pixels of a row from x on, straight.
-void SoftMaskReader::ReadColorsOfRow(const unsigned char* row, unsigned int x, std::size_t count,
-                                     unsigned char* packed) const {
+/// The packed pixels of `height` rows of `width` pixels, whose first is (x, y): where they lie, if they lie packed in
+/// one row.
+const unsigned char* SoftMaskReader::ReadColors(unsigned int x, unsigned int y, std::size_t width, std::size_t height) {
     const SpanCodec& codec = ActiveSpanCodecs().Of(format_);
-    codec.read({row + std::size_t{x} * codec.bytesPerPixel, 0, 1}, count, packed);
-    if (!HasAlpha(format_) || codec.colors != PackedColors::Premultiplied || AllOpaque(packed, count)) return;
-    for (std::size_t i = 0; i < count; ++i, packed += kPackedBytes) {
-        for (int c = 0; c < 3; ++c) packed[c] = Unpremultiply(packed[c], packed[3]);
-    }
+    const PixelRows<const unsigned char> rows{rows_.Row(y) + std::size_t{x} * codec.bytesPerPixel, rows_.step, height};
+    if (codec.inPlace && height == 1) return rows.first;
+    codec.read(rows, width, packed_.data());
+    return packed_.data();
 }
 
-/// The colours of `height` rows of `width` pixels, whose first is (x, y).
-void SoftMaskReader::ReadColors(unsigned int x, unsigned int y, std::size_t width, std::size_t height) {
-    for (std::size_t row = 0; row < height; ++row) {
-        ReadColorsOfRow(rows_.Row(y + row), x, width, packed_.data() + row * width * kPackedBytes);
+/// Makes the colours of packed pixels of the mask straight, in a buffer. @return whether they were not.
+bool SoftMaskReader::Straighten(const unsigned char*& packed, std::size_t count) {
+    if (ActiveSpanCodecs().Of(format_).colors == PackedColors::Straight || AllOpaque(packed, count)) return false;
+    for (std::size_t i = 0; i < count * kPackedBytes; ++i) {
+        const unsigned char alpha = packed[i | 3];
+        packed_[i] = i % kPackedBytes == 3 ? alpha : Unpremultiply(packed[i], alpha);
     }
+    packed = packed_.data();
+    return true;
 }
 
 /// The keys of such rows: where they lie, if they are bytes of one row.
@@ -159,19 +163,20 @@ bool SoftMaskReader::Read(unsigned int x, unsigned int y, std::size_t width, std
                           const unsigned char* source, unsigned char* effective) {
     const std::size_t count = width * height;
     if (key_ != MaskKey::Color) return ReadByKeys(ReadKeys(x, y, width, height), source, count, effective);
-    ReadColors(x, y, width, height);
-    return ReadByColors(source, count, effective);
+    return ReadByColors(ReadColors(x, y, width, height), source, count, effective);
 }
 
-bool SoftMaskReader::ReadByColors(const unsigned char* source, std::size_t count, unsigned char* effective) {
+bool SoftMaskReader::ReadByColors(const unsigned char* packed, const unsigned char* source, std::size_t count,
+                                  unsigned char* effective) {
     if (IsIdentity(transfer_) && group_) {
-        ReadLuminosities(count, IdentityOf(transfer_.GetSourceType()).bytes, bytes_.data());
+        ReadLuminosities(packed, count, bytes_.data());
     } else if (IsIdentity(transfer_) && alpha_ == 255 && AllOpaque(source, count)) {
-        ReadLuminosities(count, IdentityOf(transfer_.GetSourceType()).ofOpaque, effective);
+        ReadLuminosities(packed, count, effective);
         return true;
     } else {
+        Straighten(packed, count);
         for (std::size_t i = 0; i < count; ++i) {
-            const double opacity = OpacityOfColor(packed_.data() + i * kPackedBytes);
+            const double opacity = OpacityOfColor(packed + i * kPackedBytes);
             if (!InRange(opacity)) return false;
             opacity_[i] = opacity;
             bytes_[i] = static_cast<unsigned char>(GroupMaskByte(opacity));
@@ -181,16 +186,17 @@ bool SoftMaskReader::ReadByColors(const unsigned char* source, std::size_t count
     return true;
 }
 
-/// The luminosities of colours as bytes: what groups cut them to, and the effective alphas of an opaque source outside.
-void SoftMaskReader::ReadLuminosities(std::size_t count, const ByteTable& ofGrey, unsigned char* bytes) {
-    std::array<std::uint16_t, kMostPixels> unknown;
-    const std::size_t unknowns = ActiveMaskStages().luminosities(packed_.data(), count, ofGrey, bytes, unknown.data());
-    for (std::size_t i = 0; i < unknowns; ++i) {
-        const double opacity =
-            transfer_.ComputeAlpha(Color(ARGB_BLACK | PackedRgb(packed_.data() + unknown[i] * kPackedBytes)));
-        bytes[unknown[i]] =
-            static_cast<unsigned char>(group_ ? GroupMaskByte(opacity) : PlainMaskOpacity(255, 255, opacity));
-    }
+/// How luminosities become bytes: what groups cut them to, and the effective alphas of an opaque source outside.
+LuminosityBytes SoftMaskReader::Luminosities() const {
+    const IdentityOpacities& identity = IdentityOf(transfer_.GetSourceType());
+    return {group_ ? identity.bytes : identity.ofOpaque, group_};
+}
+
+/// The luminosities of packed pixels of the mask.
+void SoftMaskReader::ReadLuminosities(const unsigned char* packed, std::size_t count, unsigned char* bytes) {
+    const auto luminosities = ActiveMaskStages().luminosities;
+    if (luminosities(packed, count, Luminosities(), bytes)) return;
+    if (Straighten(packed, count)) luminosities(packed, count, Luminosities(), bytes);
 }
 
 bool SoftMaskReader::ReadByKeys(const unsigned char* keys, const unsigned char* source, std::size_t count,

@@ -53,12 +53,14 @@ private:
     [[nodiscard]] bool IsOfBytes() const { return key_ == MaskKey::Index && BitsPerPixel(format_) == 8; }
     bool LearnKeys(const PixelRows<const unsigned char>& keys, std::size_t width);
     std::size_t MixByColors(const MixedRows& rows, unsigned int x, unsigned int y);
-    void ReadColors(unsigned int x, unsigned int y, std::size_t width, std::size_t height);
+    const unsigned char* ReadColors(unsigned int x, unsigned int y, std::size_t width, std::size_t height);
+    bool Straighten(const unsigned char*& packed, std::size_t count);
+    [[nodiscard]] LuminosityBytes Luminosities() const;
+    void ReadLuminosities(const unsigned char* packed, std::size_t count, unsigned char* bytes);
     const unsigned char* ReadKeys(unsigned int x, unsigned int y, std::size_t width, std::size_t height);
     void ReadKeysOfRow(const unsigned char* row, unsigned int x, std::size_t count, unsigned char* keys) const;
-    void ReadColorsOfRow(const unsigned char* row, unsigned int x, std::size_t count, unsigned char* packed) const;
-    bool ReadByColors(const unsigned char* source, std::size_t count, unsigned char* effective);
-    void ReadLuminosities(std::size_t count, const ByteTable& ofGrey, unsigned char* bytes);
+    bool ReadByColors(const unsigned char* packed, const unsigned char* source, std::size_t count,
+                      unsigned char* effective);
     bool ReadByKeys(const unsigned char* keys, const unsigned char* source, std::size_t count,
                     unsigned char* effective);
     void Scale(const unsigned char* source, std::size_t count, unsigned char* effective) const;

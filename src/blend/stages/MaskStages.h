@@ -46,6 +46,12 @@ struct KeyedSpan {
     std::size_t count;
 };
 
+/// Luminosities as bytes: floor(255 * luminosity) in the doubles that define it, all roundings included.
+struct LuminosityBytes {
+    const ByteTable& ofGrey;
+    bool inGroup;  ///< what groups cut them to; else the effective alphas of an opaque source
+};
+
 /// What a soft mask or a stencil takes: reading a mask's bytes as alphas, and Normal of opaque pixels on opaque or
 /// clear ones, as text, outlines and shadows are painted. These are mixed where they lie, by an alpha a pixel: each of
 /// their bytes is (source * alpha + target * (255-alpha)) / 255.
@@ -59,12 +65,13 @@ struct MaskStages {
     /// `alpha` where they are 0.
     std::size_t (*byBits)(const MixedRows& rows, const PixelRows<const unsigned char>& bits, std::size_t first,
                           std::uint32_t alpha);
-    /// floor(255 * luminosity) of packed opaque pixels in the doubles that define it, all roundings included.
-    /// @param ofGrey the same of greys. @param unknown gets the places of pixels that it cannot tell: colours that are
-    /// no grey, of which 255 * luminosity is a whole number but for roundings.
-    /// @return how many those are.
-    std::size_t (*luminosities)(const unsigned char* packed, std::size_t count, const ByteTable& ofGrey,
-                                unsigned char* bytes, std::uint16_t* unknown);
+    /// The same by luminosities of packed pixels of a mask. Stops also ahead of one that is not opaque, if it
+    /// `needsOpaque`.
+    std::size_t (*byColors)(const MixedRows& rows, const PixelRows<const unsigned char>& colors, bool needsOpaque,
+                            const LuminosityBytes& of);
+    /// Luminosities of packed pixels, whatever their alpha, as bytes. @return whether all of the pixels are opaque.
+    bool (*luminosities)(const unsigned char* packed, std::size_t count, const LuminosityBytes& of,
+                         unsigned char* bytes);
     /// Whether 256 colours are the opaque greys, each at its value.
     bool (*areGreys)(const Color* colors);
     /// The bytes of keys.

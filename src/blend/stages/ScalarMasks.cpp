@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 
+#include "blend/stages/ExactLuminosity.h"
 #include "pixel/Spans.h"
 
 namespace vantu {
@@ -16,45 +17,61 @@ void MixPixel(unsigned char* target, const unsigned char* source, std::uint32_t 
     }
 }
 
-/// Mixes rows by `alphaAt(row, x)`.
-template <typename AlphaAt>
-std::size_t MixRows(const MixedRows& rows, AlphaAt alphaAt) {
+/// Mixes rows by `alphaAt(row, x)` as long as `isKnown(row, x)`.
+template <typename IsKnown, typename AlphaAt>
+std::size_t MixRows(const MixedRows& rows, IsKnown isKnown, AlphaAt alphaAt) {
     for (std::size_t row = 0; row < rows.target.count; ++row) {
         for (std::size_t x = 0; x < rows.width; ++x) {
             unsigned char* const target = rows.target.Row(row) + x * kPackedBytes;
             const unsigned char* const source = rows.source.Row(row) + x * kPackedBytes;
             const bool isClear = rows.mixesClear && std::count(target, target + kPackedBytes, 0) == kPackedBytes;
-            if (source[3] != 255 || (target[3] != 255 && !isClear)) return row * rows.width + x;
+            const bool canMix = source[3] == 255 && (target[3] == 255 || isClear) && isKnown(row, x);
+            if (!canMix) return row * rows.width + x;
             MixPixel(target, source, alphaAt(row, x));
         }
     }
     return rows.target.count * rows.width;
 }
 
+bool Always(std::size_t /*row*/, std::size_t /*x*/) {
+    return true;
+}
+
 std::size_t MixByKeys(const MixedRows& rows, const PixelRows<const unsigned char>& keys, const ByteTable& alphaOfKey) {
-    return MixRows(rows, [&](std::size_t row, std::size_t x) -> std::uint32_t { return alphaOfKey[keys.Row(row)[x]]; });
+    return MixRows(rows, Always,
+                   [&](std::size_t row, std::size_t x) -> std::uint32_t { return alphaOfKey[keys.Row(row)[x]]; });
 }
 
 std::size_t MixByBits(const MixedRows& rows, const PixelRows<const unsigned char>& bits, std::size_t first,
                       std::uint32_t alpha) {
-    return MixRows(rows, [&](std::size_t row, std::size_t x) {
+    return MixRows(rows, Always, [&](std::size_t row, std::size_t x) {
         const bool guarded = (bits.Row(row)[(first + x) / 8] & 0x80U >> (first + x) % 8) != 0;
         return guarded ? 0 : alpha;
     });
 }
 
 /// 255 * luminosity is (30*R + 59*G + 11*B) / 100, but for roundings.
-std::size_t Luminosities(const unsigned char* packed, std::size_t count, const ByteTable& ofGrey, unsigned char* bytes,
-                         std::uint16_t* unknown) {
-    std::size_t unknowns = 0;
+unsigned char LuminosityOf(const unsigned char* bgr, const LuminosityBytes& of) {
+    const std::uint32_t n = 11U * bgr[0] + 59U * bgr[1] + 30U * bgr[2];
+    if (bgr[0] == bgr[1] && bgr[1] == bgr[2]) return of.ofGrey[bgr[0]];
+    return n % 100 == 0 ? ExactLuminosity(bgr, of.inGroup) : static_cast<unsigned char>(n / 100);
+}
+
+std::size_t MixByColors(const MixedRows& rows, const PixelRows<const unsigned char>& colors, bool needsOpaque,
+                        const LuminosityBytes& of) {
+    const auto pixel = [&](std::size_t row, std::size_t x) { return colors.Row(row) + x * kPackedBytes; };
+    return MixRows(
+        rows, [&](std::size_t row, std::size_t x) { return !needsOpaque || pixel(row, x)[3] == 255; },
+        [&](std::size_t row, std::size_t x) -> std::uint32_t { return LuminosityOf(pixel(row, x), of); });
+}
+
+bool Luminosities(const unsigned char* packed, std::size_t count, const LuminosityBytes& of, unsigned char* bytes) {
+    bool opaque = true;
     for (std::size_t i = 0; i < count; ++i) {
-        const unsigned char* const p = packed + i * kPackedBytes;
-        const std::uint32_t n = 11U * p[0] + 59U * p[1] + 30U * p[2];
-        const bool grey = p[0] == p[1] && p[1] == p[2];
-        bytes[i] = grey ? ofGrey[p[0]] : static_cast<unsigned char>(n / 100);
-        if (!grey && n % 100 == 0) unknown[unknowns++] = static_cast<std::uint16_t>(i);
+        bytes[i] = LuminosityOf(packed + i * kPackedBytes, of);
+        opaque = opaque && packed[i * kPackedBytes + 3] == 255;
     }
-    return unknowns;
+    return opaque;
 }
 
 /// Grey i is 0xFF000000 + 0x010101 * i.
@@ -78,7 +95,7 @@ void ScaleAlphas(const KeyedSpan& span, const KeyScaling& scaling) {
     }
 }
 
-constexpr MaskStages kScalarMaskStages{MixByKeys, MixByBits, Luminosities, AreGreys, LookUp, ScaleAlphas};
+constexpr MaskStages kScalarMaskStages{MixByKeys, MixByBits, MixByColors, Luminosities, AreGreys, LookUp, ScaleAlphas};
 
 }  // namespace
 

@@ -48,6 +48,24 @@ struct PieceAlphas {
 #endif
     }
 
+    /// Sets `clear` and `full`.
+    HWY_INLINE void FindClearAndFull() {
+#if IMAGEOP_HAS_BYTE_TABLES
+        const Bytes bytes = hn::Load(kBytes, alphas);
+        clear = Bits(hn::Eq(bytes, hn::Zero(kBytes)));
+        full = Bits(hn::Eq(bytes, hn::Set(kBytes, 255)));
+#else
+        clear = full = 0;
+        for (std::size_t i = 0; i < kPixels; i += 8) {
+            std::uint64_t eight = 0;
+            std::memcpy(&eight, alphas + i, sizeof eight);
+            // No branches: compilers may follow them up to each set of bits and there write all that comes behind.
+            clear |= std::uint64_t{eight == 0} * 255 << i;
+            full |= std::uint64_t{~eight == 0} * 255 << i;
+        }
+#endif
+    }
+
     alignas(kPixels) unsigned char alphas[kPixels];
     /// Of a part of a row, which pixels they leave or replace: a bit for each, the first pixel's lowest. The bits need
     /// not tell of all such pixels.
@@ -117,33 +135,24 @@ private:
 #endif
 };
 
+// What reads alphas tells whether it can: masks are told apart that have other colours than they store.
+
 /// Alphas by keys, a byte a pixel.
 class KeyAlphas {
 public:
     explicit HWY_INLINE KeyAlphas(const ByteTable& table) : lookUp_(table) {}
 
     /// Those of `count` pixels of a row from x on; zeros behind them.
-    HWY_INLINE void Read(const unsigned char* row, std::size_t x, std::size_t count, PieceAlphas& piece) const {
+    HWY_INLINE bool Read(const unsigned char* row, std::size_t x, std::size_t count, PieceAlphas& piece) const {
         lookUp_.Read(row + x, count, piece.alphas);
-#if IMAGEOP_HAS_BYTE_TABLES
-        const Bytes alphas = hn::Load(kBytes, piece.alphas);
-        piece.clear = Bits(hn::Eq(alphas, hn::Zero(kBytes)));
-        piece.full = Bits(hn::Eq(alphas, hn::Set(kBytes, 255)));
-#else
-        piece.clear = piece.full = 0;
-        for (std::size_t i = 0; i < PieceAlphas::kPixels; i += 8) {
-            std::uint64_t eight = 0;
-            std::memcpy(&eight, piece.alphas + i, sizeof eight);
-            // No branches: compilers may follow them up to each set of bits and there write all that comes behind.
-            piece.clear |= std::uint64_t{eight == 0} * 255 << i;
-            piece.full |= std::uint64_t{~eight == 0} * 255 << i;
-        }
-#endif
+        piece.FindClearAndFull();
+        return true;
     }
 
     /// Those of `width` pixels of each of some narrow rows.
-    HWY_INLINE void ReadRows(const PixelRows<const unsigned char>& rows, std::size_t width, PieceAlphas& piece) const {
+    HWY_INLINE bool ReadRows(const PixelRows<const unsigned char>& rows, std::size_t width, PieceAlphas& piece) const {
         lookUp_.ReadRows(rows, width, piece.alphas);
+        return true;
     }
 
 private:
@@ -156,20 +165,22 @@ public:
     BitAlphas(std::size_t first, std::uint32_t alpha) : first_(first), alpha_(static_cast<unsigned char>(alpha)) {}
 
     /// Those of `count` pixels of a row from x on; zeros behind them.
-    HWY_INLINE void Read(const unsigned char* row, std::size_t x, std::size_t count, PieceAlphas& piece) const {
+    HWY_INLINE bool Read(const unsigned char* row, std::size_t x, std::size_t count, PieceAlphas& piece) const {
         const std::uint64_t painted = PaintedFrom(row, first_ + x, count);
         piece.clear = ~painted;
         piece.full = alpha_ == 255 ? painted : 0;
         Spread(painted, piece);
+        return true;
     }
 
     /// Those of `width` pixels of each of some narrow rows.
-    HWY_INLINE void ReadRows(const PixelRows<const unsigned char>& rows, std::size_t width, PieceAlphas& piece) const {
+    HWY_INLINE bool ReadRows(const PixelRows<const unsigned char>& rows, std::size_t width, PieceAlphas& piece) const {
         std::uint64_t painted = 0;
         for (std::size_t row = rows.count; row-- > 0;) {
             painted = painted << PieceAlphas::kNarrow | PaintedFrom(rows.Row(row), first_, width);
         }
         Spread(painted, piece);
+        return true;
     }
 
 private:

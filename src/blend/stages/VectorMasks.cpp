@@ -74,14 +74,14 @@ HWY_INLINE std::size_t MixRow(unsigned char* target, const unsigned char* source
     std::size_t x = 0;
     for (; x + piece.kPixels <= width; x += piece.kPixels) {
         if (!CanMix(target, source, piece.kPixels, mixesClear)) return x;
-        alphas.Read(mask, x, piece.kPixels, piece);
+        if (!alphas.Read(mask, x, piece.kPixels, piece)) return x;
         MixVectors(target, source, piece.kPixels, piece, mix);
         target += piece.kPixels * kPackedBytes;
         source += piece.kPixels * kPackedBytes;
     }
     const std::size_t count = width - x;
     if (count == 0 || !CanMix(target, source, count, mixesClear)) return x;
-    alphas.Read(mask, x, count, piece);
+    if (!alphas.Read(mask, x, count, piece)) return x;
     const std::size_t rest = count % hn::Lanes(kPixels);
     const std::size_t whole = count - rest;
     MixVectors(target, source, whole, piece, mix);
@@ -103,7 +103,7 @@ HWY_INLINE std::size_t MixNarrowRows(MixedRows rows, PixelRows<const unsigned ch
     PieceAlphas piece;
     while (row < rows.target.count) {
         const std::size_t count = std::min(kTogether, rows.target.count - row);
-        alphas.ReadRows({mask.Row(row), mask.step, count}, rows.width, piece);
+        if (!alphas.ReadRows({mask.Row(row), mask.step, count}, rows.width, piece)) break;
         Pixels mixed[kTogether], common = hn::Set(kPixels, kPackedAlpha);
         for (std::size_t i = 0; i < count; ++i) {
             const Pixels s = first.Load(rows.source.Row(row + i)), t = first.Load(rows.target.Row(row + i));
@@ -143,6 +143,11 @@ std::size_t MixByBits(const MixedRows& rows, const PixelRows<const unsigned char
     return MixRows(rows, bits, BitAlphas(first, alpha));
 }
 
+std::size_t MixByColors(const MixedRows& rows, const PixelRows<const unsigned char>& colors, bool needsOpaque,
+                        const LuminosityBytes& of) {
+    return MixRows(rows, colors, ColorAlphas(of, needsOpaque));
+}
+
 /// Grey i is 0xFF000000 + 0x010101 * i.
 bool AreGreys(const Color* colors) {
     const std::size_t lanes = hn::Lanes(kPixels);
@@ -165,7 +170,7 @@ void LookUp(const unsigned char* keys, std::size_t count, const ByteTable& table
     for (; i < count; ++i) bytes[i] = table[keys[i]];
 }
 
-constexpr MaskStages kMaskStages{MixByKeys, MixByBits, Luminosities, AreGreys, LookUp, ScaleAlphas};
+constexpr MaskStages kMaskStages{MixByKeys, MixByBits, MixByColors, Luminosities, AreGreys, LookUp, ScaleAlphas};
 
 const MaskStages* MaskStagesOfTarget() {
     return &kMaskStages;

@@ -18,13 +18,13 @@
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 
-#if IMAGEOP_HAS_PAIR_SUMS
-
 /// A word in every lane that the compiler does not know: one that it knows it would make again wherever it is used.
 HWY_INLINE Words Kept(unsigned int value) {
     const volatile auto word = static_cast<std::uint16_t>(value);
     return hn::Set(kWords, word);
 }
+
+#if IMAGEOP_HAS_PAIR_SUMS
 
 /// Mixes pixels by alphas that lie in all bytes of their pixels: (s*a + t*(255-a)) / 255 of each byte.
 ///
