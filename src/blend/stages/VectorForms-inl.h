@@ -39,7 +39,7 @@ struct PlainStage {
     static HWY_INLINE std::size_t PaintWhileOpaque(const CompositeSpan& span, std::size_t i,
                                                    std::size_t end) requires(Mode == BlendMode::Normal) {
         if (span.opacity != nullptr || span.select != nullptr) return i;
-        return span.alpha == 255 ? PaintOnOpaque(span, i, end) : PaintOpaqueBytes(span, i, end);
+        return span.alpha == 255 ? PaintOnOpaque<CompositeForm::Plain>(span, i, end) : PaintOpaqueBytes(span, i, end);
     }
 
     static HWY_INLINE bool Paint(const CompositeSpan& span, std::size_t i, const Blend<Mode>& blend) {
@@ -109,6 +109,11 @@ struct PlainStage {
 
 template <BlendMode Mode, PackedColors Colors>
 struct GroupStage {
+    static HWY_INLINE std::size_t PaintWhileOpaque(const CompositeSpan& span, std::size_t i,
+                                                   std::size_t end) requires(Mode == BlendMode::Normal) {
+        return PaintWhileOpaqueInGroup<CompositeForm::Group>(span, i, end);
+    }
+
     static HWY_INLINE bool Paint(const CompositeSpan& span, std::size_t i, const Blend<Mode>& blend) {
         const Words zero = hn::Zero(kWords);
         const Words full = Constant(255);
@@ -169,6 +174,11 @@ struct GroupStage {
 
 template <BlendMode Mode, PackedColors Colors>
 struct KnockoutStage {
+    static HWY_INLINE std::size_t PaintWhileOpaque(const CompositeSpan& span, std::size_t i,
+                                                   std::size_t end) requires(Mode == BlendMode::Normal) {
+        return PaintWhileOpaqueInGroup<CompositeForm::Knockout>(span, i, end);
+    }
+
     static HWY_INLINE bool Paint(const CompositeSpan& span, std::size_t i, const Blend<Mode>& blend) {
         const Blocks<WordMask> keep = Unselected(span, i);
         if (All(AndOfBlocks(keep))) return true;

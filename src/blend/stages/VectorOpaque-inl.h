@@ -42,45 +42,85 @@ HWY_INLINE bool IsMostlyCopied(const unsigned char* source) {
     return 2 * hn::CountTrue(kPixels, mixed) < hn::Lanes(kPixels);
 }
 
-/// Paints steps from pixel i on by Normal at full alpha for as long as their sources or their targets are opaque, but
-/// for those whose pixels may pay to be gathered.
+/// Raises the group alphas of a step by the alphas of its source.
+HWY_INLINE void RaiseGroupAlphas(const unsigned char* source, std::uint32_t* entries) {
+    for (std::size_t at = 0; at < StepPixels(); at += hn::Lanes(kPixels)) {
+        const Words alpha = AsWords(hn::ShiftRight<24>(LoadPixels(source + at * kPackedBytes)));
+        const Words before = AsWords(hn::LoadU(kPixels, entries + at));
+        hn::StoreU(AsPixels(UniteAlpha(before, alpha)), kPixels, entries + at);
+    }
+}
+
+/// Paints steps from pixel i on by Normal at full alpha, without a stencil, for as long as their sources or their
+/// targets are opaque, and in a group their snapshots; outside groups but for those whose pixels may pay to be
+/// gathered.
 /// @return the pixel behind them.
+template <CompositeForm Form>
 HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, std::size_t end) {
+    constexpr bool inGroup = Form != CompositeForm::Plain;
+    constexpr bool inKnockout = Form == CompositeForm::Knockout;
     bool isExtreme = false;
     for (; i < end; i += StepPixels()) {
         const unsigned char* const source = span.source + i * kPackedBytes;
         unsigned char* const target = span.target + i * kPackedBytes;
+        const unsigned char* const backdrop = inKnockout ? span.snapshot + i * kPackedBytes : target;
         const auto eachVector = [&](auto paint) {
             for (std::size_t at = 0; at < kStepVectors * VectorBytes(); at += VectorBytes()) {
-                StorePixels(paint(LoadPixels(source + at), target + at), target + at);
+                StorePixels(paint(LoadPixels(source + at), at), target + at);
             }
         };
+        if (inGroup && !IsOpaque(span.snapshot + i * kPackedBytes)) break;
         if (IsOpaque(source)) {
-            eachVector([](Pixels s, const unsigned char*) { return s; });
+            eachVector([](Pixels s, std::size_t) { return s; });
+            if constexpr (inGroup) {
+                ForEachBlock(
+                    [&](std::size_t j) { StoreEntries(Constant(255), span.groupAlpha + i + j * BlockPixels()); });
+            }
             continue;
         }
-        if (IsClear(source)) continue;  // large pictures are clear for long: their targets need not be read
+        // Large pictures are clear for long: outside groups their targets need not be read.
+        if (!inGroup && IsClear(source)) continue;
         if (!IsOpaque(target)) break;
+        if constexpr (inGroup) {
+            if (IsClear(source)) continue;
+            RaiseGroupAlphas(source, span.groupAlpha + i);
+        }
         // Steps of one kind follow each other: it is not worth while to ask at each.
         if (isExtreme || i % (4 * StepPixels()) == 0) {
             isExtreme = IsExtreme(source);
             if (isExtreme) {
-                if (IsClear(source)) continue;
-                eachVector([](Pixels s, const unsigned char* t) { return OverOpaque(s, LoadPixels(t)); });
+                eachVector([&](Pixels s, std::size_t at) {
+                    const Pixels result = OverOpaque(s, LoadPixels(backdrop + at));
+                    if (!inKnockout) return result;
+                    const PixelMask painted = hn::Ne(hn::ShiftRight<24>(s), hn::Zero(kPixels));
+                    return hn::IfThenElse(painted, result, LoadPixels(target + at));
+                });
                 continue;
             }
-            if (IsMostlyCopied(source)) break;
+            if (!inGroup && IsMostlyCopied(source)) break;
         }
         const Blocks<Block> block = LoadBlocks(source);
         const Blocks<Words> as = Alphas(block);
         const Blocks<Channels> cs = UnpremultipliedWhereSeen(block, as);
-        const Blocks<Channels> cb = StoredChannels(LoadBlocks(target));
+        const Blocks<Channels> cb = StoredChannels(LoadBlocks(backdrop));
         ForEachBlock([&](std::size_t j) {
-            const Channels result = EachChannel(cb[j], cs[j], OnOpaque{as[j]});
-            StoreBlock(MakeBlock(result, Constant(255)), BlockAt(target, j));
+            const Block result = MakeBlock(EachChannel(cb[j], cs[j], OnOpaque{as[j]}), Constant(255));
+            unsigned char* const packed = BlockAt(target, j);
+            if constexpr (inKnockout) {  // where as is 0 the group's own colour stays
+                StoreWhereNot(hn::Eq(as[j], hn::Zero(kWords)), LoadBlock(packed), result, packed);
+            } else {
+                StoreBlock(result, packed);
+            }
         });
     }
     return i;
+}
+
+/// The same of a group's span of any kind.
+template <CompositeForm Form>
+HWY_INLINE std::size_t PaintWhileOpaqueInGroup(const CompositeSpan& span, std::size_t i, std::size_t end) {
+    if (span.opacity != nullptr || span.select != nullptr || span.stencil || span.alpha != 255) return i;
+    return PaintOnOpaque<Form>(span, i, end);
 }
 
 }  // namespace vantu::HWY_NAMESPACE
