@@ -79,13 +79,14 @@ enum class Mask { Keys, Bits, Colors, ColorsIfOpaque };
 /// How many pixels, row by row, come before one whose bytes cannot be mixed.
 std::size_t CountMixed(const Scene& scene, Mask kind) {
     const auto& [target, source, width, mixesClear] = scene.rows;
+    const auto isClear = [](const unsigned char* pixel) { return std::count(pixel, pixel + kPackedBytes, 0) == 4; };
     std::size_t count = 0;
     for (; count < width * target.count; ++count) {
         const std::size_t row = count / width, at = count % width * kPackedBytes;
-        const unsigned char* const onto = target.Row(row) + at;
-        const bool isClear = mixesClear && std::count(onto, onto + kPackedBytes, 0) == 4;
+        const unsigned char *const onto = target.Row(row) + at, *const from = source.Row(row) + at;
         const bool isKnown = kind != Mask::ColorsIfOpaque || scene.colorRows.Row(row)[at + 3] == 255;
-        if (source.Row(row)[at + 3] != 255 || (onto[3] != 255 && !isClear) || !isKnown) break;
+        const bool canMix = from[3] == 255 || (mixesClear && kind != Mask::Bits && isClear(from));
+        if (!canMix || (onto[3] != 255 && !(mixesClear && isClear(onto))) || !isKnown) break;
     }
     return count;
 }
@@ -126,7 +127,9 @@ TEST_P(MaskStagesOn, MixOpaqueRowsAsTheStepsDo) {
         table[255] = 255;
         const std::size_t clear = random() % 4 == 0 ? random() % 30 : 0;
         for (std::size_t i = 0; i < clear; ++i) {
-            unsigned char* const pixel = scene.rows.target.Row(random() % height) + random() % width * kPackedBytes;
+            const std::size_t row = random() % height, x = random() % width;
+            unsigned char* const pixel = i % 3 == 0 ? scene.source.data() + scene.OffsetInSource(row, x)
+                                                    : scene.rows.target.Row(row) + x * kPackedBytes;
             std::fill_n(pixel, kPackedBytes, static_cast<unsigned char>(0));
         }
         if (random() % 4 == 0) {

@@ -18,7 +18,9 @@ struct MixedRows {
     PixelRows<unsigned char> target;
     PixelRows<const unsigned char> source;
     std::size_t width;
-    bool mixesClear;  ///< whether the target is premultiplied: pixels of no byte but 0 are mixed as opaque ones are
+    /// Whether the target is premultiplied. Pixels of no byte but 0 are then mixed as opaque ones are and, by keys,
+    /// leave what they lie on.
+    bool mixesClear;
 };
 
 /// How keys that are the values of an identity's source scale a source alpha sa, at full constant alpha outside groups:

@@ -17,17 +17,22 @@ void MixPixel(unsigned char* target, const unsigned char* source, std::uint32_t 
     }
 }
 
-/// Mixes rows by `alphaAt(row, x)` as long as `isKnown(row, x)`.
+bool IsClear(const unsigned char* pixel) {
+    return std::count(pixel, pixel + kPackedBytes, 0) == kPackedBytes;
+}
+
+/// Mixes rows by `alphaAt(row, x)` as long as `isKnown(row, x)`. @param fromClear whether the source may be clear.
 template <typename IsKnown, typename AlphaAt>
-std::size_t MixRows(const MixedRows& rows, IsKnown isKnown, AlphaAt alphaAt) {
+std::size_t MixRows(const MixedRows& rows, bool fromClear, IsKnown isKnown, AlphaAt alphaAt) {
     for (std::size_t row = 0; row < rows.target.count; ++row) {
         for (std::size_t x = 0; x < rows.width; ++x) {
             unsigned char* const target = rows.target.Row(row) + x * kPackedBytes;
             const unsigned char* const source = rows.source.Row(row) + x * kPackedBytes;
-            const bool isClear = rows.mixesClear && std::count(target, target + kPackedBytes, 0) == kPackedBytes;
-            const bool canMix = source[3] == 255 && (target[3] == 255 || isClear) && isKnown(row, x);
+            const bool leaves = fromClear && rows.mixesClear && IsClear(source);
+            const bool isOnOpaque = target[3] == 255 || (rows.mixesClear && IsClear(target));
+            const bool canMix = (leaves || source[3] == 255) && isOnOpaque && isKnown(row, x);
             if (!canMix) return row * rows.width + x;
-            MixPixel(target, source, alphaAt(row, x));
+            if (!leaves) MixPixel(target, source, alphaAt(row, x));
         }
     }
     return rows.target.count * rows.width;
@@ -38,13 +43,13 @@ bool Always(std::size_t /*row*/, std::size_t /*x*/) {
 }
 
 std::size_t MixByKeys(const MixedRows& rows, const PixelRows<const unsigned char>& keys, const ByteTable& alphaOfKey) {
-    return MixRows(rows, Always,
+    return MixRows(rows, true, Always,
                    [&](std::size_t row, std::size_t x) -> std::uint32_t { return alphaOfKey[keys.Row(row)[x]]; });
 }
 
 std::size_t MixByBits(const MixedRows& rows, const PixelRows<const unsigned char>& bits, std::size_t first,
                       std::uint32_t alpha) {
-    return MixRows(rows, Always, [&](std::size_t row, std::size_t x) {
+    return MixRows(rows, false, Always, [&](std::size_t row, std::size_t x) {
         const bool guarded = (bits.Row(row)[(first + x) / 8] & 0x80U >> (first + x) % 8) != 0;
         return guarded ? 0 : alpha;
     });
@@ -61,7 +66,7 @@ std::size_t MixByColors(const MixedRows& rows, const PixelRows<const unsigned ch
                         const LuminosityBytes& of) {
     const auto pixel = [&](std::size_t row, std::size_t x) { return colors.Row(row) + x * kPackedBytes; };
     return MixRows(
-        rows, [&](std::size_t row, std::size_t x) { return !needsOpaque || pixel(row, x)[3] == 255; },
+        rows, true, [&](std::size_t row, std::size_t x) { return !needsOpaque || pixel(row, x)[3] == 255; },
         [&](std::size_t row, std::size_t x) -> std::uint32_t { return LuminosityOf(pixel(row, x), of); });
 }
 

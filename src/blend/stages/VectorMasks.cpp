@@ -21,38 +21,40 @@ HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
 namespace {
 
-/// Pixels with opaque ones in the place of those of no byte but 0.
-HWY_INLINE Pixels OpaqueWhereClear(Pixels v) {
+/// Pixels, with opaque ones in the place of those of no byte but 0 if `MayBeClear`.
+template <bool MayBeClear>
+HWY_INLINE Pixels Seen(Pixels v) {
+    if (!MayBeClear) return v;
     return hn::IfThenElse(hn::Eq(v, hn::Zero(kPixels)), hn::Set(kPixels, kPackedAlpha), v);
 }
 
-/// Whether pixels are opaque, in the source and in `seen` of the target.
-template <typename Seen>
-HWY_INLINE bool BothOpaque(const unsigned char* target, const unsigned char* source, std::size_t count, Seen seen) {
+/// Whether pixels are opaque, in both images, or clear where they may be.
+template <bool TargetMayBeClear, bool SourceMayBeClear>
+HWY_INLINE bool AreOpaque(const unsigned char* target, const unsigned char* source, std::size_t count) {
     const std::size_t lanes = hn::Lanes(kPixels);
+    const auto both = [](Pixels t, Pixels s)
+                          HWY_ATTR { return hn::And(Seen<TargetMayBeClear>(t), Seen<SourceMayBeClear>(s)); };
     Pixels common = hn::Set(kPixels, kPackedAlpha);
     for (; count >= lanes; count -= lanes) {
-        common = hn::And(common, hn::And(seen(LoadPixels(target)), LoadPixels(source)));
+        common = hn::And(common, both(LoadPixels(target), LoadPixels(source)));
         target += lanes * kPackedBytes;
         source += lanes * kPackedBytes;
     }
     if (count == 0) return AllOpaque(common);
     const FirstPixels last(count);
-    return AllOpaque(hn::And(common, last.OpaqueBehind(hn::And(seen(last.Load(target)), last.Load(source)))));
+    return AllOpaque(hn::And(common, last.OpaqueBehind(both(last.Load(target), last.Load(source)))));
 }
 
-HWY_INLINE Pixels AsItIs(Pixels v) {
-    return v;
-}
-
-/// Whether the bytes of pixels can be mixed. Nearly all targets are opaque: others are looked at again.
-HWY_INLINE bool CanMix(const unsigned char* target, const unsigned char* source, std::size_t count, bool mixesClear) {
-    return BothOpaque(target, source, count, AsItIs) ||
-           (mixesClear && BothOpaque(target, source, count, OpaqueWhereClear));
+/// Where a source is clear, if it may be, the target; elsewhere what the two were mixed to.
+template <bool SourceMayBeClear>
+HWY_INLINE Pixels WhereSeen(Pixels source, Pixels target, Pixels mixed) {
+    if (!SourceMayBeClear) return mixed;
+    return hn::IfThenElse(hn::Eq(source, hn::Zero(kPixels)), target, mixed);
 }
 
 /// Mixes the first `count` pixels of a piece, whole vectors. What an alpha of 0 leaves is not touched, and what one of
 /// 255 replaces is not mixed.
+template <bool SourceMayBeClear>
 HWY_INLINE void MixVectors(unsigned char* target, const unsigned char* source, std::size_t count,
                            const PieceAlphas& piece, const Mixing& mix) {
     const std::size_t lanes = hn::Lanes(kPixels);
@@ -62,42 +64,47 @@ HWY_INLINE void MixVectors(unsigned char* target, const unsigned char* source, s
         const Pixels s = LoadPixels(source + i * kPackedBytes);
         unsigned char* const pixels = target + i * kPackedBytes;
         const bool replaces = (piece.full >> i & all) == all;
-        StorePixels(replaces ? s : mix(s, LoadPixels(pixels), piece.InEachByteFrom(i)), pixels);
+        const Pixels mixed = replaces ? s : mix(s, LoadPixels(pixels), piece.InEachByteFrom(i));
+        StorePixels(WhereSeen<SourceMayBeClear>(s, LoadPixels(pixels), mixed), pixels);
     }
 }
 
-/// Mixes the pixels of a row. @return how many, from the first on.
-template <typename Alphas>
-HWY_INLINE std::size_t MixRow(unsigned char* target, const unsigned char* source, const unsigned char* mask,
-                              std::size_t width, bool mixesClear, const Alphas& alphas, const Mixing& mix) {
+/// Mixes the pixels of a row from x on, as far as they are opaque, or clear where they may be.
+/// @return the place behind them.
+template <bool TargetMayBeClear, bool SourceMayBeClear, typename Alphas>
+HWY_INLINE std::size_t MixRow(MixedRows rows, std::size_t row, std::size_t x, const unsigned char* mask,
+                              const Alphas& alphas, const Mixing& mix) {
+    const std::size_t width = rows.width;
+    unsigned char* target = rows.target.Row(row) + x * kPackedBytes;
+    const unsigned char* source = rows.source.Row(row) + x * kPackedBytes;
     PieceAlphas piece;
-    std::size_t x = 0;
     for (; x + piece.kPixels <= width; x += piece.kPixels) {
-        if (!CanMix(target, source, piece.kPixels, mixesClear)) return x;
+        if (!AreOpaque<TargetMayBeClear, SourceMayBeClear>(target, source, piece.kPixels)) return x;
         if (!alphas.Read(mask, x, piece.kPixels, piece)) return x;
-        MixVectors(target, source, piece.kPixels, piece, mix);
+        MixVectors<SourceMayBeClear>(target, source, piece.kPixels, piece, mix);
         target += piece.kPixels * kPackedBytes;
         source += piece.kPixels * kPackedBytes;
     }
     const std::size_t count = width - x;
-    if (count == 0 || !CanMix(target, source, count, mixesClear)) return x;
+    if (count == 0 || !AreOpaque<TargetMayBeClear, SourceMayBeClear>(target, source, count)) return x;
     if (!alphas.Read(mask, x, count, piece)) return x;
     const std::size_t rest = count % hn::Lanes(kPixels);
     const std::size_t whole = count - rest;
-    MixVectors(target, source, whole, piece, mix);
+    MixVectors<SourceMayBeClear>(target, source, whole, piece, mix);
     if (rest == 0) return width;
     target += whole * kPackedBytes;
     source += whole * kPackedBytes;
     const FirstPixels last(rest);
-    last.Store(mix(last.Load(source), last.Load(target), piece.InEachByteFrom(whole)), target);
+    const Pixels s = last.Load(source), t = last.Load(target);
+    last.Store(WhereSeen<SourceMayBeClear>(s, t, mix(s, t, piece.InEachByteFrom(whole))), target);
     return width;
 }
 
-/// Mixes rows that fit a vector, from one on, as far as pixels are opaque, in the source and in `seen` of the target.
+/// Mixes rows that fit a vector, from one on, as far as pixels are opaque, or clear where they may be.
 /// @return the row behind them.
-template <typename Alphas, typename Seen>
+template <bool TargetMayBeClear, bool SourceMayBeClear, typename Alphas>
 HWY_INLINE std::size_t MixNarrowRows(MixedRows rows, PixelRows<const unsigned char> mask, std::size_t row,
-                                     const Alphas& alphas, const Mixing& mix, Seen seen) {
+                                     const Alphas& alphas, const Mixing& mix) {
     constexpr std::size_t kTogether = PieceAlphas::kNarrowRows;
     const FirstPixels first(rows.width);
     PieceAlphas piece;
@@ -107,8 +114,9 @@ HWY_INLINE std::size_t MixNarrowRows(MixedRows rows, PixelRows<const unsigned ch
         Pixels mixed[kTogether], common = hn::Set(kPixels, kPackedAlpha);
         for (std::size_t i = 0; i < count; ++i) {
             const Pixels s = first.Load(rows.source.Row(row + i)), t = first.Load(rows.target.Row(row + i));
-            common = hn::And(common, hn::And(s, seen(t)));
-            mixed[i] = mix(s, t, piece.InEachByteFrom(i * PieceAlphas::kNarrow));
+            common = hn::And(common, hn::And(Seen<SourceMayBeClear>(s), Seen<TargetMayBeClear>(t)));
+            const Pixels all = mix(s, t, piece.InEachByteFrom(i * PieceAlphas::kNarrow));
+            mixed[i] = WhereSeen<SourceMayBeClear>(s, t, all);
         }
         if (!AllOpaque(first.OpaqueBehind(common))) break;
         for (std::size_t i = 0; i < count; ++i) first.Store(mixed[i], rows.target.Row(row + i));
@@ -117,35 +125,37 @@ HWY_INLINE std::size_t MixNarrowRows(MixedRows rows, PixelRows<const unsigned ch
     return row;
 }
 
-template <typename Alphas>
+template <bool SourceMayBeClear, typename Alphas>
 std::size_t MixRows(const MixedRows& rows, const PixelRows<const unsigned char>& mask, const Alphas& alphas) {
     const Mixing mix;
     std::size_t row = 0;
     if (rows.width <= PieceAlphas::kNarrow) {
-        row = MixNarrowRows(rows, mask, row, alphas, mix, AsItIs);
-        if (rows.mixesClear) row = MixNarrowRows(rows, mask, row, alphas, mix, OpaqueWhereClear);
+        row = MixNarrowRows<false, false>(rows, mask, row, alphas, mix);
+        if (rows.mixesClear) row = MixNarrowRows<true, SourceMayBeClear>(rows, mask, row, alphas, mix);
         return row * rows.width;
     }
     for (; row < rows.target.count; ++row) {
-        const std::size_t mixed =
-            MixRow(rows.target.Row(row), rows.source.Row(row), mask.Row(row), rows.width, rows.mixesClear, alphas, mix);
-        if (mixed < rows.width) return row * rows.width + mixed;
+        std::size_t x = MixRow<false, false>(rows, row, 0, mask.Row(row), alphas, mix);
+        if (x < rows.width && rows.mixesClear) {
+            x = MixRow<true, SourceMayBeClear>(rows, row, x, mask.Row(row), alphas, mix);
+        }
+        if (x < rows.width) return row * rows.width + x;
     }
     return row * rows.width;
 }
 
 std::size_t MixByKeys(const MixedRows& rows, const PixelRows<const unsigned char>& keys, const ByteTable& alphaOfKey) {
-    return MixRows(rows, keys, KeyAlphas(alphaOfKey));
+    return MixRows<true>(rows, keys, KeyAlphas(alphaOfKey));
 }
 
 std::size_t MixByBits(const MixedRows& rows, const PixelRows<const unsigned char>& bits, std::size_t first,
                       std::uint32_t alpha) {
-    return MixRows(rows, bits, BitAlphas(first, alpha));
+    return MixRows<false>(rows, bits, BitAlphas(first, alpha));  // at full alpha a stencil copies what is clear
 }
 
 std::size_t MixByColors(const MixedRows& rows, const PixelRows<const unsigned char>& colors, bool needsOpaque,
                         const LuminosityBytes& of) {
-    return MixRows(rows, colors, ColorAlphas(of, needsOpaque));
+    return MixRows<true>(rows, colors, ColorAlphas(of, needsOpaque));
 }
 
 /// Grey i is 0xFF000000 + 0x010101 * i.
