@@ -1,4 +1,4 @@
-// Spans of which many pixels stay as they are. Included once per target.
+// Pixels of narrow rows, and of spans of which many stay as they are. Included once per target.
 
 #if defined(IMAGEOP_VECTOR_GATHER_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef IMAGEOP_VECTOR_GATHER_INL_H
@@ -8,17 +8,15 @@
 #endif
 
 #include <hwy/cache_control.h>
-#include <vantu/BlendMode.h>
 
 #include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <utility>
 
 #include "blend/stages/Stages.h"
-#include "blend/stages/VectorForms-inl.h"
+#include "blend/stages/VectorFirst-inl.h"
 #include "blend/stages/VectorNative-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
 
@@ -30,47 +28,20 @@ struct Place {
     std::size_t row, x;
 };
 
-/// Paints the first pixels of rows, `end` of each, which are whole steps, from a place on: all, or to a step from which
-/// on it pays to gather.
-/// @return the place to go on with.
-template <typename Stage, typename BlendFunction>
-HWY_FLATTEN HWY_NOINLINE Place PaintSteps(const CompositeSpan& span, Place place, std::size_t end,
-                                          const BlendFunction& blend) {
-    CompositeSpan rest = span.FromRow(place.row);
-    for (; place.row < span.rows; ++place.row, rest.GoToRow(1)) {
-        std::size_t first = std::exchange(place.x, 0);
-        while (first < end) {
-            if constexpr (requires { Stage::PaintWhileOpaque(rest, first, end); }) {
-                first = Stage::PaintWhileOpaque(rest, first, end);
-            }
-            // It is not worth while to ask at each step whether the next one is opaque again.
-            for (const std::size_t some = std::min(end, first + 4 * StepPixels()); first < some;
-                 first += StepPixels()) {
-                if (!Stage::Paint(rest, first, blend)) return {place.row, first};
-            }
-        }
-    }
-    return place;
-}
-
 /// Pixels of a span: so many of each of some rows, from a place on.
 struct Part {
     Place first;
     std::size_t width, rows;
 };
 
-/// A span with many pixels that stay as they are, outside groups and without opacities. Those that need painting are
-/// gathered, painted and put back.
-template <typename Stage>
-class GatheredPixels;
-
-template <BlendMode Mode, PackedColors Colors>
-class GatheredPixels<PlainStage<Mode, Colors>> {
+/// Pixels of a span outside groups and without opacities, one behind the other in buffers of their own: all pixels of
+/// a part, or those that need painting. The code for them is the same in all modes.
+class GatheredPixels {
 public:
     static constexpr std::size_t kMostPixels = 1024;
 
-    explicit GatheredPixels(const CompositeSpan& span)
-        : span_(span), replaces_(Mode == BlendMode::Normal && span.alpha == 255), gathered_(span) {
+    /// @param replaces whether opaque pixels of the source replace those of the target.
+    GatheredPixels(const CompositeSpan& span, bool replaces) : span_(span), replaces_(replaces), gathered_(span) {
         gathered_.rows = 1;
         gathered_.count = 0;  // nothing to be gathered again
         gathered_.source = source_;
@@ -78,7 +49,10 @@ public:
         gathered_.select = nullptr;
     }
 
-    /// The part to gather from a place on: of one row, or of as many whole rows as there is room for.
+    /// The pixels at hand as a span for the stages, filled up to whole steps.
+    [[nodiscard]] const CompositeSpan& AsSpan() const { return gathered_; }
+
+    /// The part to go on with from a place on: of one row, or of as many whole rows as there is room for.
     [[nodiscard]] Part PartFrom(const Place& first) const {
         const std::size_t left = span_.count - first.x;
         if (left < span_.count || left > kMostPixels / 2) return {first, std::min(left, kMostPixels), 1};
@@ -86,51 +60,20 @@ public:
         return {first, left, std::min(room, span_.rows - first.row)};
     }
 
-    /// Whether all pixels may be painted, and by a few of narrow rows it seems not to pay to choose those that need it.
-    [[nodiscard]] bool PaysToPaintAll(const Part& part) const {
-        if (span_.select != nullptr) return false;
-        const FirstPixels pixels(std::min(part.width, hn::Lanes(kPixels)));
-        std::size_t looked = 0, painted = 0;
-        for (std::size_t row = 0; row < part.rows; row += (part.rows + 3) / 4) {
-            const CompositeSpan rest = span_.FromRow(part.first.row + row);
-            const Pixels source = pixels.Load(rest.source);
-            const PixelMask seen = Seen(source);
-            const unsigned int bits = Bits(replaces_ ? hn::AndNot(Opaque(source), seen) : seen);
-            painted += static_cast<std::size_t>(std::popcount(bits));
-            looked += pixels.Count();
+    /// Takes the pixels of a part that need painting, and replaces those that an opaque source does. Takes all pixels
+    /// instead where it may and where it does not seem to pay to choose. @return how many.
+    HWY_NOINLINE std::size_t Take(const Part& part, bool mayTakeAll) {
+        takenAll_ = mayTakeAll && NeedsMost(part);
+        const std::size_t count = takenAll_ ? TakeAll(part) : TakeChosen(part);
+        if (count != 0) {
+            FillUp(source_, count);
+            FillUp(target_, count);
         }
-        return 4 * painted > 3 * looked;
+        return count;
     }
 
-    /// Paints all pixels.
-    void PaintAll(const Part& part, const Blend<Mode>& blend) {
-        std::size_t count = 0;
-        EachVector(part, [&](const auto& pixels, const unsigned char* from, const unsigned char* onto) HWY_ATTR {
-            StorePixels(pixels.Load(from), source_ + count * kPackedBytes);
-            StorePixels(pixels.Load(onto), target_ + count * kPackedBytes);
-            count += pixels.Count();
-        });
-        Fill(source_, count);
-        Fill(target_, count);
-        PaintSteps<PlainStage<Mode, Colors>>(gathered_, {0, 0}, count, blend);
-        const unsigned char* packed = target_;
-        EachVector(part, [&](const auto& pixels, const unsigned char*, unsigned char* onto) HWY_ATTR {
-            pixels.Store(LoadPixels(packed), onto);
-            packed += pixels.Count() * kPackedBytes;
-        });
-    }
-
-    /// Paints pixels. @return how many needed painting.
-    std::size_t Paint(const Part& part, const Blend<Mode>& blend) {
-        const std::size_t gathered = Gather(part);
-        if (gathered == 0) return 0;
-        // The first pixel fills up the last step, so that what holds for all of them holds for the step.
-        Fill(source_, gathered);
-        Fill(target_, gathered);
-        PaintSteps<PlainStage<Mode, Colors>>(gathered_, {0, 0}, gathered, blend);
-        PutBack(part);
-        return gathered;
-    }
+    /// Puts the pixels of a part that were taken back.
+    HWY_INLINE void PutBack(const Part& part) const { takenAll_ ? PutAllBack(part) : PutChosenBack(part); }
 
 private:
     static std::size_t RoundUpTo(std::size_t n, std::size_t unit) { return (n + unit - 1) / unit * unit; }
@@ -158,7 +101,7 @@ private:
         }
     }
 
-    /// Pixels that are opaque, and those that are not clear.
+    /// Which pixels are opaque, and which are not clear.
     static HWY_INLINE PixelMask Opaque(Pixels v) {
         const Pixels full = hn::Set(kPixels, kPackedAlpha);
         return hn::Eq(hn::And(v, full), full);
@@ -167,14 +110,45 @@ private:
         return hn::Ne(hn::And(v, hn::Set(kPixels, kPackedAlpha)), hn::Zero(kPixels));
     }
 
-    /// Collects the pixels that need painting. Where Normal at full alpha replaces pixels it does so at once.
-    std::size_t Gather(const Part& part) {
+    /// The first pixel fills up the last step, so that what holds for all of them holds for the step.
+    static HWY_INLINE void FillUp(unsigned char* packed, std::size_t count) {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, packed, sizeof pixel);
+        for (std::size_t i = 0; i < StepPixels(); i += hn::Lanes(kPixels)) {
+            StorePixels(hn::Set(kPixels, pixel), packed + (count + i) * kPackedBytes);
+        }
+    }
+
+    /// Whether by a few pixels it seems that most of a part need painting.
+    [[nodiscard]] HWY_INLINE bool NeedsMost(const Part& part) const {
+        const FirstPixels pixels(std::min(part.width, hn::Lanes(kPixels)));
+        std::size_t looked = 0, painted = 0;
+        for (std::size_t row = 0; row < part.rows; row += (part.rows + 3) / 4) {
+            const Pixels source = pixels.Load(span_.FromRow(part.first.row + row).source);
+            const PixelMask seen = Seen(source);
+            const unsigned int bits = Bits(replaces_ ? hn::AndNot(Opaque(source), seen) : seen);
+            painted += static_cast<std::size_t>(std::popcount(bits));
+            looked += pixels.Count();
+        }
+        return 4 * painted > 3 * looked;
+    }
+
+    HWY_INLINE std::size_t TakeAll(const Part& part) {
+        std::size_t count = 0;
+        EachVector(part, [&](const auto& pixels, const unsigned char* source, const unsigned char* target) HWY_ATTR {
+            StorePixels(pixels.Load(source), source_ + count * kPackedBytes);
+            StorePixels(pixels.Load(target), target_ + count * kPackedBytes);
+            count += pixels.Count();
+        });
+        return count;
+    }
+
+    HWY_INLINE std::size_t TakeChosen(const Part& part) {
         const unsigned char* select = span_.select != nullptr ? span_.select + part.first.x : nullptr;
-        std::size_t gathered = 0;
+        std::size_t count = 0;
         std::uint16_t* live = live_;
         EachVector(part, [&](const auto& pixels, const unsigned char* from, unsigned char* onto) HWY_ATTR {
-            const Pixels source = pixels.Load(from);
-            const Pixels target = pixels.Load(onto);
+            const Pixels source = pixels.Load(from), target = pixels.Load(onto);
             PixelMask painted = Seen(source);
             if (select != nullptr) {
                 painted = hn::And(painted, hn::Ne(pixels.LoadBytes(select), hn::Zero(kPixels)));
@@ -187,22 +161,22 @@ private:
             }
             const unsigned int bits = Bits(painted);
             *live++ = static_cast<std::uint16_t>(bits);
-            StorePixels(Packed(source, bits), source_ + gathered * kPackedBytes);
-            StorePixels(Packed(target, bits), target_ + gathered * kPackedBytes);
-            gathered += static_cast<std::size_t>(std::popcount(bits));
+            StorePixels(Packed(source, bits), source_ + count * kPackedBytes);
+            StorePixels(Packed(target, bits), target_ + count * kPackedBytes);
+            count += static_cast<std::size_t>(std::popcount(bits));
         });
-        return gathered;
+        return count;
     }
 
-    static void Fill(unsigned char* packed, std::size_t first) {
-        std::uint32_t pixel;
-        std::memcpy(&pixel, packed, sizeof pixel);
-        for (std::size_t i = 0; i < StepPixels(); i += hn::Lanes(kPixels)) {
-            StorePixels(hn::Set(kPixels, pixel), packed + (first + i) * kPackedBytes);
-        }
+    HWY_INLINE void PutAllBack(const Part& part) const {
+        const unsigned char* packed = target_;
+        EachVector(part, [&](const auto& pixels, const unsigned char*, unsigned char* target) HWY_ATTR {
+            pixels.Store(LoadPixels(packed), target);
+            packed += pixels.Count() * kPackedBytes;
+        });
     }
 
-    void PutBack(const Part& part) const {
+    HWY_INLINE void PutChosenBack(const Part& part) const {
         // Painting what was gathered leaves memory idle: the pixels after the next ones are asked for already here.
         const bool wholeRows = part.width == span_.count;
         const std::size_t down = wholeRows ? std::min(2 * part.rows, span_.rows - part.first.row - part.rows) : 0;
@@ -230,33 +204,12 @@ private:
 
     const CompositeSpan& span_;
     const bool replaces_;
+    bool takenAll_ = false;
     CompositeSpan gathered_;
     alignas(64) unsigned char source_[(kMostPixels + kMostStep) * kPackedBytes];
     alignas(64) unsigned char target_[(kMostPixels + kMostStep) * kPackedBytes];
     std::uint16_t live_[kMostPixels / 4];
 };
-
-/// Paints pixels of a span from a place on: all, where rows are narrower than a step, else while few of them need it.
-/// @return the place to go on with.
-template <typename Stage, BlendMode Mode>
-HWY_NOINLINE Place PaintGathered(const CompositeSpan& span, Place place, const Blend<Mode>& blend) {
-    GatheredPixels<Stage> gathered(span);
-    const bool narrow = span.count < StepPixels();
-    while (place.row < span.rows) {
-        const Part part = gathered.PartFrom(place);
-        const std::size_t count = part.width * part.rows;
-        std::size_t painted = 0;
-        if (narrow && gathered.PaysToPaintAll(part)) {
-            gathered.PaintAll(part, blend);
-        } else {
-            painted = gathered.Paint(part, blend);
-        }
-        place.x += part.width;
-        if (place.x == span.count) place = {place.row + part.rows, 0};
-        if (!narrow && (painted == 0 || painted > count - count / 4)) break;
-    }
-    return place;
-}
 
 }  // namespace vantu::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "blend/stages/VectorAlphas-inl.h"
+#include "blend/stages/VectorFirst-inl.h"
 #include "blend/stages/VectorLuminosity-inl.h"
 #include "blend/stages/VectorMix-inl.h"
 #include "blend/stages/VectorPixels-inl.h"

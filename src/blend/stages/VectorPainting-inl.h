@@ -7,17 +7,68 @@
 #define IMAGEOP_VECTOR_PAINTING_INL_H
 #endif
 
+#include <vantu/BlendMode.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 #include "blend/stages/Stages.h"
+#include "blend/stages/VectorForms-inl.h"
 #include "blend/stages/VectorGather-inl.h"
 #include "blend/stages/VectorPixels-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vantu::HWY_NAMESPACE {
+
+/// Paints the first pixels of rows, `end` of each, which are whole steps, from a place on: all, or to a step from which
+/// on it pays to gather.
+/// @return the place to go on with.
+///
+/// Flattened, as compilers leave this or that function out of a large one: called, it costs each step more than it
+/// does.
+template <typename Stage, typename BlendFunction>
+HWY_FLATTEN HWY_NOINLINE Place PaintSteps(const CompositeSpan& span, Place place, std::size_t end,
+                                          const BlendFunction& blend) {
+    CompositeSpan rest = span.FromRow(place.row);
+    for (; place.row < span.rows; ++place.row, rest.GoToRow(1)) {
+        std::size_t first = std::exchange(place.x, 0);
+        while (first < end) {
+            if constexpr (requires { Stage::PaintWhileOpaque(rest, first, end); }) {
+                first = Stage::PaintWhileOpaque(rest, first, end);
+            }
+            // It is not worth while to ask at each step whether the next one is opaque again.
+            for (const std::size_t some = std::min(end, first + 4 * StepPixels()); first < some;
+                 first += StepPixels()) {
+                if (!Stage::Paint(rest, first, blend)) return {place.row, first};
+            }
+        }
+    }
+    return place;
+}
+
+/// Paints pixels of a span from a place on: all, where rows are narrower than a step, else while some, but few of them
+/// need it.
+/// @return the place to go on with.
+template <typename Stage, BlendMode Mode>
+HWY_NOINLINE Place PaintGathered(const CompositeSpan& span, Place place, const Blend<Mode>& blend) {
+    GatheredPixels gathered(span, Mode == BlendMode::Normal && span.alpha == 255);
+    const bool narrow = span.count < StepPixels();
+    while (place.row < span.rows) {
+        const Part part = gathered.PartFrom(place);
+        const std::size_t count = gathered.Take(part, narrow && span.select == nullptr);
+        if (count != 0) {
+            PaintSteps<Stage>(gathered.AsSpan(), {0, 0}, count, blend);
+            gathered.PutBack(part);
+        }
+        place.x += part.width;
+        if (place.x == span.count) place = {place.row + part.rows, 0};
+        if (!narrow && (count == 0 || 4 * count > 3 * part.width * part.rows)) break;
+    }
+    return place;
+}
 
 /// The pixels of a span behind its last whole step, in buffers of a whole step. The first of them fills what is left,
 /// so that what holds for all of them holds for the step.
