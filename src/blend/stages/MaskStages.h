@@ -18,8 +18,8 @@ struct MixedRows {
     PixelRows<unsigned char> target;
     PixelRows<const unsigned char> source;
     std::size_t width;
-    /// Whether the target is premultiplied. Pixels of no byte but 0 are then mixed as opaque ones are and, by keys,
-    /// leave what they lie on.
+    /// Whether the target is premultiplied. Its pixels of no byte but 0 are then mixed as opaque ones are, and such
+    /// pixels of the source leave what they lie on; not through stencils, which at full alpha copy them.
     bool mixesClear;
 };
 
