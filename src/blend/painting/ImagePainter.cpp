@@ -173,14 +173,22 @@ private:
         Span span;
         span.composite.keepClear = mask != MaskKind::None || kernel_.keepClear;
         const PaintArea& whole = plan.area;
-        for (unsigned int j = 0; j < whole.height; j += plan.rows) {
-            for (unsigned int i = 0; i < whole.width; i += plan.width) {
-                const PaintArea piece =
-                    PartOf(whole, i, j, std::min(plan.width, whole.width - i), std::min(plan.rows, whole.height - j));
-                painter_.Start(piece, span);
-                if (!painter_.Paint(piece, readMask(piece, i, j, span), span)) inOrder(piece, i, j);
+        const auto paintColumns = [&](unsigned int left, unsigned int right, unsigned int width, unsigned int rows) {
+            for (unsigned int j = 0; j < whole.height; j += rows) {
+                for (unsigned int i = left; i < right; i += width) {
+                    const PaintArea piece =
+                        PartOf(whole, i, j, std::min(width, right - i), std::min(rows, whole.height - j));
+                    painter_.Start(piece, span);
+                    if (!painter_.Paint(piece, readMask(piece, i, j, span), span)) inOrder(piece, i, j);
+                }
             }
-        }
+        };
+        // What rows have behind whole steps is painted several rows to a span.
+        constexpr unsigned int step = 64;
+        const unsigned int rest = plan.rows == 1 && whole.height > 1 ? whole.width % step : 0;
+        const unsigned int end = whole.width - rest;
+        paintColumns(0, end, plan.width, plan.rows);
+        if (rest != 0) paintColumns(end, whole.width, rest, kSpanPixels / rest);
     }
 
     [[nodiscard]] std::optional<unsigned int> GroupWidth() const {
