@@ -1,11 +1,6 @@
-#include "blend/definition/CompositeSteps.h"
 #include "blend/stages/MaskStages.h"
 
 namespace vantu {
-
-std::uint32_t KeyScaling::Exactly(std::uint32_t alpha, std::size_t key) const {
-    return PlainMaskOpacity(255, alpha, opacities[key]);
-}
 
 KeyScaling::KeyScaling(const std::array<double, 256>& opacitiesOfKeys)
     : bias(), holdsUpTo(), opacities(opacitiesOfKeys) {

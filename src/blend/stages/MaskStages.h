@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "blend/definition/CompositeSteps.h"
 #include "pixel/PixelRows.h"
 
 namespace vantu {
@@ -33,7 +34,9 @@ struct KeyScaling {
                                                                std::uint32_t bias) {
         return (alpha * key + bias) * 257 >> 16;
     }
-    [[nodiscard]] std::uint32_t Exactly(std::uint32_t alpha, std::size_t key) const;
+    [[nodiscard]] std::uint32_t Exactly(std::uint32_t alpha, std::size_t key) const {
+        return PlainMaskOpacity(255, alpha, opacities[key]);
+    }
 
     ByteTable bias;       ///< by key, as all of these
     ByteTable holdsUpTo;  ///< the greatest alpha

@@ -38,13 +38,16 @@ struct PlainStage {
     /// @return the pixel behind them.
     static HWY_INLINE std::size_t PaintWhileOpaque(const CompositeSpan& span, std::size_t i,
                                                    std::size_t end) requires(Mode == BlendMode::Normal) {
-        if (span.opacity != nullptr || span.select != nullptr) return i;
+        if (span.select != nullptr) return i;
+        if (span.opacity != nullptr) return PaintOnOpaqueThroughOpacities(span, i, end);
         return span.alpha == 255 ? PaintOnOpaque<CompositeForm::Plain>(span, i, end) : PaintOpaqueBytes(span, i, end);
     }
 
     static HWY_INLINE bool Paint(const CompositeSpan& span, std::size_t i, const Blend<Mode>& blend) {
-        if (span.opacity != nullptr && span.select == nullptr && PaintOpaqueThroughOpacities<Mode>(span, i))
+        // What is opaque stays so through opacities of 0.
+        if (span.opacity != nullptr && AreZero(Opacities(span, i)) && IsOpaque(span.target + i * kPackedBytes)) {
             return true;
+        }
         const Words zero = hn::Zero(kWords);
         const Words full = Constant(255);
         const Source source(span, i);

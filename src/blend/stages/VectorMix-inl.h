@@ -167,24 +167,13 @@ HWY_INLINE Pixels OverOpaque(Pixels source, Pixels target) {
     return hn::BitCast(kPixels, hn::Add(hn::BitCast(bytes, source), hn::BitCast(bytes, seen)));
 }
 
-/// Paints a step through opacities where that leaves or mixes bytes: a target that is opaque stays as it is where all
-/// opacities are 0, and is mixed with an opaque source in Normal. @return whether the step is painted.
-template <BlendMode Mode>
-HWY_INLINE bool PaintOpaqueThroughOpacities(const CompositeSpan& span, std::size_t i) {
-    unsigned char* const target = span.target + i * kPackedBytes;
-    if (!IsOpaque(target)) return false;
-    const unsigned char* const opacity = span.opacity + i;
-    const auto opacities = EachBlock([&](std::size_t j) { return LoadBytes(opacity + j * BlockPixels()); });
-    if (All(hn::Eq(OrOfBlocks(opacities), hn::Zero(kWords)))) return true;
-    const unsigned char* const source = span.source + i * kPackedBytes;
-    if (Mode != BlendMode::Normal || !IsOpaque(source)) return false;
-    const Mixing mix;
-    for (std::size_t v = 0; v < kStepVectors; ++v) {
-        const std::size_t at = v * VectorBytes();
-        const Words alphas = InEachByte(opacity + v * hn::Lanes(kPixels));
-        StorePixels(mix(LoadPixels(source + at), LoadPixels(target + at), alphas), target + at);
-    }
-    return true;
+/// The opacities of the blocks of a step, from pixel i of a span on.
+HWY_INLINE Blocks<Words> Opacities(const CompositeSpan& span, std::size_t i) {
+    return EachBlock([&](std::size_t j) { return LoadBytes(span.opacity + i + j * BlockPixels()); });
+}
+
+HWY_INLINE bool AreZero(const Blocks<Words>& words) {
+    return All(hn::Eq(OrOfBlocks(words), hn::Zero(kWords)));
 }
 
 }  // namespace vantu::HWY_NAMESPACE

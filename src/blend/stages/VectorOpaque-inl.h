@@ -35,6 +35,15 @@ struct OfOpaque {
     Words ab;
 };
 
+/// What Normal makes of the blocks of a step on opaque pixels, with their effective alphas.
+HWY_INLINE Blocks<Block> MixedWithOpaque(const Blocks<Block>& source, const Blocks<Words>& alpha,
+                                         const Blocks<Words>& effective, const unsigned char* backdrop) {
+    const Blocks<Channels> cs = UnpremultipliedWhereSeen(source, alpha);
+    const Blocks<Channels> cb = StoredChannels(LoadBlocks(backdrop));
+    return EachBlock(
+        [&](std::size_t j) { return MakeBlock(EachChannel(cb[j], cs[j], OnOpaque{effective[j]}), Constant(255)); });
+}
+
 /// Whether few of the pixels at the start of a step are to be mixed: most are clear or opaque.
 HWY_INLINE bool IsMostlyCopied(const unsigned char* source) {
     const Pixels alpha = hn::ShiftRight<24>(LoadPixels(source));
@@ -101,15 +110,13 @@ HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, s
         }
         const Blocks<Block> block = LoadBlocks(source);
         const Blocks<Words> as = Alphas(block);
-        const Blocks<Channels> cs = UnpremultipliedWhereSeen(block, as);
-        const Blocks<Channels> cb = StoredChannels(LoadBlocks(backdrop));
+        const Blocks<Block> result = MixedWithOpaque(block, as, as, backdrop);
         ForEachBlock([&](std::size_t j) {
-            const Block result = MakeBlock(EachChannel(cb[j], cs[j], OnOpaque{as[j]}), Constant(255));
             unsigned char* const packed = BlockAt(target, j);
             if constexpr (inKnockout) {  // where as is 0 the group's own colour stays
-                StoreWhereNot(hn::Eq(as[j], hn::Zero(kWords)), LoadBlock(packed), result, packed);
+                StoreWhereNot(hn::Eq(as[j], hn::Zero(kWords)), LoadBlock(packed), result[j], packed);
             } else {
-                StoreBlock(result, packed);
+                StoreBlock(result[j], packed);
             }
         });
     }
@@ -121,6 +128,31 @@ template <CompositeForm Form>
 HWY_INLINE std::size_t PaintWhileOpaqueInGroup(const CompositeSpan& span, std::size_t i, std::size_t end) {
     if (span.opacity != nullptr || span.select != nullptr || span.stencil || span.alpha != 255) return i;
     return PaintOnOpaque<Form>(span, i, end);
+}
+
+/// Paints steps from pixel i on by Normal through opacities for as long as their targets are opaque.
+/// @return the pixel behind them.
+HWY_INLINE std::size_t PaintOnOpaqueThroughOpacities(const CompositeSpan& span, std::size_t i, std::size_t end) {
+    const Mixing mix;
+    for (; i < end; i += StepPixels()) {
+        const unsigned char* const source = span.source + i * kPackedBytes;
+        unsigned char* const target = span.target + i * kPackedBytes;
+        if (!IsOpaque(target)) break;
+        const Blocks<Words> as = Opacities(span, i);
+        if (AreZero(as)) continue;
+        if (!IsOpaque(source)) {
+            const Blocks<Block> block = LoadBlocks(source);
+            const Blocks<Block> result = MixedWithOpaque(block, Alphas(block), as, target);
+            ForEachBlock([&](std::size_t j) { StoreBlock(result[j], BlockAt(target, j)); });
+            continue;
+        }
+        for (std::size_t v = 0; v < kStepVectors; ++v) {
+            const std::size_t at = v * VectorBytes();
+            const Words alphas = InEachByte(span.opacity + i + v * hn::Lanes(kPixels));
+            StorePixels(mix(LoadPixels(source + at), LoadPixels(target + at), alphas), target + at);
+        }
+    }
+    return i;
 }
 
 }  // namespace vantu::HWY_NAMESPACE
