@@ -19,43 +19,44 @@ Color ReadPacked(const unsigned char* pixel) {
     return color;
 }
 
-/// Calls `step(i, cs, as)` for each painted pixel of a span.
+/// Calls `step(row, i, cs, as)` for each painted pixel i of a row of pixels.
+template <typename Step>
+void EachPixelOfRow(const CompositeSpan& row, Step step) {
+    for (std::size_t i = 0; i < row.count; ++i) {
+        if (row.select != nullptr && row.select[i] == 0) continue;
+        const Color cs = ReadPacked<PackedColors::Premultiplied>(row.source + i * kPackedBytes);
+        step(row, i, cs, row.opacity != nullptr ? row.opacity[i] : ConstantOpacity(row.alpha, cs.GetAlpha()));
+    }
+}
+
+/// The same of all rows. The first one, often of a single pixel, is not worth a copy of the span.
 template <typename Step>
 void EachPixel(const CompositeSpan& span, Step step) {
-    for (std::size_t i = 0; i < span.count; ++i) {
-        if (span.select != nullptr && span.select[i] == 0) continue;
-        const Color cs = ReadPacked<PackedColors::Premultiplied>(span.source + i * kPackedBytes);
-        step(i, cs, span.opacity != nullptr ? span.opacity[i] : ConstantOpacity(span.alpha, cs.GetAlpha()));
-    }
+    EachPixelOfRow(span, step);
+    for (std::size_t row = 1; row < span.rows; ++row) EachPixelOfRow(span.FromRow(row), step);
 }
 
 template <BlendMode Mode, PackedColors Colors>
 void Plain(const CompositeSpan& span) {
-    for (std::size_t row = 0; row < span.rows; ++row) {
-        const CompositeSpan rest = span.FromRow(row);
-        EachPixel(rest, [&](std::size_t i, const Color& cs, std::uint32_t as) {
-            if (cs.GetAlpha() == 0) return;
-            unsigned char* const pixel = rest.target + i * kPackedBytes;
-            Color cd = ReadPacked<Colors>(pixel);
-            const std::uint32_t ar = CompositePlain<Mode>(cs, cd, as);
-            if (ar != 0 || !rest.keepClear) WritePixel<FormatOf(Colors)>(pixel, cd);
-        });
-    }
+    EachPixel(span, [](const CompositeSpan& row, std::size_t i, const Color& cs, std::uint32_t as) {
+        if (cs.GetAlpha() == 0) return;
+        unsigned char* const pixel = row.target + i * kPackedBytes;
+        Color cd = ReadPacked<Colors>(pixel);
+        const std::uint32_t ar = CompositePlain<Mode>(cs, cd, as);
+        if (ar != 0 || !row.keepClear) WritePixel<FormatOf(Colors)>(pixel, cd);
+    });
 }
 
 template <BlendMode Mode, PackedColors Colors, bool Knockout>
 void InGroup(const CompositeSpan& span) {
-    for (std::size_t row = 0; row < span.rows; ++row) {
-        const CompositeSpan rest = span.FromRow(row);
-        EachPixel(rest, [&](std::size_t i, const Color& cs, std::uint32_t as) {
-            unsigned char* const pixel = rest.target + i * kPackedBytes;
-            Color cd = ReadPacked<Colors>(pixel);
-            const Color c0 = ReadPacked<Colors>(rest.snapshot + i * kPackedBytes);
-            if (StepInGroup<Mode, Knockout>(cs, cd, c0, rest.groupAlpha[i], as, rest.stencil)) {
-                WritePixel<FormatOf(Colors)>(pixel, cd);
-            }
-        });
-    }
+    EachPixel(span, [](const CompositeSpan& row, std::size_t i, const Color& cs, std::uint32_t as) {
+        unsigned char* const pixel = row.target + i * kPackedBytes;
+        Color cd = ReadPacked<Colors>(pixel);
+        const Color c0 = ReadPacked<Colors>(row.snapshot + i * kPackedBytes);
+        if (StepInGroup<Mode, Knockout>(cs, cd, c0, row.groupAlpha[i], as, row.stencil)) {
+            WritePixel<FormatOf(Colors)>(pixel, cd);
+        }
+    });
 }
 
 void PlainMask(const MaskSpan& span) {

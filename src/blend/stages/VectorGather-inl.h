@@ -41,12 +41,11 @@ public:
     static constexpr std::size_t kMostPixels = 1024;
 
     /// @param replaces whether opaque pixels of the source replace those of the target.
-    GatheredPixels(const CompositeSpan& span, bool replaces) : span_(span), replaces_(replaces), gathered_(span) {
-        gathered_.rows = 1;
-        gathered_.count = 0;  // nothing to be gathered again
+    GatheredPixels(const CompositeSpan& span, bool replaces) : span_(span), replaces_(replaces) {
         gathered_.source = source_;
         gathered_.target = target_;
-        gathered_.select = nullptr;
+        gathered_.alpha = span.alpha;
+        gathered_.keepClear = span.keepClear;
     }
 
     /// The pixels at hand as a span for the stages, filled up to whole steps.
@@ -205,7 +204,7 @@ private:
     const CompositeSpan& span_;
     const bool replaces_;
     bool takenAll_ = false;
-    CompositeSpan gathered_;
+    CompositeSpan gathered_{};  ///< no pixels long, so that it does not pay to gather them again
     alignas(64) unsigned char source_[(kMostPixels + kMostStep) * kPackedBytes];
     alignas(64) unsigned char target_[(kMostPixels + kMostStep) * kPackedBytes];
     std::uint16_t live_[kMostPixels / 4];

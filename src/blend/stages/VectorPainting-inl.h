@@ -125,24 +125,32 @@ private:
 template <BlendMode Mode, typename Stage, bool Group>
 void PaintSpan(const CompositeSpan& span) {
     const Blend<Mode> blend;
-    CompositeSpan steps = span;
-    steps.count -= span.count % StepPixels();
-    for (Place place{0, 0}; steps.count != 0 && place.row < span.rows;) {
-        place = PaintSteps<Stage>(steps, place, steps.count, blend);
-        if constexpr (!Group) {
-            if (place.row < span.rows) place = PaintGathered<Stage>(steps, place, blend);
+    if constexpr (!Group) {
+        if (span.opacity == nullptr && span.count < StepPixels()) {
+            PaintGathered<Stage>(span, {0, 0}, blend);
+            return;
         }
     }
-    if (steps.count == span.count) return;
+    const std::size_t whole = span.count - span.count % StepPixels();
+    for (Place place{0, 0}; whole != 0 && place.row < span.rows;) {
+        place = PaintSteps<Stage>(span, place, whole, blend);
+        if constexpr (!Group) {
+            if (place.row == span.rows) break;
+            CompositeSpan steps = span;
+            steps.count = whole;
+            place = PaintGathered<Stage>(steps, place, blend);
+        }
+    }
+    if (whole == span.count) return;
     if constexpr (!Group) {
         if (span.opacity == nullptr) {
-            PaintGathered<Stage>(span.FromPixel(steps.count), {0, 0}, blend);
+            PaintGathered<Stage>(span.FromPixel(whole), {0, 0}, blend);
             return;
         }
     }
     for (std::size_t row = 0; row < span.rows; ++row) {
         const CompositeSpan rest = span.FromRow(row);
-        Tail<Group> tail(rest, steps.count);
+        Tail<Group> tail(rest, whole);
         PaintSteps<Stage>(tail.Padded(), {0, 0}, StepPixels(), blend);
         tail.Store();
     }
