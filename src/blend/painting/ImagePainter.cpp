@@ -87,7 +87,7 @@ private:
     void ThroughSoftMask(const PaintArea& area, unsigned int maskX, unsigned int maskY) {
         if (!reader_) reader_.emplace(*mask_, **request_.maskTransfer, *request_.alpha, Traits::kGroup);
         SoftMaskReader& reader = *reader_;
-        reader.Expect(maskX, maskY, area.width, area.height, painter_.RowsToMix(area).has_value());
+        reader.Expect(maskX, maskY, area.width, area.height, painter_.CanMix());
         const auto mix = [&](const MixedRows& rows, unsigned int x, unsigned int y) {
             return reader.Mix(rows, maskX + x, maskY + y);
         };
@@ -106,6 +106,7 @@ private:
     /// it mixed, row by row; by `paint(part, x, y)` some pixels wherever that stops, more of them where it mixed none.
     template <typename MixRows, typename PaintPart>
     void MixOrPaint(const PaintArea& area, MixRows mix, PaintPart paint) const {
+        if (!painter_.CanMix()) return paint(area, 0U, 0U);
         constexpr std::size_t few = 64;
         const auto cut = [](std::size_t count, unsigned int most) {
             return static_cast<unsigned int>(std::min<std::size_t>(count, most));
@@ -117,9 +118,8 @@ private:
         };
         for (std::size_t some = few; y < area.height;) {
             const PaintArea rest = PartOf(area, x, y, area.width - x, x == 0 ? area.height - y : 1);
-            const std::optional<MixedRows> rows = painter_.RowsToMix(rest);
-            if (!rows) return paint(rest, x, y);
-            const std::size_t mixed = mix(*rows, x, y);
+            const std::size_t mixed = mix(painter_.RowsToMix(rest), x, y);
+            if (x == 0 && mixed == std::size_t{rest.width} * rest.height) return;  // nearly always, without a division
             some = mixed == 0 ? 8 * some : few;
             advance(mixed);
             if (y == area.height) return;

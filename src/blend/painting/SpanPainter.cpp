@@ -104,11 +104,10 @@ void SpanPainter<Traits>::CopyRows(const PaintArea& area) const {
 }
 
 template <typename Traits>
-std::optional<MixedRows> SpanPainter<Traits>::RowsToMix(const PaintArea& area) const {
-    if (Traits::kGroup || kernel_.mode != BlendMode::Normal || !kernel_.inPlace) return std::nullopt;
-    return MixedRows{At(targetRows_, kernel_.targetBytes, area.targetX, area.targetY, area),
-                     At(sourceRows_, kernel_.sourceBytes, area.sourceX, area.sourceY, area), area.width,
-                     kernel_.colors == PackedColors::Premultiplied};
+MixedRows SpanPainter<Traits>::RowsToMix(const PaintArea& area) const {
+    return {At(targetRows_, kernel_.targetBytes, area.targetX, area.targetY, area),
+            At(sourceRows_, kernel_.sourceBytes, area.sourceX, area.sourceY, area), area.width,
+            kernel_.colors == PackedColors::Premultiplied};
 }
 
 /// Makes the span work on its group alphas: in place for one row, else in a buffer.

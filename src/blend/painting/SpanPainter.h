@@ -54,9 +54,12 @@ public:
     /// @return false, with nothing painted, if the pixel loops have to paint it.
     bool Paint(const PaintArea& area, Verdict verdict, Span<Traits>& span) const;
 
-    /// The rows of an area as pixels that can be mixed where they lie: those of Normal outside groups between images of
-    /// packed pixels; nothing in other calls.
-    [[nodiscard]] std::optional<MixedRows> RowsToMix(const PaintArea& area) const;
+    /// Whether pixels can be mixed where they lie: those of Normal outside groups between images of packed pixels.
+    [[nodiscard]] bool CanMix() const {
+        return !Traits::kGroup && kernel_.mode == BlendMode::Normal && kernel_.inPlace;
+    }
+    /// The rows of an area of such pixels.
+    [[nodiscard]] MixedRows RowsToMix(const PaintArea& area) const;
 
     /// Paints an area of packed pixels where they lie, without a mask.
     /// @return false, with nothing painted, if the pixel loops have to paint it.
