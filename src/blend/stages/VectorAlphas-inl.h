@@ -135,7 +135,7 @@ private:
 #endif
 };
 
-// What reads alphas tells whether it can: masks are told apart that have other colours than they store.
+// What reads alphas returns whether it could. Only colours may fail: those that are premultiplied and not opaque.
 
 /// Alphas by keys, a byte a pixel.
 class KeyAlphas {
