@@ -106,6 +106,12 @@ HWY_INLINE bool PaysToGatherOnOpaque(const CompositeSpan& span, std::size_t i, c
     return kCostly<Mode> && PaysToGather(span, i, keep);
 }
 
+HWY_INLINE void StoreWhereNot(WordMask keep, const Block& before, const Block& after, unsigned char* packed) {
+    StoreBlock({hn::IfThenElse(keep, before.blueGreen, after.blueGreen),
+                hn::IfThenElse(keep, before.redAlpha, after.redAlpha)},
+               packed);
+}
+
 template <PackedColors Colors>
 HWY_INLINE Blocks<Channels> StraightChannels(const Blocks<Block>& block, const Blocks<Words>& alpha) {
     if constexpr (Colors == PackedColors::Premultiplied) return Unpremultiplied(block, alpha);

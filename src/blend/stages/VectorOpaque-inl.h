@@ -73,14 +73,17 @@ HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, s
         const unsigned char* const source = span.source + i * kPackedBytes;
         unsigned char* const target = span.target + i * kPackedBytes;
         const unsigned char* const backdrop = inKnockout ? span.snapshot + i * kPackedBytes : target;
-        const auto eachVector = [&](auto paint) {
-            for (std::size_t at = 0; at < kStepVectors * VectorBytes(); at += VectorBytes()) {
-                StorePixels(paint(LoadPixels(source + at), at), target + at);
+        const auto store = [&](Pixels result, std::size_t v) {
+            const std::size_t at = v * VectorBytes();
+            if constexpr (inKnockout) {  // where the source is clear the group's own colour stays
+                const PixelMask painted = hn::Ne(hn::ShiftRight<24>(LoadPixels(source + at)), hn::Zero(kPixels));
+                result = hn::IfThenElse(painted, result, LoadPixels(target + at));
             }
+            StorePixels(result, target + at);
         };
         if (inGroup && !IsOpaque(span.snapshot + i * kPackedBytes)) break;
         if (IsOpaque(source)) {
-            eachVector([](Pixels s, std::size_t) { return s; });
+            for (std::size_t v = 0; v < kStepVectors; ++v) store(LoadPixels(source + v * VectorBytes()), v);
             if constexpr (inGroup) {
                 ForEachBlock(
                     [&](std::size_t j) { StoreEntries(Constant(255), span.groupAlpha + i + j * BlockPixels()); });
@@ -98,12 +101,10 @@ HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, s
         if (isExtreme || i % (4 * StepPixels()) == 0) {
             isExtreme = IsExtreme(source);
             if (isExtreme) {
-                eachVector([&](Pixels s, std::size_t at) {
-                    const Pixels result = OverOpaque(s, LoadPixels(backdrop + at));
-                    if (!inKnockout) return result;
-                    const PixelMask painted = hn::Ne(hn::ShiftRight<24>(s), hn::Zero(kPixels));
-                    return hn::IfThenElse(painted, result, LoadPixels(target + at));
-                });
+                for (std::size_t v = 0; v < kStepVectors; ++v) {
+                    const std::size_t at = v * VectorBytes();
+                    store(OverOpaque(LoadPixels(source + at), LoadPixels(backdrop + at)), v);
+                }
                 continue;
             }
             if (!inGroup && IsMostlyCopied(source)) break;
@@ -112,12 +113,8 @@ HWY_INLINE std::size_t PaintOnOpaque(const CompositeSpan& span, std::size_t i, s
         const Blocks<Words> as = Alphas(block);
         const Blocks<Block> result = MixedWithOpaque(block, as, as, backdrop);
         ForEachBlock([&](std::size_t j) {
-            unsigned char* const packed = BlockAt(target, j);
-            if constexpr (inKnockout) {  // where as is 0 the group's own colour stays
-                StoreWhereNot(hn::Eq(as[j], hn::Zero(kWords)), LoadBlock(packed), result[j], packed);
-            } else {
-                StoreBlock(result[j], packed);
-            }
+            store(FirstLanes(result[j].blueGreen, result[j].redAlpha), 2 * j);
+            store(SecondLanes(result[j].blueGreen, result[j].redAlpha), 2 * j + 1);
         });
     }
     return i;

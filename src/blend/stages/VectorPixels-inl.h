@@ -157,13 +157,6 @@ HWY_INLINE void StoreBlock(const Block& block, unsigned char* packed) {
     StorePixels(SecondLanes(block.blueGreen, block.redAlpha), packed + kPackedBytes * hn::Lanes(kPixels));
 }
 
-/// Stores a block but for some words, which stay as they were before.
-HWY_INLINE void StoreWhereNot(WordMask keep, const Block& before, const Block& after, unsigned char* packed) {
-    StoreBlock({hn::IfThenElse(keep, before.blueGreen, after.blueGreen),
-                hn::IfThenElse(keep, before.redAlpha, after.redAlpha)},
-               packed);
-}
-
 /// One byte per pixel of a block.
 HWY_INLINE Words LoadBytes(const unsigned char* bytes) {
     const TagByte tag;
