@@ -23,6 +23,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     pdf::PageContext& context = TheContext();
     context.budget = {1000, 8};
     context.notes = {};
+    context.contents = {};  // it knows streams by their numbers, and each input has the same
     const QPDFObjectHandle resources = pdf::Entry(context.document.Page(0), "/Resources");
     const std::string content(reinterpret_cast<const char*>(data), size);
     const auto image = std::make_shared<vantu::CQorImage>(kSide, kSide, vantu::PixelFormat::Bgra32Premultiplied,

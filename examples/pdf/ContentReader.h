@@ -34,7 +34,8 @@ using Operands = std::vector<QPDFObjectHandle>;
 // with long names in its dictionary; it lives as long as the call.
 using OperatorHandler = std::function<void(const std::string& name, const Operands& operands)>;
 
-// Reads content streams and keeps short ones, as glyphs and tiles are painted again and again. One thread at a time.
+// Reads content streams of one document and keeps short ones, as glyphs and tiles are painted again and again. One
+// thread at a time.
 class ContentReader {
 public:
     // Hands on the operators of a content stream, or of an array of them as one. What cannot be read is left out.
