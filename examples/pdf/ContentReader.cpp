@@ -45,7 +45,9 @@ std::string BytesOf(QPDFObjectHandle content) {
 
 // Takes an operator from the budget. @return false if nothing is left.
 bool Take(Budget& budget) {
-    return budget.operators != 0 && budget.operators-- != 0;
+    if (budget.operators == 0) return false;
+    --budget.operators;
+    return true;
 }
 
 }  // namespace
@@ -141,11 +143,12 @@ bool ContentReader::Read(QPDFObjectHandle stream, Budget& budget, const Operator
 }
 
 void ContentReader::Keep(const QPDFObjGen& id, const std::shared_ptr<const Content>& content) {
-    operatorsKept_ += content->operators.size() + 1;
-    if (operatorsKept_ > kMostOperatorsKept) {
+    const std::size_t size = content->operators.size() + 1;  // an empty one takes room, too
+    if (operatorsKept_ + size > kMostOperatorsKept) {
         kept_.clear();
-        operatorsKept_ = content->operators.size() + 1;
+        operatorsKept_ = 0;
     }
+    operatorsKept_ += size;
     kept_.emplace(id, content);
 }
 
